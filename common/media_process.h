@@ -1,0 +1,117 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+
+/// The vocabulary that the library shares with the media engine around it. The audio library uses
+/// the kinds 0 to 4, the source kinds and the sample formats; the rest belongs to the engine.
+///
+/// Every enumeration has a 32-bit underlying type, so a value outside its list may be passed: it is
+/// answered with a code, never with undefined behaviour.
+
+/// A kind of processing, and the index of its name in kProcessTypeNames.
+enum ProcessType : std::int32_t {
+    AP_DENOISE = 0,      ///< noise suppression
+    AP_PHASE_CHECK = 1,  ///< stereo phase check
+    AP_VOICE_CHANGE = 2,
+    AP_GAIN = 3,    ///< automatic gain
+    AP_MIXING = 4,  ///< mixing of several sources
+    VP_SHARPEN = 5,
+    VP_BRIGHTEN = 6,
+    VP_DENOISE = 7,
+    VP_BEAUTY = 8,
+    VP_IMAGE_WATERMARK = 9,
+    VP_TEXT_WATERMARK = 10,
+    VP_VIRTUAL_BACKGROUND = 11,
+    AP_RECOGNIZE_REALTIME = 12,
+    AP_RECOGNIZE_OFFLINE = 13,
+    AP_TRANSLATE = 14
+};
+
+/// Which kinds are asked for, or are active. Reading a missing key by subscript inserts it as
+/// false.
+using ProcessSwitchMap = std::map<ProcessType, bool>;
+
+/// Where one input stream comes from. Only the microphone has a meaning of its own in this library;
+/// the others are told apart from it and from each other.
+enum AVSourceType : std::int32_t {
+    AV_SOURCE_MICROPHONE = 0,
+    AV_SOURCE_1 = 1,
+    AV_SOURCE_2 = 2,
+    AV_SOURCE_3 = 3
+};
+
+/// PCM sample formats: 0 to 4 interleaved, 5 to 9 the same samples planar.
+enum SampleFmt : std::int32_t {
+    SAMPLE_FMT_NONE = -1,
+    SAMPLE_FMT_U8 = 0,
+    SAMPLE_FMT_S16 = 1,
+    SAMPLE_FMT_S32 = 2,
+    SAMPLE_FMT_FLT = 3,
+    SAMPLE_FMT_DBL = 4,
+    SAMPLE_FMT_U8P = 5,
+    SAMPLE_FMT_S16P = 6,
+    SAMPLE_FMT_S32P = 7,
+    SAMPLE_FMT_FLTP = 8,
+    SAMPLE_FMT_DBLP = 9
+};
+
+/// A language of the engine's recognition and translation; the engine defines the values.
+enum LANGUAGE_TYPE : std::int32_t {};
+
+/// Names of the processing kinds, indexed by ProcessType. "VdieoBrighten" is spelt as the engine
+/// knows it.
+const std::string kProcessTypeNames[15] = {"AudioDenoise",
+                                           "AudioPhaseCheck",
+                                           "VoiceChange",
+                                           "AudioGain",
+                                           "AudioMixing",
+                                           "VideoSharpen",
+                                           "VdieoBrighten",
+                                           "VideoDenoise",
+                                           "BeautyFilter",
+                                           "ImageWatermark",
+                                           "TextWatermark",
+                                           "VirtualBackground",
+                                           "AudioRecognizeRealTime",
+                                           "AudioRecognizeOffline",
+                                           "Translate"};
+
+/// The key under which the engine stores a filter's name, beside kBeautyParamKeys.
+const std::string kFilterNameKey = "filter_name";
+
+/// Keys of the engine's beauty parameters.
+const std::string kBeautyParamKeys[28] = {"blur_level",
+                                          "color_level",
+                                          "red_level",
+                                          "sharpen",
+                                          "eye_bright",
+                                          "tooth_whiten",
+                                          "remove_pouch_strength",
+                                          "remove_nasolabial_folds_strength",
+                                          "filter_level",
+                                          "cheek_thinning",
+                                          "eye_enlarging_v2",
+                                          "intensity_eye_circle",
+                                          "intensity_chin",
+                                          "intensity_forehead_v2",
+                                          "intensity_nose_v2",
+                                          "intensity_mouth_v2",
+                                          "cheek_v",
+                                          "cheek_narrow_v2",
+                                          "cheek_short",
+                                          "cheek_small_v2",
+                                          "intensity_cheekbones",
+                                          "intensity_lower_jaw",
+                                          "intensity_canthus",
+                                          "intensity_eye_space",
+                                          "intensity_eye_rotate",
+                                          "intensity_long_nose",
+                                          "intensity_philtrum",
+                                          "intensity_smile"};
+
+/// Names of the engine's beauty filters.
+const std::string kBeautyFilterNames[11] = {
+    "origin",      "ziran1",      "bailiang1",    "fennen1",    "gexing1", "heibai1",
+    "lengsediao1", "nuansediao1", "xiaoqingxin1", "zhiganhui1", "mitao1"};

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <type_traits>
+
+/// PCM samples at any address. Hosts hand in bytes, and nothing makes them align a block to its
+/// sample size; going through memcpy is defined at every address and costs nothing at an aligned
+/// one. A view of const samples can only be read.
+template <typename Sample>
+class PcmView {
+public:
+    using Value = std::remove_const_t<Sample>;
+    using Address = std::conditional_t<std::is_const_v<Sample>, const void*, void*>;
+
+    PcmView(Address data, std::size_t samples) : mData(static_cast<Byte*>(data)), mSize(samples) {}
+
+    std::size_t Size() const { return mSize; }
+
+    Value Get(std::size_t index) const {
+        Value value;
+        std::memcpy(&value, mData + index * sizeof(Value), sizeof(Value));
+        return value;
+    }
+
+    void Set(std::size_t index, Value value) {
+        std::memcpy(mData + index * sizeof(Value), &value, sizeof(Value));
+    }
+
+private:
+    using Byte = std::conditional_t<std::is_const_v<Sample>, const char, char>;
+
+    Byte* mData;
+    std::size_t mSize;
+};

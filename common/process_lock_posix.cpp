@@ -1,0 +1,137 @@
+#include <pthread.h>
+
+#include <atomic>
+#include <ctime>
+#include <new>
+
+#include "common/process_lock.h"
+
+namespace {
+
+/// No thread has this identity, which is a null pointer or 0 wherever pthread_t is one.
+constexpr pthread_t kNobody = {};
+
+/// A plain mutex that knows its owner. A recursive one would not do: waiting on a condition gives
+/// back only one of its levels.
+struct Lock {
+    pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
+    std::atomic<pthread_t> owner = kNobody;
+    int depth = 0;
+};
+
+static_assert(sizeof(Lock) <= sizeof(ProcessLock) && alignof(Lock) <= alignof(ProcessLock));
+static_assert(sizeof(pthread_cond_t) <= sizeof(ProcessCond) &&
+              alignof(pthread_cond_t) <= alignof(ProcessCond));
+
+Lock& Of(ProcessLock* lock) {
+    return *std::launder(reinterpret_cast<Lock*>(lock->storage));
+}
+
+pthread_cond_t* Of(ProcessCond* cond) {
+    return std::launder(reinterpret_cast<pthread_cond_t*>(cond->storage));
+}
+
+/// Only a thread itself ever writes its identity here, so what it reads of it needs no ordering.
+bool IsMine(const Lock& lock) {
+    return lock.owner.load(std::memory_order_relaxed) == pthread_self();
+}
+
+void SetOwner(Lock& lock, pthread_t thread, int depth) {
+    lock.owner.store(thread, std::memory_order_relaxed);
+    lock.depth = depth;
+}
+
+template <typename Wait>
+int WaitGivingUp(Lock& lock, Wait wait) {
+    if (!IsMine(lock)) {
+        return 0;
+    }
+    const int depth = lock.depth;
+    SetOwner(lock, kNobody, 0);
+    const int error = wait(&lock.mutex);
+    SetOwner(lock, pthread_self(), depth);
+    return error == 0 ? 1 : 0;
+}
+
+timespec MonotonicTimeIn(int ms) {
+    timespec time = {};
+    clock_gettime(CLOCK_MONOTONIC, &time);
+    time.tv_sec += ms / 1000;
+    time.tv_nsec += (ms % 1000) * 1'000'000L;
+    if (time.tv_nsec >= 1'000'000'000L) {
+        time.tv_nsec -= 1'000'000'000L;
+        ++time.tv_sec;
+    }
+    return time;
+}
+
+}  // namespace
+
+int process_lock_init(ProcessLock* lock) {
+    new (lock->storage) Lock;
+    return 0;
+}
+
+int process_lock_destroy(ProcessLock* lock) {
+    Lock& own = Of(lock);
+    if (IsMine(own)) {
+        SetOwner(own, kNobody, 0);
+        pthread_mutex_unlock(&own.mutex);
+    }
+    pthread_mutex_destroy(&own.mutex);
+    own.~Lock();
+    return 0;
+}
+
+int process_lock(ProcessLock* lock) {
+    Lock& own = Of(lock);
+    if (IsMine(own)) {
+        ++own.depth;
+    } else {
+        pthread_mutex_lock(&own.mutex);
+        SetOwner(own, pthread_self(), 1);
+    }
+    return 0;
+}
+
+int process_unlock(ProcessLock* lock) {
+    Lock& own = Of(lock);
+    if (IsMine(own) && --own.depth == 0) {
+        SetOwner(own, kNobody, 0);
+        pthread_mutex_unlock(&own.mutex);
+    }
+    return 0;
+}
+
+int process_cond_init(ProcessCond* cond) {
+    pthread_condattr_t monotonic;
+    pthread_condattr_init(&monotonic);
+    pthread_condattr_setclock(&monotonic, CLOCK_MONOTONIC);
+    pthread_cond_init(new (cond->storage) pthread_cond_t, &monotonic);
+    pthread_condattr_destroy(&monotonic);
+    return 0;
+}
+
+int process_cond_destroy(ProcessCond* cond) {
+    pthread_cond_destroy(Of(cond));
+    return 0;
+}
+
+int process_cond_signal(ProcessCond* cond) {
+    pthread_cond_signal(Of(cond));
+    return 0;
+}
+
+int process_cond_wait(ProcessCond* cond, ProcessLock* lock) {
+    return WaitGivingUp(
+        Of(lock), [cond](pthread_mutex_t* mutex) { return pthread_cond_wait(Of(cond), mutex); });
+}
+
+int process_cond_wait_time(ProcessCond* cond, ProcessLock* lock, int ms) {
+    if (ms < 0) {
+        return process_cond_wait(cond, lock);
+    }
+    return WaitGivingUp(Of(lock), [cond, until = MonotonicTimeIn(ms)](pthread_mutex_t* mutex) {
+        return pthread_cond_timedwait(Of(cond), mutex, &until);
+    });
+}

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "common/media_process.h"
+
+/// Bytes of one sample; 0 for anything that is not a format.
+constexpr int SampleByteSize(SampleFmt fmt) {
+    constexpr int kBytes[10] = {1, 2, 4, 4, 8, 1, 2, 4, 4, 8};
+    return fmt < SAMPLE_FMT_U8 || fmt > SAMPLE_FMT_DBLP ? 0 : kBytes[fmt];
+}
+
+constexpr bool IsPlanar(SampleFmt fmt) {
+    return fmt >= SAMPLE_FMT_U8P && fmt <= SAMPLE_FMT_DBLP;
+}
+
+/// Signed 16-bit samples, interleaved or planar.
+constexpr bool IsS16(SampleFmt fmt) {
+    return fmt == SAMPLE_FMT_S16 || fmt == SAMPLE_FMT_S16P;
+}
+
+/// 32-bit float samples, interleaved or planar.
+constexpr bool IsFloat(SampleFmt fmt) {
+    return fmt == SAMPLE_FMT_FLT || fmt == SAMPLE_FMT_FLTP;
+}

@@ -1,0 +1,16 @@
+#pragma once
+
+#include <algorithm>
+#include <vector>
+
+#include "common/media_process.h"
+
+/// Questions that the sources of one buffer are asked, in the order in which their blocks lie.
+
+inline bool HasMicrophone(const std::vector<AVSourceType>& sources) {
+    return std::find(sources.begin(), sources.end(), AV_SOURCE_MICROPHONE) != sources.end();
+}
+
+inline bool HasSeveralMicrophones(const std::vector<AVSourceType>& sources) {
+    return std::count(sources.begin(), sources.end(), AV_SOURCE_MICROPHONE) >= 2;
+}
