@@ -1,0 +1,13 @@
+#pragma once
+
+#include "common/wall_clock.h"
+
+/// Stands in for the machine's clock in all log tests: it shows what a test sets, and nothing moves
+/// it.
+struct FakeWallClock {
+    LocalTime local = {2024, 3, 7, 9, 5, 2, 41};
+    std::int64_t seconds = 1'709'802'302;
+    int reads = 0;
+};
+
+FakeWallClock& TheWallClock();

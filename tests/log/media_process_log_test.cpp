@@ -1,0 +1,144 @@
+#include "log/media_process_log.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "support/temp_dir.h"
+
+namespace {
+
+class MediaProcessLogTest : public testing::Test {
+protected:
+    /// Whether this thread holds the logger's lock: only a holder can wait, and while it waits
+    /// another thread gets in.
+    bool IsLockHeldHere() {
+        ProcessCond cond;
+        process_cond_init(&cond);
+        bool reached = false;
+        std::thread other([&] {
+            process_lock(&log.mLock);
+            reached = true;
+            process_cond_signal(&cond);
+            process_unlock(&log.mLock);
+        });
+        bool held = false;
+        do {  // a thread without the lock fails at once
+            held = process_cond_wait(&cond, &log.mLock) != 0;
+        } while (held && !reached);
+        other.join();
+        process_cond_destroy(&cond);
+        return held;
+    }
+    int Open(ProcessLogLevel level) { return log.Init(level, path); }
+
+    TempDir dir;
+    const std::string path = dir.File("log.txt");
+    MediaProcessLog log;
+};
+
+TEST_F(MediaProcessLogTest, SetLogLevel0And5LeaveTheLevelUnchanged) {
+    log.SetLogLevel(PROCESS_LOG_INFO);
+    for (const int level : {0, 5, -1, 100, INT32_MIN}) {
+        log.SetLogLevel(static_cast<ProcessLogLevel>(level));
+        EXPECT_EQ(log.mLevel, 2) << level;
+    }
+    for (const int level : {1, 2, 3, 4}) {
+        log.SetLogLevel(static_cast<ProcessLogLevel>(level));
+        EXPECT_EQ(log.mLevel, level);
+    }
+}
+
+TEST_F(MediaProcessLogTest, InitWithAnEmptyPathReturns3AndKeepsTheLockHeld) {
+    EXPECT_EQ(log.Init(PROCESS_LOG_ERROR, ""), 3);
+    EXPECT_FALSE(log.IsInited());
+    EXPECT_TRUE(IsLockHeldHere());
+}
+
+TEST_F(MediaProcessLogTest, InitWithALevelOutOf1To4Returns3AndKeepsTheLockHeldAndTheFileOpen) {
+    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
+    for (const int level : {0, 5, -1}) {
+        EXPECT_EQ(log.Init(static_cast<ProcessLogLevel>(level), dir.File("other")), 3) << level;
+    }
+    EXPECT_TRUE(IsLockHeldHere());
+    EXPECT_TRUE(log.IsInited());
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_INFO, "still open"), 0);
+    EXPECT_EQ(ReadFile(path), "still open\n");
+    EXPECT_EQ(dir.Names().size(), 1U);
+}
+
+TEST_F(MediaProcessLogTest, AGoodInitReleasesTheLock) {
+    EXPECT_EQ(Open(PROCESS_LOG_DEBUG), 0);
+    EXPECT_TRUE(log.IsInited());
+    EXPECT_FALSE(IsLockHeldHere());
+}
+
+TEST_F(MediaProcessLogTest, WriteLog2AtLevel4WritesNothingReturns0AndKeepsTheLockHeld) {
+    ASSERT_EQ(Open(PROCESS_LOG_ERROR), 0);
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_INFO, "unheard"), 0);
+    EXPECT_EQ(ReadFile(path), "");
+    EXPECT_TRUE(IsLockHeldHere());
+}
+
+TEST_F(MediaProcessLogTest, WriteLogWithNowhereToWriteReturns4AndKeepsTheLockHeld) {
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "m"), 4);
+    EXPECT_TRUE(IsLockHeldHere());
+}
+
+TEST_F(MediaProcessLogTest, WriteLogOfAnEmptyFormatReturns2AndKeepsTheLockHeld) {
+    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, ""), 2);
+    EXPECT_TRUE(IsLockHeldHere());
+    EXPECT_EQ(ReadFile(path), "");
+}
+
+TEST_F(MediaProcessLogTest, ChecksComeInTheOrderLevelFileFormat) {
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_WARN, ""), 0) << "below level 4, without a file";
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, ""), 4);
+}
+
+TEST_F(MediaProcessLogTest, AWrittenLineIsTheFormattedTextAndNothingElseAndReleasesTheLock) {
+    ASSERT_EQ(Open(PROCESS_LOG_WARN), 0);
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_WARN, "%d%% of %s, %.2f", 5, "it", 0.5), 0);
+    EXPECT_FALSE(IsLockHeldHere());
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "two"), 0);
+    EXPECT_EQ(ReadFile(path), "5% of it, 0.50\ntwo\n");
+}
+
+TEST_F(MediaProcessLogTest, AnUnopenablePathIsInitedAndLaterWritesReturn4) {
+    EXPECT_EQ(log.Init(PROCESS_LOG_DEBUG, dir.File("no/such/folder/log.txt")), 0);
+    EXPECT_TRUE(log.IsInited());
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "m"), 4);
+}
+
+TEST_F(MediaProcessLogTest, InitTruncatesTheFile) {
+    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
+    log.WriteLog(PROCESS_LOG_ERROR, "old");
+    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
+    EXPECT_EQ(ReadFile(path), "");
+}
+
+TEST_F(MediaProcessLogTest, UninitClosesTheFileAndGoesBackToLevel4) {
+    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
+    EXPECT_TRUE(log.Uninit());
+    EXPECT_FALSE(log.IsInited());
+    EXPECT_EQ(log.mLevel, 4);
+    EXPECT_FALSE(IsLockHeldHere());
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "m"), 4);
+    EXPECT_TRUE(log.Uninit());
+}
+
+TEST(MediaProcessLog, ANewLoggerIsNotInitialisedAtLevel4) {
+    MediaProcessLog log;
+    EXPECT_FALSE(log.IsInited());
+    EXPECT_EQ(log.mLevel, 4);
+}
+
+TEST(MediaProcessLog, ALoggerWhoseLockItsThreadStillHoldsCanBeDestroyed) {
+    MediaProcessLog log;
+    log.Init(PROCESS_LOG_DEBUG, "");
+    log.WriteLog(PROCESS_LOG_DEBUG, "");
+    log.WriteLog(PROCESS_LOG_ERROR, "");
+}
+
+}  // namespace

@@ -1,0 +1,83 @@
+#include "log/pr_console_log_writer.h"
+
+#include <gtest/gtest.h>
+
+#include "variable_arguments.h"
+
+namespace {
+
+using testing::internal::CaptureStderr;
+using testing::internal::CaptureStdout;
+using testing::internal::GetCapturedStderr;
+using testing::internal::GetCapturedStdout;
+
+TEST(PRConsoleLogWriter, Type0PrintsPrefixColonMessageNewlineToStandardOutput) {
+    PRConsoleLogWriter writer(1);
+    PRConsoleLogParam param = {0};
+    ASSERT_EQ(writer.Init(&param), 0);
+    CaptureStdout();
+    EXPECT_EQ(WriteTo(writer, 1, "prefix", "%d of %s", 3, "four"), 0);
+    EXPECT_EQ(GetCapturedStdout(), "prefix:3 of four\n");
+}
+
+TEST(PRConsoleLogWriter, Type1PrintsToStandardError) {
+    PRConsoleLogWriter writer(1);
+    PRConsoleLogParam param = {1};
+    ASSERT_EQ(writer.Init(&param), 0);
+    CaptureStderr();
+    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), 0);
+    EXPECT_EQ(GetCapturedStderr(), "p:m\n");
+}
+
+TEST(PRConsoleLogWriter, Type2PrintsTheTypeMessageAndLaterWritesReturnMinus1) {
+    PRConsoleLogWriter writer(1);
+    PRConsoleLogParam param = {2};
+    CaptureStderr();
+    EXPECT_EQ(writer.Init(&param), -1);
+    EXPECT_EQ(GetCapturedStderr(), "InitParam error nType=0 stdout, nType=1 stderr now nType=2");
+    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), -1);
+    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), -1);
+}
+
+TEST(PRConsoleLogWriter, ANullBlockPrintsInitParamError) {
+    PRConsoleLogWriter writer(1);
+    CaptureStderr();
+    EXPECT_EQ(writer.Init(nullptr), -1);
+    EXPECT_EQ(GetCapturedStderr(), "InitParam error\n");
+    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), -1);
+}
+
+TEST(PRConsoleLogWriter, BelowItsLevelItPrintsNothingAndReturns0EvenWithNoStream) {
+    PRConsoleLogWriter writer(3);
+    EXPECT_EQ(WriteTo(writer, 2, "p", "m"), 0);
+    EXPECT_EQ(WriteTo(writer, 3, "p", "m"), -1);
+    PRConsoleLogParam param = {0};
+    writer.Init(&param);
+    EXPECT_EQ(writer.SetLevel(4), 0);
+    CaptureStdout();
+    EXPECT_EQ(WriteTo(writer, 3, "p", "quiet"), 0);
+    EXPECT_EQ(WriteTo(writer, 4, "p", "loud"), 0);
+    EXPECT_EQ(GetCapturedStdout(), "p:loud\n");
+}
+
+TEST(PRConsoleLogWriter, DestroyLeavesTheStreamInUse) {
+    PRConsoleLogWriter writer(1);
+    PRConsoleLogParam param = {0};
+    writer.Init(&param);
+    writer.Destroy();
+    CaptureStdout();
+    EXPECT_EQ(WriteTo(writer, 1, "p", "m"), 0);
+    EXPECT_EQ(GetCapturedStdout(), "p:m\n");
+}
+
+TEST(PRConsoleLogWriter, NullTextsAndNoArgumentsPrintWhatThereIs) {
+    PRConsoleLogWriter writer(1);
+    PRConsoleLogParam param = {0};
+    writer.Init(&param);
+    CaptureStdout();
+    EXPECT_EQ(writer.WriteLog(1, nullptr, nullptr, nullptr), 0);
+    EXPECT_EQ(writer.WriteLog(1, "p", "100%", nullptr), 0);
+    EXPECT_EQ(GetCapturedStdout(), ":\np:100%\n");
+}
+
+}  // namespace

@@ -1,0 +1,200 @@
+#include "log/pr_file_log_writer.h"
+
+#include <gtest/gtest.h>
+
+#include "fake_wall_clock.h"
+#include "support/temp_dir.h"
+#include "variable_arguments.h"
+
+namespace {
+
+using testing::internal::CaptureStderr;
+using testing::internal::GetCapturedStderr;
+using Names = std::vector<std::string>;
+
+class PRFileLogWriterTest : public testing::Test {
+protected:
+    PRFileLogWriterTest() { TheWallClock() = {}; }
+
+    int Init(int partionSize, int period) {
+        PRFileLogParam param = {dir.File("log"), partionSize, period};
+        return writer.Init(&param);
+    }
+    std::string Contents(const std::string& name) { return ReadFile(dir.File(name)); }
+    Names SortedNames() {
+        Names names = dir.Names();
+        std::sort(names.begin(), names.end());
+        return names;
+    }
+
+    TempDir dir;
+    PRFileLogWriter writer{1};
+};
+
+TEST_F(PRFileLogWriterTest, WithoutLimitsItOpensTheDateNameAndNeverRotates) {
+    ASSERT_EQ(Init(0, 0), 0);
+    for (int day = 0; day < 3; ++day) {
+        TheWallClock().local.day += 1;
+        TheWallClock().seconds += 86'400;
+        EXPECT_EQ(WriteTo(writer, 2, "p", "day %d", day), 0);
+    }
+    EXPECT_EQ(dir.Names(), Names{"log_2024_03_07_09_05_02_041"});
+    EXPECT_EQ(Contents("log_2024_03_07_09_05_02_041"), "p:day 0\np:day 1\np:day 2\n");
+}
+
+TEST_F(PRFileLogWriterTest, BothLimits5And60Fail) {
+    CaptureStderr();
+    EXPECT_EQ(Init(5, 60), -1);
+    EXPECT_EQ(GetCapturedStderr(), "InitParam error nPartionSize canot both > 0");
+    EXPECT_EQ(dir.Names(), Names{});
+    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), -1);
+}
+
+TEST_F(PRFileLogWriterTest,
+       APeriodOf1SecondOpensANewFileAfterMoreThanOneSecondAndAtEveryWriteThen) {
+    ASSERT_EQ(Init(0, 1), 0);
+    TheWallClock().seconds += 1;
+    TheWallClock().local.second = 3;
+    EXPECT_EQ(WriteTo(writer, 2, "p", "at one second"), 0);
+    EXPECT_EQ(dir.Names(), Names{"log_2024_03_07_09_05_02_041"});
+    TheWallClock().seconds += 1;
+    TheWallClock().local.second = 4;
+    EXPECT_EQ(WriteTo(writer, 2, "p", "after two"), 0);
+    TheWallClock().local.millisecond = 42;
+    EXPECT_EQ(WriteTo(writer, 2, "p", "and again"), 0);
+    EXPECT_EQ(SortedNames(), (Names{"log_2024_03_07_09_05_02_041", "log_2024_03_07_09_05_04_041",
+                                    "log_2024_03_07_09_05_04_042"}));
+    EXPECT_EQ(Contents("log_2024_03_07_09_05_02_041"), "p:at one second\n");
+    EXPECT_EQ(Contents("log_2024_03_07_09_05_04_041"), "p:after two\n");
+    EXPECT_EQ(Contents("log_2024_03_07_09_05_04_042"), "p:and again\n");
+}
+
+TEST_F(PRFileLogWriterTest, TwoRotationsWithinOneMillisecondReuseTheNameAndTruncateIt) {
+    ASSERT_EQ(Init(0, 1), 0);
+    TheWallClock().seconds += 2;
+    TheWallClock().local.second = 4;
+    EXPECT_EQ(WriteTo(writer, 2, "p", "first"), 0);
+    EXPECT_EQ(WriteTo(writer, 2, "p", "second"), 0);
+    EXPECT_EQ(Contents("log_2024_03_07_09_05_04_041"), "p:second\n");
+}
+
+TEST_F(PRFileLogWriterTest, AMessageBelowTheLevelDoesNotRotate) {
+    ASSERT_EQ(Init(0, 1), 0);
+    writer.SetLevel(3);
+    TheWallClock().seconds += 2;
+    TheWallClock().local.second = 4;
+    EXPECT_EQ(WriteTo(writer, 2, "p", "m"), 0);
+    EXPECT_EQ(dir.Names().size(), 1U);
+}
+
+TEST_F(PRFileLogWriterTest, AClockThatJumpsBackDoesNotRotate) {
+    ASSERT_EQ(Init(0, 1), 0);
+    TheWallClock().seconds -= 1'000'000;
+    EXPECT_EQ(WriteTo(writer, 2, "p", "m"), 0);
+    EXPECT_EQ(dir.Names().size(), 1U);
+}
+
+TEST_F(PRFileLogWriterTest, PartionSize1KeepsWritingToPrefix0) {
+    ASSERT_EQ(Init(1, 0), 0);
+    for (int i = 0; i < 1000; ++i) {
+        ASSERT_EQ(WriteTo(writer, 2, "p", "%d", i), 0);
+    }
+    EXPECT_EQ(dir.Names(), Names{"log_0"});
+    EXPECT_EQ(writer.mWrittenCount, 0U);
+}
+
+TEST_F(PRFileLogWriterTest, ACountAboveTheLimitOpensTheNextPart) {
+    ASSERT_EQ(Init(10, 0), 0);
+    EXPECT_EQ(WriteTo(writer, 2, "p", "a"), 0);
+    writer.mWrittenCount = 10;
+    EXPECT_EQ(WriteTo(writer, 2, "p", "b"), 0);
+    writer.mWrittenCount = 11;
+    EXPECT_EQ(WriteTo(writer, 2, "p", "c"), 0);
+    EXPECT_EQ(WriteTo(writer, 2, "p", "d"), 0);
+    EXPECT_EQ(SortedNames(), (Names{"log_0", "log_1", "log_2"}));
+    EXPECT_EQ(Contents("log_0"), "p:a\np:b\n");
+    EXPECT_EQ(Contents("log_1"), "p:c\n");
+    EXPECT_EQ(Contents("log_2"), "p:d\n");
+}
+
+TEST_F(PRFileLogWriterTest, NullBlockAndEmptyPrefixPrintInitParamErrorAndLeaveAnOpenFileInUse) {
+    ASSERT_EQ(Init(3, 0), 0);
+    PRFileLogParam empty;
+    CaptureStderr();
+    EXPECT_EQ(writer.Init(nullptr), -1);
+    EXPECT_EQ(writer.Init(&empty), -1);
+    EXPECT_EQ(GetCapturedStderr(), "InitParam error\nInitParam error\n");
+    EXPECT_EQ(WriteTo(writer, 2, "p", "still here"), 0);
+    EXPECT_EQ(Contents("log_0"), "p:still here\n");
+}
+
+TEST_F(PRFileLogWriterTest, TwoPositiveLimitsLeaveAnOpenFileInUse) {
+    ASSERT_EQ(Init(3, 0), 0);
+    CaptureStderr();
+    EXPECT_EQ(Init(5, 60), -1);
+    GetCapturedStderr();
+    EXPECT_EQ(WriteTo(writer, 2, "p", "still here"), 0);
+    EXPECT_EQ(Contents("log_0"), "p:still here\n");
+}
+
+TEST_F(PRFileLogWriterTest, AFileThatCannotBeOpenedIsSaidAndWritesReturnMinus1) {
+    PRFileLogParam param = {dir.File("no/such/folder"), 1, 0};
+    CaptureStderr();
+    EXPECT_EQ(writer.Init(&param), -1);
+    EXPECT_EQ(GetCapturedStderr(), "could not open log file " + dir.File("no/such/folder_0"));
+    EXPECT_EQ(WriteTo(writer, 2, "p", "m"), -1);
+    EXPECT_EQ(WriteTo(writer, 0, "p", "m"), 0) << "below the level comes first";
+}
+
+TEST_F(PRFileLogWriterTest, ARotationIntoAVanishedFolderIsSaidAndReturnsMinus1) {
+    std::filesystem::create_directory(dir.File("sub"));
+    PRFileLogParam param = {dir.File("sub/log"), 0, 1};
+    ASSERT_EQ(writer.Init(&param), 0);
+    std::filesystem::remove_all(dir.File("sub"));
+    TheWallClock().seconds += 2;
+    CaptureStderr();
+    EXPECT_EQ(WriteTo(writer, 2, "p", "m"), -1);
+    EXPECT_EQ(GetCapturedStderr(),
+              "could not open log file " + dir.File("sub/log_2024_03_07_09_05_02_041"));
+}
+
+TEST_F(PRFileLogWriterTest, InitAgainClosesTheFileAndTruncatesTheNewOne) {
+    ASSERT_EQ(Init(1, 0), 0);
+    WriteTo(writer, 2, "p", "old");
+    ASSERT_EQ(Init(1, 0), 0);
+    WriteTo(writer, 2, "p", "new");
+    EXPECT_EQ(Contents("log_0"), "p:new\n");
+}
+
+TEST_F(PRFileLogWriterTest, NegativeLimitsAreNoLimits) {
+    ASSERT_EQ(Init(-5, -60), 0);
+    TheWallClock().seconds += 1'000'000;
+    EXPECT_EQ(WriteTo(writer, 2, "p", "m"), 0);
+    EXPECT_EQ(dir.Names(), Names{"log_2024_03_07_09_05_02_041"});
+}
+
+TEST_F(PRFileLogWriterTest, DestroyClosesTheFileAndMayBeRepeated) {
+    ASSERT_EQ(Init(1, 0), 0);
+    writer.Destroy();
+    writer.Destroy();
+    EXPECT_EQ(WriteTo(writer, 2, "p", "m"), -1);
+}
+
+TEST_F(PRFileLogWriterTest, EveryMessageIsFlushed) {
+    ASSERT_EQ(Init(1, 0), 0);
+    WriteTo(writer, 2, "p", "m");
+    EXPECT_EQ(Contents("log_0"), "p:m\n") << "while the file is open";
+}
+
+TEST(PRFileLogWriter, HasAValueInEveryFieldBeforeInit) {
+    PRFileLogWriter writer(2);
+    EXPECT_EQ(writer.mFile, nullptr);
+    EXPECT_EQ(writer.nPartionSize, 0);
+    EXPECT_EQ(writer.mPartitionPeriod, 0);
+    EXPECT_EQ(writer.mWrittenCount, 0U);
+    EXPECT_EQ(writer.mPartNumber, 0U);
+    EXPECT_EQ(writer.mStartTime, 0);
+    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), -1);
+}
+
+}  // namespace

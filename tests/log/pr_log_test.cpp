@@ -1,0 +1,209 @@
+#include "log/pr_log.h"
+
+#include <gtest/gtest.h>
+
+#include <thread>
+
+#include "fake_wall_clock.h"
+#include "log/pr_console_log_writer.h"
+#include "log/pr_file_log_writer.h"
+#include "support/temp_dir.h"
+
+namespace {
+
+using testing::internal::CaptureStderr;
+using testing::internal::CaptureStdout;
+using testing::internal::GetCapturedStderr;
+using testing::internal::GetCapturedStdout;
+
+class PRLogTest : public testing::Test {
+protected:
+    int AddFile(const std::string& name, int level) {
+        PRFileLogParam param = {dir.File(name), 1, 0};
+        return log.AddLog(PROCESS_LOG_FILE, &param, level);
+    }
+    std::string Contents(const std::string& name) { return ReadFile(dir.File(name + "_0")); }
+
+    TempDir dir;
+    PRLog log;
+};
+
+TEST_F(PRLogTest, AddLogOfKind2ReturnsMinus1AndPrintsNothing) {
+    CaptureStderr();
+    EXPECT_EQ(log.AddLog(PROCESS_LOG_UNSUPPORTED, nullptr, 1), -1);
+    EXPECT_EQ(GetCapturedStderr(), "");
+}
+
+TEST_F(PRLogTest, AddLogOfKind7PrintsTheUnrecognisedKindAndReturnsMinus1) {
+    CaptureStderr();
+    EXPECT_EQ(log.AddLog(static_cast<ProcessLogType>(7), nullptr, 1), -1);
+    EXPECT_EQ(GetCapturedStderr(), "Log Type unrecgnized LogType=7");
+}
+
+TEST_F(PRLogTest, ARefusedKindTakesNoId) {
+    const int before = GeneratePRLogId();
+    CaptureStderr();
+    log.AddLog(PROCESS_LOG_UNSUPPORTED, nullptr, 1);
+    log.AddLog(static_cast<ProcessLogType>(-1), nullptr, 1);
+    EXPECT_EQ(GetCapturedStderr(), "Log Type unrecgnized LogType=-1");
+    EXPECT_EQ(GeneratePRLogId(), before + 1);
+}
+
+TEST_F(PRLogTest, WritersAndExplicitCallsDrawFromOneSequenceOfIds) {
+    const int first = AddFile("a", 1);
+    EXPECT_EQ(GeneratePRLogId(), first + 1);
+    EXPECT_EQ(AddFile("b", 1), first + 2);
+    PRConsoleLogWriter writer(1);
+    EXPECT_EQ(writer.GetId(), first + 3);
+}
+
+TEST_F(PRLogTest, AConsoleWriterWithAnInvalidParameterIsKeptAndItsWritesReturnMinus1) {
+    PRConsoleLogParam param = {9};
+    CaptureStderr();
+    const int id = log.AddLog(PROCESS_LOG_CONSOLE, &param, 1);
+    GetCapturedStderr();
+    EXPECT_GE(id, 0);
+    ASSERT_EQ(log.mWriters.size(), 1U);
+    EXPECT_EQ(log.mWriters[0]->WriteLog(4, "p", "m", nullptr), -1);
+    log.Error("p", "m");
+    EXPECT_EQ(log.RemoveLog(id), 0);
+}
+
+TEST_F(PRLogTest, OfWritersAtLevels1And3AWarnReachesBothAndAnInfoOnlyTheFirst) {
+    AddFile("a", 1);
+    AddFile("b", 3);
+    log.Warn("p", "warn");
+    log.Info("p", "info");
+    EXPECT_EQ(Contents("a"), "p:warn\np:info\n");
+    EXPECT_EQ(Contents("b"), "p:warn\n");
+}
+
+TEST_F(PRLogTest, RemoveLogOfAnUnknownIdReturnsMinus1AndLeavesTheListUnchanged) {
+    const int id = AddFile("a", 1);
+    const std::vector<PRLogWriter*> before = log.mWriters;
+    EXPECT_EQ(log.RemoveLog(id + 1000), -1);
+    EXPECT_EQ(log.RemoveLog(-1), -1);
+    EXPECT_EQ(log.mWriters, before);
+}
+
+TEST_F(PRLogTest, DebugInfoWarnErrorHaveTheLevels1To4) {
+    for (int level = 1; level <= 5; ++level) {
+        AddFile(std::to_string(level), level);
+    }
+    log.Debug("p", "debug");
+    log.Info("p", "info");
+    log.Warn("p", "warn");
+    log.Error("p", "error");
+    EXPECT_EQ(Contents("1"), "p:debug\np:info\np:warn\np:error\n");
+    EXPECT_EQ(Contents("2"), "p:info\np:warn\np:error\n");
+    EXPECT_EQ(Contents("3"), "p:warn\np:error\n");
+    EXPECT_EQ(Contents("4"), "p:error\n");
+    EXPECT_EQ(Contents("5"), "");
+}
+
+TEST_F(PRLogTest, EveryOneOfManyWritersGetsTheWholeArgumentList) {
+    for (int i = 0; i < 5; ++i) {
+        AddFile(std::to_string(i), 1);
+    }
+    const std::string text(300, 'x');
+    log.Info("p", "%d %s %.3f %lld %c %d %d %d %f %s", 1, text.c_str(), 2.5, 1LL << 40, 'c', 2, 3,
+             4, 0.125, "last");
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_EQ(Contents(std::to_string(i)),
+                  "p:1 " + text + " 2.500 1099511627776 c 2 3 4 0.125000 last\n");
+    }
+}
+
+TEST_F(PRLogTest, RemoveLogClosesTheGapAndKeepsTheOrder) {
+    const int a = AddFile("a", 1);
+    const int b = AddFile("b", 1);
+    const int c = AddFile("c", 1);
+    EXPECT_EQ(log.RemoveLog(b), 0);
+    ASSERT_EQ(log.mWriters.size(), 2U);
+    EXPECT_EQ(log.mWriters[0]->GetId(), a);
+    EXPECT_EQ(log.mWriters[1]->GetId(), c);
+    log.Info("p", "m");
+    EXPECT_EQ(Contents("b"), "");
+    EXPECT_EQ(Contents("c"), "p:m\n");
+    EXPECT_EQ(log.RemoveLog(b), -1);
+}
+
+TEST_F(PRLogTest, SetLogLevelActsOnTheWriterWithThatId) {
+    const int a = AddFile("a", 4);
+    AddFile("b", 4);
+    EXPECT_EQ(log.SetLogLevel(a, 1), 0);
+    EXPECT_EQ(log.SetLogLevel(a + 1000, 1), -1);
+    log.Debug("p", "m");
+    EXPECT_EQ(Contents("a"), "p:m\n");
+    EXPECT_EQ(Contents("b"), "");
+}
+
+TEST_F(PRLogTest, RemoveAllLogEmptiesTheListAndMessagesThenReachNobody) {
+    AddFile("a", 1);
+    AddFile("b", 1);
+    EXPECT_EQ(log.RemoveAllLog(), 0);
+    EXPECT_EQ(log.mWriters.size(), 0U);
+    log.Error("p", "m");
+    EXPECT_EQ(Contents("a"), "");
+    EXPECT_EQ(log.RemoveAllLog(), 0);
+}
+
+TEST_F(PRLogTest, AFormatWithoutArgumentsIsStillAFormat) {
+    AddFile("a", 1);
+    log.Info("100%", "100%%");
+    EXPECT_EQ(Contents("a"), "100%:100%\n");
+}
+
+TEST_F(PRLogTest, MessagesOfTwoThreadsComeOutInWholeLines) {
+    AddFile("a", 1);
+    const auto chatter = [this](const char* name) {
+        for (int i = 0; i < 500; ++i) {
+            log.Info(name, "%s %d", "message", i);
+        }
+    };
+    std::thread first(chatter, "one");
+    std::thread second(chatter, "two");
+    for (int i = 0; i < 50; ++i) {
+        const int id = AddFile("b", 1);
+        log.SetLogLevel(id, 2);
+        log.RemoveLog(id);
+    }
+    first.join();
+    second.join();
+    std::istringstream lines(Contents("a"));
+    int next[2] = {0, 0};
+    for (std::string line; std::getline(lines, line);) {
+        const int thread = line.substr(0, 4) == "two:" ? 1 : 0;
+        ASSERT_EQ(line,
+                  (thread == 1 ? "two:message " : "one:message ") + std::to_string(next[thread]++));
+    }
+    EXPECT_EQ(next[0], 500);
+    EXPECT_EQ(next[1], 500);
+}
+
+TEST(PRLogGlobals, TheLibraryHasOneDispatcherWithoutWritersAndLoggingIsOff) {
+    ASSERT_NE(pr_log, nullptr);
+    EXPECT_EQ(pr_log->mWriters.size(), 0U);
+    EXPECT_FALSE(pr_log_enalbe);
+    PR_LOG_ENABLE(true);
+    EXPECT_TRUE(pr_log_enalbe);
+    PR_LOG_ENABLE(false);
+    EXPECT_FALSE(pr_log_enalbe);
+}
+
+TEST(PRLogDates, AreTheLocalTimeToTheMillisecond) {
+    TheWallClock() = {};
+    EXPECT_EQ(GetPRFormatDate(), "2024-03-07 09:05:02.041");
+    EXPECT_EQ(GetPRFormatDate2(), "2024_03_07_09_05_02_041");
+    TheWallClock().local = {2026, 12, 31, 23, 59, 59, 999};
+    EXPECT_EQ(GetPRFormatDate(), "2026-12-31 23:59:59.999");
+    EXPECT_EQ(GetPRFormatDate2(), "2026_12_31_23_59_59_999");
+}
+
+TEST(PRLogDates, NumbersAreInDecimal) {
+    EXPECT_EQ(int2str_pr(0), "0");
+    EXPECT_EQ(int2str_pr(-2147483647 - 1), "-2147483648");
+    EXPECT_EQ(int2str_pr(2147483647), "2147483647");
+}
+
+}  // namespace

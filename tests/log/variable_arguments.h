@@ -1,0 +1,15 @@
+#pragma once
+
+#include <cstdarg>
+
+#include "log/log_output.h"
+#include "log/pr_log_writer.h"
+
+/// Calls a writer as the dispatcher does, with a variable-argument list.
+inline int WriteTo(PRLogWriter& writer, int level, const char* prefix, const char* format, ...) {
+    va_list args;
+    va_start(args, format);
+    const int result = writer.WriteLog(level, prefix, format, PackArguments(args));
+    va_end(args);
+    return result;
+}
