@@ -1,0 +1,199 @@
+#include "units/gain_curve.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+namespace {
+
+constexpr int kGains = 33;
+
+/// 33 gains from just above 0 to 1.
+float GainNumber(int number) {
+    return number == 0 ? 1e-6F : static_cast<float>(number) / (kGains - 1);
+}
+
+std::vector<short> AllSamples() {
+    std::vector<short> samples;
+    for (int x = -32768; x <= 32767; ++x) {
+        samples.push_back(static_cast<short>(x));
+    }
+    return samples;
+}
+
+std::vector<short> MappedS16(float gain) {
+    std::vector<short> samples = AllSamples();
+    ApplyGain(MakeGainCurveS16(gain), {samples.data(), samples.size()});
+    return samples;
+}
+
+std::vector<float> MappedFloat(float gain, std::vector<float> samples) {
+    ApplyGain(MakeGainCurveFloat(gain), {samples.data(), samples.size()});
+    return samples;
+}
+
+/// The 16-bit curve in plain words, with its own ways of truncating and shifting.
+short PlainGain(float gain, int x) {
+    volatile float product = gain * 8191.0F;  // each step rounded on its own
+    volatile float kneeValue = 16383.0F - product;
+    const auto knee = static_cast<std::int64_t>(kneeValue);
+    const std::int64_t lifted = 32767 - knee;
+    const std::int64_t inner = (lifted * 1024 - (lifted * 1024) % knee) / knee;
+    const std::int64_t outer = (knee * 1024 - (knee * 1024) % lifted) / lifted;
+    const std::int64_t magnitude = std::abs(x);
+    std::int64_t y =
+        magnitude <= knee ? magnitude * inner : (magnitude - knee) * outer + knee * inner;
+    if (x < 0) {
+        y = -y;
+    }
+    const auto shifted = static_cast<std::int64_t>(std::floor(static_cast<double>(y) / 1024.0));
+    return static_cast<short>(
+        std::min<std::int64_t>(std::max<std::int64_t>(shifted, -32768), 32767));
+}
+
+TEST(GainCurveS16, Every16BitSampleAt33GainsFollowsThePlainModel) {
+    for (int number = 0; number < kGains; ++number) {
+        const float gain = GainNumber(number);
+        const std::vector<short> mapped = MappedS16(gain);
+        for (int x = -32768; x <= 32767; ++x) {
+            ASSERT_EQ(mapped[static_cast<std::size_t>(x + 32768)], PlainGain(gain, x))
+                << "gain " << gain << ", sample " << x;
+        }
+    }
+}
+
+TEST(GainCurveS16, TheDefaultGainHasKnee9830AndSlopes2389And438) {
+    const GainCurveS16 curve = MakeGainCurveS16(0.8F);
+    EXPECT_EQ(curve.knee, 9830);
+    EXPECT_EQ(curve.innerSlope, 2389);
+    EXPECT_EQ(curve.outerSlope, 438);
+    EXPECT_EQ(curve.offset, 9830 * 2389);
+}
+
+TEST(GainCurveS16, GainOneHasKnee8192AndInnerSlope3071) {
+    const GainCurveS16 curve = MakeGainCurveS16(1.0F);
+    EXPECT_EQ(curve.knee, 8192);
+    EXPECT_EQ(curve.innerSlope, 3071);
+}
+
+TEST(GainCurveS16, TheDefaultGainMapsMinus1ToMinus3And1To2) {
+    const std::vector<short> mapped = MappedS16(0.8F);
+    EXPECT_EQ(mapped[32768 - 1], -3);
+    EXPECT_EQ(mapped[32768], 0);
+    EXPECT_EQ(mapped[32768 + 1], 2);
+}
+
+TEST(GainCurveS16, IsOddUpToTheShiftAndNeverFallsAndStaysInRange) {
+    for (int number = 0; number < kGains; ++number) {
+        const std::vector<short> mapped = MappedS16(GainNumber(number));
+        for (int x = 1; x <= 32767; ++x) {
+            const int above = mapped[static_cast<std::size_t>(32768 + x)];
+            const int below = mapped[static_cast<std::size_t>(32768 - x)];
+            ASSERT_TRUE(below == -above || below == -above - 1) << x;  // the shift rounds down
+            ASSERT_GE(above, mapped[static_cast<std::size_t>(32768 + x - 1)]) << x;
+            ASSERT_GE(above, 0);
+        }
+    }
+}
+
+std::vector<float> Ramp() {
+    std::vector<float> samples;
+    for (int i = -40'000; i <= 40'000; ++i) {
+        samples.push_back(static_cast<float>(i) / 32'000.0F);
+    }
+    return samples;
+}
+
+/// The float curve in plain words, every intermediate stored in single precision.
+float PlainGain(float gain, float x) {
+    const float knee = static_cast<float>(0.5 - static_cast<double>(gain) * 0.25);
+    const volatile float rest = 1.0F - knee;
+    const volatile float inner = rest / knee;
+    const volatile float atKnee = inner * knee;
+    const volatile float outer = 1.0F / inner;
+    volatile float y = x * inner;
+    if (x > knee) {
+        y = x - knee;
+        y = y * outer;
+        y = y + atKnee;
+    }
+    if (x < -knee) {
+        y = x + knee;
+        y = y * outer;
+        y = y - atKnee;
+    }
+    if (y < -1.0F) {
+        y = -1.0F;
+    }
+    return y > 1.0F ? 1.0F : y;
+}
+
+TEST(GainCurveFloat, FollowsThePlainModelToTheBitAt33Gains) {
+    const std::vector<float> ramp = Ramp();
+    for (int number = 0; number < kGains; ++number) {
+        const float gain = GainNumber(number);
+        const std::vector<float> mapped = MappedFloat(gain, ramp);
+        for (std::size_t i = 0; i < ramp.size(); ++i) {
+            ASSERT_EQ(mapped[i], PlainGain(gain, ramp[i])) << "gain " << gain << " at " << ramp[i];
+        }
+    }
+}
+
+TEST(GainCurveFloat, TheDefaultGainHasKnee0_3AndAnOffsetThatIsTheRoundedProduct) {
+    const GainCurveFloat curve = MakeGainCurveFloat(0.8F);
+    EXPECT_EQ(curve.knee, 0.3F);
+    EXPECT_EQ(curve.innerSlope, (1.0F - 0.3F) / 0.3F);
+    EXPECT_EQ(curve.offset, curve.innerSlope * curve.knee);
+    EXPECT_EQ(curve.outerSlope, 1.0F / curve.innerSlope);
+}
+
+TEST(GainCurveFloat, TheOffsetIsNotAlwaysOneMinusTheKnee) {
+    int different = 0;
+    for (int number = 1; number < 1000; ++number) {
+        const GainCurveFloat curve = MakeGainCurveFloat(static_cast<float>(number) / 1000.0F);
+        different += curve.offset != 1.0F - curve.knee ? 1 : 0;
+    }
+    EXPECT_GT(different, 0);
+}
+
+TEST(GainCurveFloat, TheKneeItselfTakesTheInnerSlope) {
+    const GainCurveFloat curve = MakeGainCurveFloat(0.37F);
+    const std::vector<float> mapped = MappedFloat(0.37F, {curve.knee, -curve.knee});
+    EXPECT_EQ(mapped[0], curve.knee * curve.innerSlope);
+    EXPECT_EQ(mapped[1], -(curve.knee * curve.innerSlope));
+}
+
+TEST(GainCurveFloat, IsOddToTheBitAndWithinMinus1To1) {
+    const std::vector<float> ramp = Ramp();
+    for (int number = 0; number < kGains; ++number) {
+        const std::vector<float> mapped = MappedFloat(GainNumber(number), ramp);
+        for (std::size_t i = 0; i < ramp.size(); ++i) {
+            ASSERT_EQ(mapped[i], -mapped[ramp.size() - 1 - i]);
+            ASSERT_TRUE(mapped[i] >= -1.0F && mapped[i] <= 1.0F);
+        }
+    }
+}
+
+TEST(GainCurveFloat, NaNComesOutAsMinus1AndInfinitiesAsFullScale) {
+    const float infinity = INFINITY;
+    EXPECT_EQ(MappedFloat(0.8F, {NAN, infinity, -infinity}), (std::vector<float>{-1, 1, -1}));
+}
+
+TEST(ThreeSlopeGain, At16BitsShiftsAndHalvesTowardsZero) {
+    // Gain 0.5: shift 5461, edges 21845 and -21846.
+    std::vector<short> samples = {100,   5461,  5462,   21845,  21846,
+                                  32767, -5462, -21846, -21847, -32768};
+    ApplyThreeSlopeGain(0.5F, PcmView<short>(samples.data(), samples.size()));
+    EXPECT_EQ(samples, (std::vector<short>{200, 10922, 10923, 27306, 27306, 32767, -10923, -27307,
+                                           -27307, -32768}));
+}
+
+TEST(ThreeSlopeGain, InFloatShiftsByAThirdOfTheGain) {
+    // Gain 0.75: shift 0.25, edges 0.5 and -0.5.
+    std::vector<float> samples = {0.125F, 0.25F, 0.375F, 0.75F, -0.375F, -0.75F, 3.0F, -3.0F};
+    ApplyThreeSlopeGain(0.75F, PcmView<float>(samples.data(), samples.size()));
+    EXPECT_EQ(samples, (std::vector<float>{0.25F, 0.5F, 0.625F, 0.875F, -0.625F, -0.875F, 1, -1}));
+}
+
+}  // namespace

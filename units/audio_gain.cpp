@@ -1,0 +1,95 @@
+#include "units/audio_gain.h"
+
+#include "common/sample_format.h"
+#include "units/gain_curve.h"
+
+namespace {
+
+constexpr float kDefaultGain = 0.8F;
+
+/// The whole samples of a block of `size` bytes; none in a block that is not there.
+template <typename Sample>
+PcmView<Sample> WholeSamples(Sample* samples, int size) {
+    const bool empty = samples == nullptr || size < 1;
+    return {samples, empty ? 0 : static_cast<std::size_t>(size) / sizeof(Sample)};
+}
+
+}  // namespace
+
+int AudioGain::Init(SampleFmt fmt) {
+    mInited = false;
+    if (!IsS16(fmt) && !IsFloat(fmt)) {
+        return 3;
+    }
+    mFmt = IsS16(fmt) ? SAMPLE_FMT_S16 : SAMPLE_FMT_FLT;
+    mGain = kDefaultGain;
+    mInited = true;
+    return 0;
+}
+
+bool AudioGain::IsInited() {
+    return mInited;
+}
+
+bool AudioGain::Clear() {
+    mInited = false;
+    mFmt = SAMPLE_FMT_NONE;
+    mGain = 0.0F;
+    return true;
+}
+
+bool AudioGain::SetGain(float g) {
+    mGain = 0.0F;  // also for NaN, which no comparison holds for
+    if (g > 0.0F) {
+        mGain = g > 1.0F ? 1.0F : g;
+    }
+    return true;
+}
+
+int AudioGain::Process(const char* buf, int size) {
+    if (buf == nullptr || size < 1) {
+        return 2;
+    }
+    if (!mInited) {
+        return 4;
+    }
+    Process(buf, size, static_cast<SampleFmt>(mFmt));
+    return 0;
+}
+
+int AudioGain::Process(const char* buf, int size, SampleFmt fmt) {
+    char* bytes = const_cast<char*>(buf);
+    switch (fmt) {
+        case SAMPLE_FMT_S16: return ProcessCore2(reinterpret_cast<short*>(bytes), size);
+        case SAMPLE_FMT_FLT: return ProcessCore2(reinterpret_cast<float*>(bytes), size);
+        default: return 11;
+    }
+}
+
+int AudioGain::ProcessCore2(short* samples, int size) {
+    if (mGain > 0.0F) {
+        ApplyGain(MakeGainCurveS16(mGain), WholeSamples(samples, size));
+    }
+    return 0;
+}
+
+int AudioGain::ProcessCore2(float* samples, int size) {
+    if (mGain > 0.0F) {
+        ApplyGain(MakeGainCurveFloat(mGain), WholeSamples(samples, size));
+    }
+    return 0;
+}
+
+int AudioGain::ProcessCore(short* samples, int size) {
+    if (mGain > 0.0F) {
+        ApplyThreeSlopeGain(mGain, WholeSamples(samples, size));
+    }
+    return 0;
+}
+
+int AudioGain::ProcessCore(float* samples, int size) {
+    if (mGain > 0.0F) {
+        ApplyThreeSlopeGain(mGain, WholeSamples(samples, size));
+    }
+    return 0;
+}
