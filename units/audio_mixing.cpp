@@ -1,0 +1,94 @@
+#include "units/audio_mixing.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
+#include "common/pcm_view.h"
+#include "common/sample_format.h"
+#include "units/mix_limiter.h"
+
+int AudioMixing::Init(SampleFmt fmt) {
+    mInited = false;
+    if (!IsS16(fmt) && !IsFloat(fmt)) {
+        return -1;
+    }
+    mFmt = fmt;
+    mInited = true;
+    return 0;
+}
+
+bool AudioMixing::IsInited() {
+    return mInited;
+}
+
+bool AudioMixing::Clear() {
+    mInited = false;
+    mFmt = SAMPLE_FMT_NONE;
+    return true;
+}
+
+int AudioMixing::Process(const char* in, char* out, int& size, int srcNum) {
+    if (!mInited) {
+        return 4;
+    }
+    if (in == nullptr || out == nullptr || size < 1 || srcNum < 1 || srcNum > kMaxSources) {
+        return 2;
+    }
+    if (srcNum == 1) {
+        std::memmove(out, in, static_cast<std::size_t>(size));
+        return 0;
+    }
+    if (IsFloat(mFmt)) {
+        return ProcessAs<float>(in, out, size, srcNum);
+    }
+    if (IsS16(mFmt)) {
+        return ProcessAs<short>(in, out, size, srcNum);
+    }
+    return 12;
+}
+
+template <typename Sample>
+int AudioMixing::ProcessAs(const char* in, char* out, int& size, int srcNum) {
+    auto* samples = reinterpret_cast<Sample*>(const_cast<char*>(in));
+    int count = size / static_cast<int>(sizeof(Sample));
+    const int code = DoProcess(samples, reinterpret_cast<Sample*>(out), count, srcNum);
+    size = count * static_cast<int>(sizeof(Sample));
+    return code;
+}
+
+int AudioMixing::DoProcess(short* in, short* out, int& count, int srcNum) {
+    return Mix(in, out, count, srcNum);
+}
+
+int AudioMixing::DoProcess(float* in, float* out, int& count, int srcNum) {
+    return Mix(in, out, count, srcNum);
+}
+
+template <typename Sample>
+int AudioMixing::Mix(Sample* in, Sample* out, int& count, int srcNum) {
+    if (count % srcNum != 0) {
+        return 3;
+    }
+    count /= srcNum;
+    const auto length = static_cast<std::size_t>(count);
+    const auto sources = static_cast<std::size_t>(srcNum);
+    const PcmView<const Sample> input(in, length * sources);
+    PcmView<Sample> output(out, length);
+    for (std::size_t pos = 0; pos < length; pos += kBlockSamples) {
+        const std::size_t block = std::min(kBlockSamples, length - pos);
+        for (std::size_t k = 0; k < sources; ++k) {
+            for (std::size_t i = 0; i < block; ++i) {
+                mScratch[k][i] = ToMixerSample(input.Get(k * length + pos + i));
+            }
+        }
+        for (std::size_t i = 0; i < block; ++i) {
+            int sum = 0;
+            for (std::size_t k = 0; k < sources; ++k) {
+                sum += mScratch[k][i];
+            }
+            output.Set(pos + i, FromMixerSample<Sample>(LimitSum(sum)));
+        }
+    }
+    return 0;
+}
