@@ -1,0 +1,545 @@
+#include "units/phase_check.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <type_traits>
+#include <vector>
+
+#include "support/bytes.h"
+#include "support/seed.h"
+#include "units/phase_statistics.h"
+
+namespace {
+
+PhaseCheck Ready(int rate = 48000, bool planar = false) {
+    PhaseCheck check;
+    EXPECT_EQ(check.Init(rate, planar), 0);
+    return check;
+}
+
+template <typename Sample>
+std::vector<Sample> Stereo(int frames, Sample left, Sample right) {
+    std::vector<Sample> samples;
+    for (int i = 0; i < frames; ++i) {
+        samples.push_back(left);
+        samples.push_back(right);
+    }
+    return samples;
+}
+
+template <typename Sample>
+int Check(PhaseCheck& check, std::vector<Sample>& samples) {
+    return check.Check(samples.data(), static_cast<int>(samples.size()));
+}
+
+template <typename Sample>
+int Check2(PhaseCheck& check, std::vector<Sample>& samples) {
+    return check.Check2(samples.data(), static_cast<int>(samples.size()));
+}
+
+TEST(PhaseCheck, InitTakes8000To48000Hz) {
+    for (const int rate : {8000, 16000, 44100, 48000}) {
+        PhaseCheck check;
+        EXPECT_EQ(check.Init(rate, false), 0) << rate;
+        EXPECT_TRUE(check.IsInited());
+        EXPECT_EQ(check.mMaxScore, rate * 10);
+    }
+    for (const int rate : {7999, 48001, 0, -8000, 96000, INT32_MIN, INT32_MAX}) {
+        PhaseCheck check = Ready();
+        EXPECT_EQ(check.Init(rate, false), -1) << rate;
+        EXPECT_FALSE(check.IsInited());
+        EXPECT_EQ(check.mSampleRate, 48000);
+    }
+}
+
+TEST(PhaseCheck, SixteenBitFrame491Minus491IsSilent) {
+    PhaseCheck check = Ready();
+    std::vector<short> frame = {491, -491};
+    EXPECT_EQ(Check(check, frame), 0);
+    EXPECT_EQ(check.GetSilenceRatio(), 1.0F);
+    EXPECT_EQ(Check2(check, frame), 0);
+    EXPECT_EQ(check.mScore2, 0);
+}
+
+TEST(PhaseCheck, SixteenBitFrame492Minus491IsOpposedForCheckAndScores1InCheck2) {
+    PhaseCheck check = Ready();
+    std::vector<short> frame = {492, -491};
+    Check(check, frame);
+    EXPECT_EQ(check.GetOpposedPhaseRatio(), 1.0F);
+    Check2(check, frame);
+    EXPECT_EQ(check.mScore2, 1);
+}
+
+TEST(PhaseCheck, FloatFrame0_016And0IsOpposedForCheckAndScoresNothingInCheck2) {
+    PhaseCheck check = Ready();
+    // 0.016 as a float lies below the double 0.016, so the bound itself is the next float.
+    const float bound = std::nextafter(0.016F, 1.0F);
+    ASSERT_GE(static_cast<double>(bound), 0.016);
+    std::vector<float> frame = {bound, 0.0F};
+    Check(check, frame);
+    EXPECT_EQ(check.mOpposed, 1U);
+    EXPECT_EQ(check.mSilence, 0U);
+    Check2(check, frame);
+    EXPECT_EQ(check.mScore2, 0);
+}
+
+TEST(PhaseCheck, FloatSilenceIsStrictInDoublePrecision) {
+    const auto silent = [](float left, float right) { return IsSilent(left, right); };
+    const float below = 0.016F;
+    EXPECT_EQ(silent(below, 0.0F), static_cast<double>(below) < 0.016);
+    EXPECT_EQ(silent(-below, below), static_cast<double>(below) < 0.016);
+    EXPECT_FALSE(silent(std::nextafter(below, 1.0F), 0.0F));
+    EXPECT_FALSE(silent(0.0F, std::nextafter(-below, -1.0F)));
+    EXPECT_TRUE(silent(0.0159F, -0.0159F));
+    EXPECT_FALSE(silent(NAN, 0.0F));
+}
+
+TEST(PhaseCheck, AFrameWithOneChannelAtZeroIsOpposedForCheckAndNothingForCheck2) {
+    PhaseCheck check = Ready();
+    std::vector<short> frames = {20000, 0, 0, -20000};
+    Check(check, frames);
+    EXPECT_EQ(check.mOpposed, 2U);
+    Check2(check, frames);
+    EXPECT_EQ(check.mScore2, 0);
+}
+
+TEST(PhaseCheck, CheckAt48000HzStartsNegatingAfterMoreThan24000FramesWereCounted) {
+    PhaseCheck check = Ready();
+    const std::vector<short> opposed = Stereo<short>(12000, 10000, -10000);
+    std::vector<short> block = opposed;
+    Check(check, block);  // 12000 frames
+    EXPECT_EQ(block, opposed);
+    Check(check, block);  // 24000: not more than half a second's worth
+    EXPECT_EQ(block, opposed);
+    std::vector<short> one = {10000, -10000};
+    Check(check, one);  // 24001, still judged by what the call before left
+    EXPECT_EQ(one[0], 10000);
+    Check(check, one);
+    EXPECT_EQ(one, (std::vector<short>{-10000, -10000}));
+}
+
+TEST(PhaseCheck, Check2At48000HzStartsAbove288000AndStopsAt144000) {
+    PhaseCheck check = Ready();
+    std::vector<short> opposed = Stereo<short>(48000, 10000, -10000);
+    for (int second = 0; second < 6; ++second) {
+        Check2(check, opposed);
+    }
+    EXPECT_EQ(check.mScore2, 288000);
+    std::vector<short> one = {10000, -10000};
+    Check2(check, one);  // exactly 288000 is not above
+    EXPECT_EQ(one[0], 10000);
+    Check2(check, one);  // 288001 is
+    EXPECT_EQ(one[0], -10000);
+
+    check.mScore2 = 144002;
+    std::vector<short> same = {10000, 10000};
+    Check2(check, same);  // 144002 keeps it on
+    EXPECT_EQ(same[0], -10000);
+    EXPECT_EQ(check.mScore2, 144001);
+    same[0] = 10000;
+    Check2(check, same);  // 144001 keeps it on
+    EXPECT_EQ(same[0], -10000);
+    same[0] = 10000;
+    Check2(check, same);  // 144000 ends it
+    EXPECT_EQ(same[0], 10000);
+    same[0] = 10000;
+    check.mScore2 = 200000;
+    Check2(check, same);  // and between the two bounds it stays off
+    EXPECT_EQ(same[0], 10000);
+}
+
+TEST(PhaseCheck, AnOddCountIsMinus1AndLeavesTheBuffer) {
+    PhaseCheck check = Ready();
+    check.mOpposedShare = 1.0F;
+    check.mScore2 = check.mMaxScore;
+    std::vector<short> samples = {1000, 2000, 3000};
+    std::vector<float> floats = {0.1F, 0.2F, 0.3F};
+    for (const int count : {1, 3, -1, -3, INT32_MAX}) {
+        EXPECT_EQ(check.Check(samples.data(), count), -1) << count;
+        EXPECT_EQ(check.Check2(samples.data(), count), -1) << count;
+        EXPECT_EQ(check.Check(floats.data(), count), -1) << count;
+        EXPECT_EQ(check.Check2(floats.data(), count), -1) << count;
+    }
+    EXPECT_EQ(samples, (std::vector<short>{1000, 2000, 3000}));
+    EXPECT_EQ(floats, (std::vector<float>{0.1F, 0.2F, 0.3F}));
+    EXPECT_EQ(check.mTotal, 0U);
+}
+
+TEST(PhaseCheck, NotInitialisedIsMinus1AndLeavesTheBuffer) {
+    PhaseCheck check;
+    std::vector<short> samples = {1000, 2000};
+    std::vector<float> floats = {0.1F, 0.2F};
+    EXPECT_EQ(Check(check, samples), -1);
+    EXPECT_EQ(Check2(check, samples), -1);
+    EXPECT_EQ(Check(check, floats), -1);
+    EXPECT_EQ(Check2(check, floats), -1);
+    EXPECT_EQ(samples, (std::vector<short>{1000, 2000}));
+}
+
+TEST(PhaseCheck, ANullBufferThatShouldHoldSamplesIsMinus1) {
+    PhaseCheck check = Ready();
+    EXPECT_EQ(check.Check(static_cast<short*>(nullptr), 2), -1);
+    EXPECT_EQ(check.Check2(static_cast<float*>(nullptr), 2), -1);
+    EXPECT_EQ(check.Check(static_cast<float*>(nullptr), 0), 0);
+    EXPECT_EQ(check.mTotal, 0U);
+}
+
+TEST(PhaseCheck, NegativeEvenCountsDoNothing) {
+    PhaseCheck check = Ready();
+    std::vector<short> opposed = Stereo<short>(30000, 10000, -10000);
+    Check(check, opposed);
+    PhaseCheck before = check;
+    short sample = 1000;
+    for (const int count : {-2, -1000, INT32_MIN}) {
+        EXPECT_EQ(check.Check(&sample, count), 0);
+        EXPECT_EQ(check.Check2(&sample, count), 0);
+    }
+    EXPECT_EQ(sample, 1000);
+    EXPECT_EQ(check.mOpposedShare, before.mOpposedShare);
+    EXPECT_EQ(check.mTotal, before.mTotal);
+}
+
+TEST(PhaseCheck, CountZeroOnAFreshUnitStoresTheIeeeResultsOf0Over0InThe16BitRates) {
+    PhaseCheck check = Ready();
+    short sample = 0;
+    EXPECT_EQ(check.Check(&sample, 0), 0);
+    EXPECT_TRUE(std::isnan(check.mInPhaseRate));
+    EXPECT_TRUE(std::isnan(check.mOpposedRate));
+    EXPECT_TRUE(std::isnan(check.mSilenceRate));
+    EXPECT_EQ(check.mOpposedShare, 0.0F);
+    EXPECT_EQ(check.GetInPhaseRatio(), 0.0F);
+    PhaseCheck flt = Ready();
+    float value = 0.0F;
+    EXPECT_EQ(flt.Check(&value, 0), 0);
+    EXPECT_EQ(flt.mInPhaseRate, 0.0F);
+}
+
+TEST(PhaseCheck, PlanarCount8HasTheFrames0And4_1And5_2And6_3And7) {
+    PhaseCheck check = Ready(8000, true);
+    check.mOpposedShare = 1.0F;
+    // In phase, opposed, silent, opposed; then all of the left half negated.
+    std::vector<short> samples = {1000, 2000, 3, -4000, 500, -600, 7, 800};
+    EXPECT_EQ(Check(check, samples), 0);
+    EXPECT_EQ(samples, (std::vector<short>{-1000, -2000, -3, 4000, 500, -600, 7, 800}));
+    EXPECT_EQ(check.mInPhase, 1U);
+    EXPECT_EQ(check.mOpposed, 2U);
+    EXPECT_EQ(check.mSilence, 1U);
+}
+
+TEST(PhaseCheck, InterleavedFramesAreSamples2iAnd2iPlus1) {
+    PhaseCheck check = Ready(8000, false);
+    check.mOpposedShare = 1.0F;
+    std::vector<short> samples = {1000, 500, 2000, -600, 3, 7, -4000, 800};
+    EXPECT_EQ(Check(check, samples), 0);
+    EXPECT_EQ(samples, (std::vector<short>{-1000, 500, -2000, -600, -3, 7, 4000, 800}));
+    EXPECT_EQ(check.mInPhase, 1U);
+    EXPECT_EQ(check.mOpposed, 2U);
+    EXPECT_EQ(check.mSilence, 1U);
+}
+
+TEST(PhaseCheck, ALeftSampleOfMinus32768StaysMinus32768WhenNegated) {
+    PhaseCheck check = Ready();
+    check.mOpposedShare = 1.0F;
+    std::vector<short> samples = {-32768, 5};
+    Check(check, samples);
+    EXPECT_EQ(samples, (std::vector<short>{-32768, 5}));
+    check.mScore2 = check.mMaxScore;
+    Check2(check, samples);
+    EXPECT_TRUE(check.mInvert);
+    EXPECT_EQ(samples, (std::vector<short>{-32768, 5}));
+}
+
+TEST(PhaseCheck, CorrectionTurnsAFloatZeroIntoMinusZero) {
+    PhaseCheck check = Ready();
+    check.mOpposedShare = 0.9F;
+    std::vector<float> samples = {0.0F, 0.5F};
+    Check(check, samples);
+    EXPECT_TRUE(std::signbit(samples[0]));
+    EXPECT_EQ(samples[1], 0.5F);
+}
+
+TEST(PhaseCheck, FramesAreJudgedByTheirValuesBeforeTheCorrectionOfTheCall) {
+    PhaseCheck check = Ready();
+    check.mOpposedShare = 0.9F;
+    std::vector<short> opposed = Stereo<short>(10, 10000, -10000);
+    Check(check, opposed);
+    EXPECT_EQ(check.mOpposed, 10U);
+    EXPECT_EQ(check.mInPhase, 0U);
+    EXPECT_EQ(opposed, Stereo<short>(10, -10000, -10000));
+}
+
+TEST(PhaseCheck, TheDecisionComparesTheShareWith0_7InDoublePrecision) {
+    PhaseCheck check = Ready();
+    std::vector<short> samples = {10, 10};
+    check.mOpposedShare = 0.7F;  // below the double 0.7
+    Check(check, samples);
+    EXPECT_EQ(samples[0], 10);
+    check.mOpposedShare = std::nextafter(0.7F, 1.0F);
+    Check(check, samples);
+    EXPECT_EQ(samples[0], -10);
+}
+
+TEST(PhaseCheck, TheScoreRisesForFramesThatLeaveOpposed) {
+    PhaseCheck check = Ready();
+    std::vector<short> opposed = Stereo<short>(5, 10000, -10000);
+    Check(check, opposed);
+    EXPECT_EQ(check.mScore, 5);
+    check.mOpposedShare = 0.9F;
+    std::vector<short> inPhase = Stereo<short>(7, 10000, 10000);
+    Check(check, inPhase);
+    EXPECT_EQ(check.mScore, 12);
+    std::vector<short> quiet = Stereo<short>(7, 1, -1);
+    Check(check, quiet);
+    EXPECT_EQ(check.mScore, 12);
+    check.mOpposedShare = 0.9F;
+    opposed = Stereo<short>(20, 10000, -10000);
+    Check(check, opposed);
+    EXPECT_EQ(check.mScore, 0) << "bounded below, once a call";
+}
+
+TEST(PhaseCheck, AScoreAbove20SecondsWorthRestartsTheStatisticsAfterTheRates) {
+    PhaseCheck check = Ready(8000);
+    check.mScore = 160000 - 4;
+    std::vector<short> opposed = Stereo<short>(4, 10000, -10000);
+    Check(check, opposed);
+    EXPECT_EQ(check.mScore, 160000) << "exactly the bound is not above it";
+    EXPECT_EQ(check.mTotal, 4U);
+    opposed = Stereo<short>(4, 10000, -10000);
+    Check(check, opposed);
+    EXPECT_EQ(check.mScore, 0);
+    EXPECT_EQ(check.mTotal, 0U);
+    EXPECT_EQ(check.mOpposed, 0U);
+    EXPECT_EQ(check.mOpposedRate, 1.0F) << "rates are those before the restart";
+    EXPECT_EQ(check.GetOpposedPhaseRatio(), 0.0F);
+}
+
+TEST(PhaseCheck, RatesOf16BitSamplesAreRenewedAndThoseOfFloatSamplesAreNot) {
+    PhaseCheck check = Ready();
+    std::vector<short> samples = {1000, 1000, 1000, -1000, 0, 0, 0, 0};
+    Check(check, samples);
+    EXPECT_EQ(check.mInPhaseRate, 0.25F);
+    EXPECT_EQ(check.mOpposedRate, 0.25F);
+    EXPECT_EQ(check.mSilenceRate, 0.5F);
+    std::vector<float> floats = Stereo<float>(4, 0.5F, 0.5F);
+    Check(check, floats);
+    EXPECT_EQ(check.mInPhaseRate, 0.25F);
+    EXPECT_EQ(check.mOpposedRate, 0.25F);
+    EXPECT_EQ(check.mSilenceRate, 0.5F);
+    EXPECT_EQ(check.GetInPhaseRatio(), 5.0F / 8.0F);
+}
+
+TEST(PhaseCheck, The16BitShareComesFromRoundedRatesAndTheFloatShareFromTheCounts) {
+    int different = 0;
+    for (std::uint64_t opposed = 70001; opposed < 70200; ++opposed) {
+        PhaseCheck s16 = Ready(8000);
+        s16.mTotal = 130003;
+        s16.mInPhase = 30001;
+        s16.mOpposed = opposed;
+        PhaseCheck flt = s16;
+        short sample = 0;
+        float value = 0.0F;
+        s16.Check(&sample, 0);
+        flt.Check(&value, 0);
+        const float rate = static_cast<float>(opposed) / 130003.0F;
+        EXPECT_EQ(s16.mOpposedShare, rate / (rate + 30001.0F / 130003.0F));
+        EXPECT_EQ(flt.mOpposedShare,
+                  static_cast<float>(opposed) / static_cast<float>(30001 + opposed));
+        different += s16.mOpposedShare != flt.mOpposedShare ? 1 : 0;
+    }
+    EXPECT_GT(different, 0);
+}
+
+TEST(PhaseCheck, AtAnOddRateHalfASecondIsHalfAFrameMore) {
+    PhaseCheck check = Ready(8001);
+    std::vector<short> opposed = Stereo<short>(4000, 10000, -10000);
+    Check(check, opposed);
+    EXPECT_EQ(check.mOpposedShare, 0.0F) << "4000 is not above 4000.5";
+    opposed = Stereo<short>(1, 10000, -10000);
+    Check(check, opposed);
+    EXPECT_EQ(check.mOpposedShare, 1.0F);
+}
+
+TEST(PhaseCheck, ClearKeepsTheRatesAndTheScore) {
+    PhaseCheck check = Ready();
+    std::vector<short> opposed = Stereo<short>(30000, 10000, -10000);
+    Check(check, opposed);
+    Check2(check, opposed);
+    check.mInvert = true;
+    EXPECT_TRUE(check.Clear());
+    EXPECT_FALSE(check.IsInited());
+    EXPECT_FALSE(check.mInvert);
+    EXPECT_EQ(check.mScore2, 0);
+    EXPECT_EQ(check.mTotal + check.mInPhase + check.mOpposed + check.mSilence, 0U);
+    EXPECT_EQ(check.mScore, 30000);
+    EXPECT_EQ(check.mOpposedRate, 1.0F);
+    EXPECT_EQ(check.mOpposedShare, 1.0F);
+    EXPECT_EQ(check.Init(48000, true), 0);
+    EXPECT_EQ(check.mScore, 0);
+    EXPECT_EQ(check.mOpposedRate, 0.0F);
+    EXPECT_EQ(check.mOpposedShare, 0.0F);
+    EXPECT_TRUE(check.mPlanar);
+}
+
+TEST(PhaseCheck, Check2AloneLeavesTheRatiosAt0) {
+    PhaseCheck check = Ready();
+    std::vector<float> samples = Stereo<float>(10, 0.5F, -0.5F);
+    Check2(check, samples);
+    EXPECT_EQ(check.GetInPhaseRatio(), 0.0F);
+    EXPECT_EQ(check.GetOpposedPhaseRatio(), 0.0F);
+    EXPECT_EQ(check.GetSilenceRatio(), 0.0F);
+}
+
+TEST(PhaseCheck, TheScoreOfCheck2IsBoundedAfterEveryFrame) {
+    PhaseCheck check = Ready(8000);
+    std::vector<short> samples = Stereo<short>(3, 10000, 10000);  // three down from 0
+    samples.push_back(10000);
+    samples.push_back(-10000);  // one up
+    Check2(check, samples);
+    EXPECT_EQ(check.mScore2, 1);
+    check.mScore2 = 79999;
+    samples = Stereo<short>(3, 10000, -10000);
+    samples.push_back(10000);
+    samples.push_back(10000);
+    Check2(check, samples);
+    EXPECT_EQ(check.mScore2, 79999);
+}
+
+TEST(PhaseCheck, ABlockAtAnOddAddressIsReadAndWrittenAsAnyOther) {
+    char bytes[13] = {};
+    const short s16[4] = {1000, 2000, -3000, 4000};
+    std::memcpy(bytes + 1, s16, sizeof(s16));
+    PhaseCheck check = Ready();
+    check.mOpposedShare = 1.0F;
+    EXPECT_EQ(check.Check(reinterpret_cast<short*>(bytes + 1), 4), 0);
+    short corrected[4] = {};
+    std::memcpy(corrected, bytes + 1, sizeof(corrected));
+    EXPECT_EQ(corrected[0], -1000);
+    EXPECT_EQ(corrected[1], 2000);
+    EXPECT_EQ(corrected[2], 3000);
+}
+
+/// Both detectors as their description reads, frame by frame.
+template <typename Sample>
+struct PlainDetectors {
+    int rate = 0;
+    bool planar = false;
+    std::uint64_t inPhase = 0, opposed = 0, silence = 0, total = 0;
+    long long score = 0, score2 = 0;
+    float share = 0.0F;
+    bool invert = false;
+
+    static int Judge(Sample l, Sample r) {  // 0 silent, 1 in phase, 2 opposed
+        const double bound = std::is_same_v<Sample, short> ? 491.5 : 0.016;
+        if (std::abs(static_cast<double>(l)) < bound && std::abs(static_cast<double>(r)) < bound) {
+            return 0;
+        }
+        const double product = static_cast<double>(l) * static_cast<double>(r);
+        return product > 0 ? 1 : 2;
+    }
+
+    void Run(std::vector<Sample>& s, bool second) {
+        const std::size_t frames = s.size() / 2;
+        const bool negate = second ? (invert && score2 > rate * 3) || score2 > rate * 6
+                                   : static_cast<double>(share) > 0.7;
+        invert = second ? negate : invert;
+        for (std::size_t i = 0; i < frames; ++i) {
+            Sample& left = planar ? s[i] : s[2 * i];
+            const Sample right = planar ? s[i + frames] : s[2 * i + 1];
+            const int what = Judge(left, right);
+            if (second) {
+                score2 += what == 2 && left != 0 && right != 0 ? 1 : what == 1 ? -1 : 0;
+                score2 = score2 < 0 ? 0 : score2 > rate * 10 ? rate * 10 : score2;
+            } else {
+                ++total;
+                silence += what == 0 ? 1 : 0;
+                inPhase += what == 1 ? 1 : 0;
+                opposed += what == 2 ? 1 : 0;
+                score += what == 0 ? 0 : (what == 2) != negate ? 1 : -1;
+            }
+            if (negate && left != static_cast<Sample>(-32768)) {
+                left = static_cast<Sample>(-left);
+            }
+        }
+        if (second) {
+            return;
+        }
+        const float in = static_cast<float>(inPhase);
+        const float out = static_cast<float>(opposed);
+        const float all = static_cast<float>(total);
+        const float byRates = (out / all) / (out / all + in / all);
+        const float byCounts = out / static_cast<float>(inPhase + opposed);
+        share = static_cast<double>(inPhase + opposed) > rate * 0.5
+                    ? std::is_same_v<Sample, short> ? byRates : byCounts
+                    : 0.0F;
+        if (score > rate * 20) {
+            inPhase = opposed = silence = total = 0;
+            score = 0;
+        }
+        score = score < 0 ? 0 : score;
+    }
+};
+
+template <typename Sample>
+void FollowsThePlainCounter(bool planar) {
+    std::mt19937 random = SeededRandom();
+    PhaseCheck check = Ready(8000, planar);
+    PlainDetectors<Sample> plain;
+    plain.rate = 8000;
+    plain.planar = planar;
+    int corrected = 0;
+    int restarts = 0;
+    for (int call = 0; call < 420; ++call) {
+        // Long enough in one polarity for the other to exhaust the score, then both.
+        const int opposedPercent = call < 260 ? 98 : call < 380 ? 2 : 60;
+        std::vector<Sample> samples(2 * static_cast<std::size_t>(RandomInt(random, 0, 12000)));
+        const std::size_t frames = samples.size() / 2;
+        for (std::size_t i = 0; i < frames; ++i) {
+            int level = RandomInt(random, 0, 9) == 0 ? RandomInt(random, 0, 600)
+                                                     : RandomInt(random, 300, 32767);
+            const int sign = RandomInt(random, 0, 1) == 0 ? 1 : -1;
+            int other = RandomInt(random, 0, 99) < opposedPercent ? -level : level;
+            other = RandomInt(random, 0, 30) == 0 ? 0 : other;
+            level = RandomInt(random, 0, 1000) == 0 ? 32768 : level;
+            const float scale = std::is_same_v<Sample, float> ? 1.0F / 32768.0F : 1.0F;
+            samples[planar ? i : 2 * i] =
+                static_cast<Sample>(static_cast<float>(-sign * level) * scale);
+            samples[planar ? i + frames : 2 * i + 1] =
+                static_cast<Sample>(static_cast<float>(sign * other) * scale);
+        }
+        std::vector<Sample> expected = samples;
+        const std::vector<Sample> before = samples;
+        const bool second = RandomInt(random, 0, 1) == 1;
+        ASSERT_EQ(second ? Check2(check, samples) : Check(check, samples), 0);
+        const std::uint64_t totalBefore = plain.total;
+        plain.Run(expected, second);
+        ASSERT_TRUE(SameBits(samples, expected)) << "call " << call;
+        ASSERT_EQ(check.mTotal, plain.total) << "call " << call;
+        ASSERT_EQ(check.mInPhase, plain.inPhase) << "call " << call;
+        ASSERT_EQ(check.mOpposed, plain.opposed) << "call " << call;
+        ASSERT_EQ(check.mSilence, plain.silence) << "call " << call;
+        ASSERT_EQ(check.mScore, plain.score) << "call " << call;
+        ASSERT_EQ(check.mScore2, plain.score2) << "call " << call;
+        ASSERT_EQ(check.mOpposedShare, plain.share) << "call " << call;
+        corrected += SameBits(samples, before) ? 0 : 1;
+        restarts += plain.total < totalBefore ? 1 : 0;
+    }
+    EXPECT_GT(corrected, 10);
+    EXPECT_GT(restarts, 0);
+}
+
+TEST(PhaseCheck, StatisticsAndCorrectionsFollowThePlainCounterOn16BitInterleaved) {
+    FollowsThePlainCounter<short>(false);
+}
+TEST(PhaseCheck, StatisticsAndCorrectionsFollowThePlainCounterOn16BitPlanar) {
+    FollowsThePlainCounter<short>(true);
+}
+TEST(PhaseCheck, StatisticsAndCorrectionsFollowThePlainCounterOnFloatInterleaved) {
+    FollowsThePlainCounter<float>(false);
+}
+TEST(PhaseCheck, StatisticsAndCorrectionsFollowThePlainCounterOnFloatPlanar) {
+    FollowsThePlainCounter<float>(true);
+}
+
+}  // namespace
