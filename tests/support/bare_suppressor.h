@@ -1,0 +1,50 @@
+#pragma once
+
+#include <array>
+#include <cmath>
+#include <cstdint>
+
+#include "units/webrtc_ns.h"
+
+/// The package's band split, suppressor and band merge on 16-bit frames of 320 samples, and nothing
+/// else: what the library's own path is measured and compared against.
+class BareSuppressor {
+public:
+    explicit BareSuppressor(int rate, int policy) : mHandle(WebRtcNs_Create()) {
+        WebRtcNs_Init(mHandle, static_cast<std::uint32_t>(rate));
+        WebRtcNs_set_policy(mHandle, policy);
+    }
+    ~BareSuppressor() { WebRtcNs_Free(mHandle); }
+    BareSuppressor(const BareSuppressor&) = delete;
+    BareSuppressor& operator=(const BareSuppressor&) = delete;
+
+    void SetPolicy(int policy) { WebRtcNs_set_policy(mHandle, policy); }
+
+    void Process(const std::int16_t* frame, std::int16_t* out) {
+        std::int16_t bands[2][160];
+        WebRtcSpl_AnalysisQMF(frame, 320, bands[0], bands[1], mMemory[0].data(), mMemory[1].data());
+        float in[2][160];
+        float result[2][160] = {};
+        for (int band = 0; band < 2; ++band) {
+            for (int i = 0; i < 160; ++i) {
+                in[band][i] = bands[band][i];
+            }
+        }
+        const float* const inBands[2] = {in[0], in[1]};
+        float* const outBands[2] = {result[0], result[1]};
+        WebRtcNs_Analyze(mHandle, in[0]);
+        WebRtcNs_Process(mHandle, inBands, 2, outBands);
+        for (int band = 0; band < 2; ++band) {
+            for (int i = 0; i < 160; ++i) {
+                const long rounded = std::lround(result[band][i]);
+                const long atMost = rounded > 32767 ? 32767 : rounded;
+                bands[band][i] = static_cast<std::int16_t>(atMost < -32768 ? -32768 : atMost);
+            }
+        }
+        WebRtcSpl_SynthesisQMF(bands[0], bands[1], 160, out, mMemory[2].data(), mMemory[3].data());
+    }
+
+private:
+    NsHandleT* mHandle;
+    std::array<std::array<std::int32_t, 6>, 4> mMemory = {};
+};

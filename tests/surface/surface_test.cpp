@@ -1,0 +1,143 @@
+/// The library through the shared object and its installed headers only, in the order of the
+/// headers. That it links at all shows that every class is exported whole, private operations
+/// included.
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+#include "common/export.h"
+#include "common/media_process.h"
+#include "common/process_lock.h"
+#include "log/media_process_log.h"
+#include "log/pr_console_log_writer.h"
+#include "log/pr_file_log_writer.h"
+#include "log/pr_log.h"
+#include "log/pr_log_writer.h"
+#include "units/audio_denoise.h"
+#include "units/audio_gain.h"
+#include "units/audio_mixing.h"
+#include "units/ns_wrap.h"
+#include "units/phase_check.h"
+
+namespace {
+
+TEST(Surface, Locks) {
+    ProcessLock lock;
+    ProcessCond cond;
+    EXPECT_EQ(process_lock_init(&lock), 0);
+    EXPECT_EQ(process_cond_init(&cond), 0);
+    {
+        const ProcessAutolock hold(&lock);
+        EXPECT_EQ(process_cond_wait_time(&cond, &lock, 0), 0);
+    }
+    EXPECT_EQ(process_lock(&lock), 0);
+    EXPECT_EQ(process_unlock(&lock), 0);
+    EXPECT_EQ(process_cond_signal(&cond), 0);
+    EXPECT_EQ(process_cond_wait(&cond, &lock), 0);
+    EXPECT_EQ(process_cond_destroy(&cond), 0);
+    EXPECT_EQ(process_lock_destroy(&lock), 0);
+}
+
+TEST(Surface, Log) {
+    ASSERT_NE(pr_log, nullptr);
+    PRConsoleLogParam console = {0};
+    const int id = pr_log->AddLog(PROCESS_LOG_CONSOLE, &console, 3);
+    EXPECT_EQ(pr_log->SetLogLevel(id, 1), 0);
+    PR_LOG_ENABLE(true);
+    EXPECT_TRUE(pr_log_enalbe);
+    testing::internal::CaptureStdout();
+    pr_log->Debug("p", "%s", "d");
+    pr_log->Info("p", "%s", "i");
+    pr_log->Warn("p", "%s", "w");
+    pr_log->Error("p", "%s", "e");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "p:d\np:i\np:w\np:e\n");
+    PR_LOG_ENABLE(false);
+    EXPECT_EQ(pr_log->RemoveLog(id), 0);
+    EXPECT_EQ(pr_log->RemoveAllLog(), 0);
+    EXPECT_EQ(int2str_pr(GeneratePRLogId()).empty(), false);
+    EXPECT_EQ(GetPRFormatDate().size(), 23U);
+    EXPECT_EQ(GetPRFormatDate2().size(), 23U);
+
+    PRFileLogWriter writer(2);
+    EXPECT_EQ(writer.CheckPartion(), 0);
+    EXPECT_EQ(writer.WriteLog(2, "p", "m", nullptr), -1);
+    writer.Destroy();
+    MediaProcessLog log;
+    log.SetLogLevel(PROCESS_LOG_DEBUG);
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_DEBUG, "m"), 4);
+    EXPECT_TRUE(log.Uninit());
+}
+
+TEST(Surface, Gain) {
+    AudioGain gain;
+    EXPECT_EQ(gain.Init(SAMPLE_FMT_S16), 0);
+    EXPECT_TRUE(gain.SetGain(1.0F));
+    short s16 = 8192;
+    float flt = 0.1F;
+    EXPECT_EQ(gain.Process(reinterpret_cast<const char*>(&s16), 2), 0);
+    EXPECT_EQ(gain.ProcessCore2(&s16, 2), 0);
+    EXPECT_EQ(gain.ProcessCore2(&flt, 4), 0);
+    EXPECT_EQ(gain.ProcessCore(&s16, 2), 0);
+    EXPECT_EQ(gain.ProcessCore(&flt, 4), 0);
+    EXPECT_TRUE(gain.Clear());
+}
+
+TEST(Surface, Mixing) {
+    const auto mixing = std::make_unique<AudioMixing>();
+    EXPECT_EQ(mixing->Init(SAMPLE_FMT_S16), 0);
+    short s16[2] = {20000, 20000};
+    float flt[2] = {1.0F, 0.0F};
+    int count = 2;
+    EXPECT_EQ(mixing->DoProcess(s16, s16, count, 2), 0);
+    EXPECT_EQ(s16[0], 29463);
+    count = 2;
+    EXPECT_EQ(mixing->DoProcess(flt, flt, count, 2), 0);
+    EXPECT_EQ(count, 1);
+    int size = 4;
+    EXPECT_EQ(mixing->Process(reinterpret_cast<char*>(s16), reinterpret_cast<char*>(s16), size, 2),
+              0);
+    EXPECT_TRUE(mixing->IsInited());
+    EXPECT_TRUE(mixing->Clear());
+}
+
+TEST(Surface, PhaseCheck) {
+    PhaseCheck check;
+    EXPECT_EQ(check.Init(8000, false), 0);
+    short s16[2] = {1000, 1000};
+    float flt[2] = {0.5F, 0.5F};
+    EXPECT_EQ(check.Check(s16, 2), 0);
+    EXPECT_EQ(check.Check(flt, 2), 0);
+    EXPECT_EQ(check.Check2(s16, 2), 0);
+    EXPECT_EQ(check.Check2(flt, 2), 0);
+    EXPECT_EQ(check.GetInPhaseRatio() + check.GetOpposedPhaseRatio() + check.GetSilenceRatio(),
+              1.0F);
+    EXPECT_TRUE(check.IsInited());
+    EXPECT_TRUE(check.Clear());
+}
+
+TEST(Surface, Suppression) {
+    NSWrap wrap;
+    EXPECT_TRUE(wrap.Init(32000, SAMPLE_FMT_FLT, 1));
+    EXPECT_TRUE(wrap.setLevel(2));
+    std::vector<char> frame(1280);
+    EXPECT_EQ(wrap.Process(frame.data(), frame.data()), 0);
+    EXPECT_TRUE(wrap.Reset());
+    EXPECT_TRUE(wrap.Clear());
+
+    AudioDenoise denoise;
+    EXPECT_EQ(denoise.Init(32000, 2, SAMPLE_FMT_S16, 3), 0);
+    EXPECT_TRUE(denoise.IsInited());
+    EXPECT_TRUE(denoise.Config(1));
+    std::vector<char> out(4000);
+    EXPECT_EQ(denoise.SplitLR(frame.data(), 100), 0);
+    EXPECT_EQ(denoise.CombineLR(out.data(), 100), 0);
+    int size = 1280;
+    EXPECT_EQ(denoise.Process(frame.data(), out.data(), size), 0);
+    EXPECT_EQ(size, 1280);
+    EXPECT_TRUE(denoise.Reset());
+    EXPECT_TRUE(denoise.Clear());
+}
+
+}  // namespace

@@ -1,0 +1,496 @@
+#include "units/audio_denoise.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <vector>
+
+#include "support/bare_suppressor.h"
+#include "support/bytes.h"
+#include "support/seed.h"
+#include "support/signals.h"
+
+namespace {
+
+constexpr int kFrame = 320;
+
+template <typename Sample>
+constexpr SampleFmt kFormat = std::is_same_v<Sample, short> ? SAMPLE_FMT_S16 : SAMPLE_FMT_FLT;
+
+/// What comes back for a block, with room for one frame more.
+template <typename Sample>
+std::vector<Sample> Process(AudioDenoise& denoise, const std::vector<Sample>& block) {
+    std::vector<Sample> out(block.size() + 2000, static_cast<Sample>(77));
+    int size = ByteCount(block);
+    EXPECT_EQ(denoise.Process(BytesOf(block), BytesOf(out), size), 0);
+    EXPECT_EQ(size % static_cast<int>(sizeof(Sample)), 0);
+    out.resize(static_cast<std::size_t>(size) / sizeof(Sample));
+    return out;
+}
+
+template <typename Sample>
+std::vector<Sample> Speech(int samples) {
+    std::mt19937 random = SeededRandom();
+    return As<Sample>(NoisySpeech(random, static_cast<std::size_t>(samples), 32000.0));
+}
+
+template <typename Sample>
+std::vector<Sample> Interleaved(const std::vector<Sample>& left, const std::vector<Sample>& right) {
+    std::vector<Sample> both;
+    for (std::size_t i = 0; i < left.size(); ++i) {
+        both.push_back(left[i]);
+        both.push_back(right[i]);
+    }
+    return both;
+}
+
+TEST(AudioDenoise, Mono16BitAt32000HzIsByteForByteTheBareChain) {
+    for (int level = 0; level < 4; ++level) {
+        AudioDenoise denoise;
+        ASSERT_EQ(denoise.Init(32000, 1, SAMPLE_FMT_S16, level), 0);
+        BareSuppressor bare(32000, level);
+        const std::vector<short> in = Speech<short>(kFrame * 200);
+        std::vector<short> expected(in.size());
+        for (std::size_t at = 0; at < in.size(); at += kFrame) {
+            bare.Process(in.data() + at, expected.data() + at);
+        }
+        EXPECT_EQ(Process(denoise, in), expected) << level;
+    }
+}
+
+TEST(AudioDenoise, Mono100BytesSevenTimesReturn640BytesAtTheSeventh) {
+    AudioDenoise denoise;
+    ASSERT_EQ(denoise.Init(32000, 1, SAMPLE_FMT_S16, 3), 0);
+    const std::vector<short> block(50, 1000);
+    std::vector<short> out(400);
+    for (int call = 1; call <= 7; ++call) {
+        int size = 100;
+        ASSERT_EQ(denoise.Process(BytesOf(block), BytesOf(out), size), 0);
+        EXPECT_EQ(size, call < 7 ? 0 : 640) << "call " << call;
+    }
+    EXPECT_EQ(denoise.mBuffered, 30);
+}
+
+TEST(AudioDenoise, StereoOfAnOddNumberOfBytesIs3) {
+    AudioDenoise denoise;
+    denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
+    const std::vector<short> in(100);
+    std::vector<short> out(1000, 77);
+    int size = 101;
+    EXPECT_EQ(denoise.Process(BytesOf(in), BytesOf(out), size), 3);
+    EXPECT_EQ(size, 101);
+    EXPECT_EQ(out, std::vector<short>(1000, 77));
+}
+
+TEST(AudioDenoise, ThreeChannelsAreCopiedExactlyAndAnswer12) {
+    AudioDenoise denoise;
+    denoise.Init(32000, 3, SAMPLE_FMT_FLT, 3);
+    std::vector<float> in = {0.5F, NAN, -INFINITY, 1e38F, -0.0F};
+    std::vector<float> out(5);
+    int size = 19;  // not even whole samples
+    EXPECT_EQ(denoise.Process(BytesOf(in), BytesOf(out), size), 12);
+    EXPECT_EQ(size, 19);
+    EXPECT_EQ(std::memcmp(in.data(), out.data(), 19), 0);
+    denoise.Clear();
+    EXPECT_EQ(denoise.Process(BytesOf(in), BytesOf(out), size), 12) << "also when not initialised";
+}
+
+TEST(AudioDenoise, Config7OnStereoSetsLevel3OnBothChannelsAndIsTrue) {
+    const std::vector<short> left = Speech<short>(kFrame * 100);
+    const std::vector<short> right(left.rbegin(), left.rend());
+    const std::vector<short> both = Interleaved(left, right);
+    AudioDenoise configured;
+    configured.Init(32000, 2, SAMPLE_FMT_S16, 0);
+    EXPECT_TRUE(configured.Config(7));
+    AudioDenoise third;
+    third.Init(32000, 2, SAMPLE_FMT_S16, 3);
+    EXPECT_EQ(Process(configured, both), Process(third, both));
+}
+
+TEST(AudioDenoise, Config7OnMonoSetsTheLevelAndIsFalse) {
+    const std::vector<short> in = Speech<short>(kFrame * 100);
+    AudioDenoise configured;
+    configured.Init(32000, 1, SAMPLE_FMT_S16, 0);
+    EXPECT_FALSE(configured.Config(7));
+    AudioDenoise third;
+    third.Init(32000, 1, SAMPLE_FMT_S16, 3);
+    const std::vector<short> expected = Process(third, in);
+    EXPECT_EQ(Process(configured, in), expected);
+    AudioDenoise mild;
+    mild.Init(32000, 1, SAMPLE_FMT_S16, 3);
+    EXPECT_FALSE(mild.Config(-9));
+    EXPECT_NE(Process(mild, in), expected);
+}
+
+TEST(AudioDenoise, ConfigBeforeInitAndAfterClearIsFalse) {
+    AudioDenoise denoise;
+    EXPECT_FALSE(denoise.Config(1));
+    denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
+    EXPECT_TRUE(denoise.Config(1));
+    denoise.Clear();
+    EXPECT_FALSE(denoise.Config(1));
+}
+
+TEST(AudioDenoise, AMonoUnitThatWasStereoBeforeAnswersConfigAsAnyMonoUnit) {
+    AudioDenoise denoise;
+    denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
+    denoise.Init(32000, 1, SAMPLE_FMT_S16, 3);
+    EXPECT_FALSE(denoise.Config(1));
+    EXPECT_EQ(denoise.mNsR, nullptr);
+}
+
+TEST(AudioDenoise, Format6SucceedsAndItsFramesComeFromTheUntouchedOutputBuffers) {
+    for (const SampleFmt fmt : {SAMPLE_FMT_S16P, SAMPLE_FMT_FLTP}) {
+        for (const int channels : {1, 2}) {
+            AudioDenoise denoise;
+            ASSERT_EQ(denoise.Init(32000, channels, fmt, 3), 0);
+            EXPECT_TRUE(denoise.IsInited());
+            const int bytes = (fmt == SAMPLE_FMT_S16P ? 2 : 4) * channels;
+            std::memset(denoise.mOutL.get(), 5, 320U * static_cast<std::size_t>(bytes / channels));
+            std::vector<char> in(static_cast<std::size_t>(700 * bytes), 99);
+            std::vector<char> out(in.size() + 4000, 7);
+            int size = static_cast<int>(in.size());
+            EXPECT_EQ(denoise.Process(in.data(), out.data(), size), 0);
+            ASSERT_EQ(size, 640 * bytes);
+            const int width = bytes / channels;
+            for (int i = 0; i < size; ++i) {
+                const bool left = channels == 1 || (i / width) % 2 == 0;
+                ASSERT_EQ(out[static_cast<std::size_t>(i)], left ? 5 : 0) << i;
+            }
+        }
+    }
+}
+
+TEST(AudioDenoise, InitRefusesRatesAndChannelsBelow1AndOtherFormatsWith3) {
+    AudioDenoise denoise;
+    EXPECT_EQ(denoise.Init(0, 1, SAMPLE_FMT_S16, 3), 3);
+    EXPECT_EQ(denoise.Init(-32000, 1, SAMPLE_FMT_S16, 3), 3);
+    EXPECT_EQ(denoise.Init(32000, 0, SAMPLE_FMT_S16, 3), 3);
+    EXPECT_EQ(denoise.Init(32000, -1, SAMPLE_FMT_S16, 3), 3);
+    for (const int fmt : {-1, 0, 2, 4, 5, 7, 9, 10, -50}) {
+        EXPECT_EQ(denoise.Init(32000, 1, static_cast<SampleFmt>(fmt), 3), 3) << fmt;
+        EXPECT_FALSE(denoise.IsInited());
+    }
+}
+
+TEST(AudioDenoise, ARefusedInitIsNotInitialisedButKeepsItsChannels) {
+    AudioDenoise denoise;
+    denoise.Init(32000, 1, SAMPLE_FMT_S16, 3);
+    EXPECT_EQ(denoise.Init(0, 2, SAMPLE_FMT_S16, 3), 3);
+    EXPECT_FALSE(denoise.IsInited());
+    short sample = 0;
+    int size = 2;
+    EXPECT_EQ(
+        denoise.Process(reinterpret_cast<char*>(&sample), reinterpret_cast<char*>(&sample), size),
+        4);
+}
+
+TEST(AudioDenoise, ChecksComeInTheOrderNullSizeChannelsAlignmentInitialised) {
+    AudioDenoise denoise;
+    std::vector<char> in(100);
+    std::vector<char> out(4000);
+    const auto code = [&](const char* from, char* to, int size) {
+        return denoise.Process(from, to, size);
+    };
+    EXPECT_EQ(code(nullptr, out.data(), 4), 2);
+    EXPECT_EQ(code(in.data(), nullptr, 4), 2);
+    EXPECT_EQ(code(in.data(), out.data(), 0), 2);
+    EXPECT_EQ(code(in.data(), out.data(), -4), 2);
+    EXPECT_EQ(code(in.data(), out.data(), 4), 4) << "before Init";
+    denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
+    denoise.Clear();
+    EXPECT_EQ(code(in.data(), out.data(), 3), 3) << "misaligned comes before not initialised";
+    EXPECT_EQ(code(in.data(), out.data(), 4), 4);
+    denoise.Init(32000, 5, SAMPLE_FMT_S16, 3);
+    EXPECT_EQ(code(in.data(), out.data(), 3), 12) << "many channels come before alignment";
+    EXPECT_EQ(code(nullptr, out.data(), 3), 2);
+}
+
+TEST(AudioDenoise, AlignmentIsAgainstChannelsOnlyAndARemainderOfBytesIsIgnored) {
+    AudioDenoise denoise;
+    denoise.Init(32000, 2, SAMPLE_FMT_FLT, 3);
+    const std::vector<char> in(100);
+    std::vector<char> out(8000);
+    int size = 14;  // one frame of 8 bytes, and 6 more
+    EXPECT_EQ(denoise.Process(in.data(), out.data(), size), 0);
+    EXPECT_EQ(size, 0);
+    EXPECT_EQ(denoise.mBuffered, 1);
+    size = 6;  // no whole sample
+    EXPECT_EQ(denoise.Process(in.data(), out.data(), size), 0);
+    EXPECT_EQ(size, 0);
+    EXPECT_EQ(denoise.mBuffered, 1);
+}
+
+TEST(AudioDenoise, ACallCanReturnMoreThanItIsGivenByUpToOneSampleShortOfAFrame) {
+    AudioDenoise denoise;
+    denoise.Init(32000, 1, SAMPLE_FMT_S16, 3);
+    EXPECT_EQ(Process(denoise, std::vector<short>(319)).size(), 0U);
+    EXPECT_EQ(Process(denoise, std::vector<short>(1)).size(), 320U);
+}
+
+template <typename Sample>
+void ChunksDoNotMatter(int channels) {
+    std::mt19937 random = SeededRandom();
+    const std::vector<Sample> left = Speech<Sample>(32000);
+    const std::vector<Sample> right(left.rbegin(), left.rend());
+    const std::vector<Sample> in = channels == 2 ? Interleaved(left, right) : left;
+    AudioDenoise whole;
+    whole.Init(32000, channels, kFormat<Sample>, 3);
+    const std::vector<Sample> expected = Process(whole, in);
+    for (const int largest : {1, 7, 319, 320, 321, 5000}) {
+        AudioDenoise chunked;
+        chunked.Init(32000, channels, kFormat<Sample>, 3);
+        std::vector<Sample> out;
+        for (std::size_t at = 0; at < in.size();) {
+            const auto wanted = static_cast<std::size_t>(channels * RandomInt(random, 1, largest));
+            const std::size_t length = std::min(wanted, in.size() - at);
+            const std::vector<Sample> part =
+                Process(chunked,
+                        std::vector<Sample>(in.begin() + static_cast<std::ptrdiff_t>(at),
+                                            in.begin() + static_cast<std::ptrdiff_t>(at + length)));
+            out.insert(out.end(), part.begin(), part.end());
+            at += length;
+        }
+        ASSERT_TRUE(SameBits(out, expected)) << "blocks of up to " << largest;
+    }
+}
+
+TEST(AudioDenoise, TheOutputDoesNotDependOnTheBlocksOfMono16Bit) {
+    ChunksDoNotMatter<short>(1);
+}
+TEST(AudioDenoise, TheOutputDoesNotDependOnTheBlocksOfStereo16Bit) {
+    ChunksDoNotMatter<short>(2);
+}
+TEST(AudioDenoise, TheOutputDoesNotDependOnTheBlocksOfMonoFloat) {
+    ChunksDoNotMatter<float>(1);
+}
+TEST(AudioDenoise, TheOutputDoesNotDependOnTheBlocksOfStereoFloat) {
+    ChunksDoNotMatter<float>(2);
+}
+
+template <typename Sample>
+void StereoIsTwoMonos() {
+    const std::vector<Sample> left = Speech<Sample>(kFrame * 50);
+    const std::vector<Sample> right(left.rbegin(), left.rend());
+    AudioDenoise stereo;
+    AudioDenoise first;
+    AudioDenoise second;
+    stereo.Init(32000, 2, kFormat<Sample>, 2);
+    first.Init(32000, 1, kFormat<Sample>, 2);
+    second.Init(32000, 1, kFormat<Sample>, 2);
+    EXPECT_TRUE(SameBits(Process(stereo, Interleaved(left, right)),
+                         Interleaved(Process(first, left), Process(second, right))));
+}
+
+TEST(AudioDenoise, StereoIsTwoMonoStreams) {
+    StereoIsTwoMonos<short>();
+    StereoIsTwoMonos<float>();
+}
+
+TEST(AudioDenoise, At8000And16000HzAFrameHolds80Or160FreshSamplesAndZeros) {
+    for (const int rate : {8000, 16000}) {
+        const auto fresh = static_cast<std::size_t>(rate / 100);
+        AudioDenoise denoise;
+        ASSERT_EQ(denoise.Init(rate, 1, SAMPLE_FMT_S16, 3), 0);
+        BareSuppressor bare(rate, 3);
+        const std::vector<short> in = Speech<short>(static_cast<int>(fresh) * 100);
+        std::vector<short> expected;
+        for (std::size_t at = 0; at < in.size(); at += fresh) {
+            short frame[320] = {};
+            short out[320];
+            std::copy_n(in.data() + at, fresh, frame);
+            bare.Process(frame, out);
+            expected.insert(expected.end(), out, out + fresh);
+        }
+        EXPECT_EQ(Process(denoise, in), expected) << rate;
+    }
+}
+
+TEST(AudioDenoise, ARateThatTheSuppressorRefusesComesOutAsSilenceInWholeFrames) {
+    for (const int rate : {100, 11025, 22050, 31999, 32001, 44100, 48000, 96000, 1000000}) {
+        for (const int channels : {1, 2}) {
+            AudioDenoise denoise;
+            ASSERT_EQ(denoise.Init(rate, channels, SAMPLE_FMT_S16, 3), 0);
+            const auto frame = static_cast<std::size_t>(rate / 100 * channels);
+            const std::vector<short> in(frame * 3 + static_cast<std::size_t>(channels), 1000);
+            std::vector<short> out(in.size() + frame, 77);
+            int size = ByteCount(in);
+            ASSERT_EQ(denoise.Process(BytesOf(in), BytesOf(out), size), 0);
+            ASSERT_EQ(size, static_cast<int>(frame * 3 * sizeof(short)) +
+                                (rate == 100 ? 2 * channels : 0))
+                << rate;
+            out.resize(static_cast<std::size_t>(size) / 2);
+            EXPECT_EQ(out, std::vector<short>(out.size())) << rate;
+            EXPECT_TRUE(denoise.Reset());
+        }
+    }
+}
+
+TEST(AudioDenoise, ARateBelow100HzHasEmptyFramesAndReturnsNothing) {
+    for (const int rate : {1, 50, 99}) {
+        AudioDenoise denoise;
+        ASSERT_EQ(denoise.Init(rate, 2, SAMPLE_FMT_FLT, 3), 0);
+        EXPECT_EQ(Process(denoise, std::vector<float>(1000, 0.5F)).size(), 0U) << rate;
+        EXPECT_EQ(denoise.mBuffered, 0);
+    }
+}
+
+TEST(AudioDenoise, ALevelThatTheSuppressorRefusesComesOutAsSilence) {
+    for (const int level : {4, 100, -1}) {
+        AudioDenoise denoise;
+        ASSERT_EQ(denoise.Init(32000, 1, SAMPLE_FMT_S16, level), 0);
+        EXPECT_EQ(Process(denoise, std::vector<short>(640, 1000)), std::vector<short>(640));
+        EXPECT_FALSE(denoise.Config(3)) << "there is no suppressor";
+    }
+}
+
+TEST(AudioDenoise, AnInitWithoutClearStartsAStreamAnew) {
+    const std::vector<short> in = Speech<short>(kFrame * 20);
+    AudioDenoise reused;
+    reused.Init(32000, 2, SAMPLE_FMT_FLT, 1);
+    Process(reused, std::vector<float>(1000, 0.25F));
+    reused.Init(32000, 1, SAMPLE_FMT_S16, 3);
+    AudioDenoise fresh;
+    fresh.Init(32000, 1, SAMPLE_FMT_S16, 3);
+    EXPECT_EQ(Process(reused, in), Process(fresh, in));
+}
+
+TEST(AudioDenoise, ResetDropsWhatWaitsAndSilencesTheFiltersButKeepsTheNoiseEstimate) {
+    const std::vector<short> in = Speech<short>(kFrame * 20);
+    AudioDenoise denoise;
+    denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
+    Process(denoise, Interleaved(in, in));
+    Process(denoise, std::vector<short>(100, 1000));
+    EXPECT_EQ(denoise.mBuffered, 50);
+    EXPECT_TRUE(denoise.Reset());
+    EXPECT_EQ(denoise.mBuffered, 0);
+    const std::vector<char> silence(640);
+    for (const auto* buffer : {&denoise.mInL, &denoise.mInR, &denoise.mOutL, &denoise.mOutR}) {
+        EXPECT_EQ(std::memcmp(buffer->get(), silence.data(), 640), 0);
+    }
+    AudioDenoise fresh;
+    fresh.Init(32000, 2, SAMPLE_FMT_S16, 3);
+    EXPECT_NE(Process(denoise, Interleaved(in, in)), Process(fresh, Interleaved(in, in)));
+}
+
+TEST(AudioDenoise, ResetOfANewOrClearedUnitChangesNothingAndIsTrue) {
+    AudioDenoise denoise;
+    EXPECT_TRUE(denoise.Reset());
+    denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
+    Process(denoise, std::vector<short>(100));
+    denoise.Clear();
+    EXPECT_TRUE(denoise.Reset());
+    EXPECT_EQ(denoise.mBuffered, 50);
+    EXPECT_FALSE(denoise.IsInited());
+}
+
+TEST(AudioDenoise, ClearReleasesEverythingAndInitStartsAgain) {
+    AudioDenoise denoise;
+    denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
+    EXPECT_TRUE(denoise.Clear());
+    EXPECT_FALSE(denoise.IsInited());
+    EXPECT_EQ(denoise.mInL, nullptr);
+    EXPECT_EQ(denoise.mInR, nullptr);
+    EXPECT_EQ(denoise.mOutL, nullptr);
+    EXPECT_EQ(denoise.mOutR, nullptr);
+    EXPECT_EQ(denoise.mNsL, nullptr);
+    EXPECT_EQ(denoise.mNsR, nullptr);
+    EXPECT_TRUE(denoise.Clear());
+    EXPECT_EQ(denoise.Init(32000, 1, SAMPLE_FMT_S16, 3), 0);
+    EXPECT_EQ(denoise.mNsR, nullptr);
+}
+
+TEST(AudioDenoise, TheFrameBuffersOfANewStreamAreZeros) {
+    AudioDenoise denoise;
+    denoise.Init(32000, 2, SAMPLE_FMT_FLT, 3);
+    const std::vector<char> silence(1280);
+    for (const auto* buffer : {&denoise.mInL, &denoise.mInR, &denoise.mOutL, &denoise.mOutR}) {
+        EXPECT_EQ(std::memcmp(buffer->get(), silence.data(), 1280), 0);
+    }
+}
+
+TEST(AudioDenoise, SplitLRAppendsAtTheWaitingSamples) {
+    AudioDenoise denoise;
+    denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
+    short frames[6] = {1, -1, 2, -2, 3, -3};
+    EXPECT_EQ(denoise.SplitLR(reinterpret_cast<char*>(frames), 1), 0);
+    EXPECT_EQ(denoise.SplitLR(reinterpret_cast<char*>(frames + 2), 2), 0);
+    EXPECT_EQ(denoise.mBuffered, 3);
+    const short left[3] = {1, 2, 3};
+    const short right[3] = {-1, -2, -3};
+    EXPECT_EQ(std::memcmp(denoise.mInL.get(), left, 6), 0);
+    EXPECT_EQ(std::memcmp(denoise.mInR.get(), right, 6), 0);
+}
+
+TEST(AudioDenoise, SplitLROfAnotherFormatCopiesNothingButStillCounts) {
+    AudioDenoise denoise;
+    denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
+    denoise.mFmt = SAMPLE_FMT_S32;
+    int frames[4] = {1, 2, 3, 4};
+    EXPECT_EQ(denoise.SplitLR(reinterpret_cast<char*>(frames), 2), 0);
+    EXPECT_EQ(denoise.mBuffered, 2);
+    EXPECT_EQ(std::memcmp(denoise.mInL.get(), std::vector<char>(640).data(), 640), 0);
+}
+
+TEST(AudioDenoise, SplitLRStaysInsideTheFrameBuffersAndAnyBlockAfterItToo) {
+    AudioDenoise denoise;
+    denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
+    std::vector<short> frames(2000, 1000);
+    EXPECT_EQ(denoise.SplitLR(BytesOf(frames), 1000), 0);
+    EXPECT_EQ(denoise.mBuffered, 1000);
+    EXPECT_EQ(denoise.SplitLR(BytesOf(frames), 1), 0);
+    Process(denoise, std::vector<short>(100));
+    EXPECT_LE(denoise.mBuffered, 320);
+    AudioDenoise fresh;
+    EXPECT_EQ(fresh.SplitLR(BytesOf(frames), 10), 0);
+}
+
+TEST(AudioDenoise, CombineLRInterleavesTheProcessedFrames) {
+    AudioDenoise denoise;
+    denoise.Init(32000, 2, SAMPLE_FMT_FLT, 3);
+    reinterpret_cast<float*>(denoise.mOutL.get())[1] = 0.5F;
+    reinterpret_cast<float*>(denoise.mOutR.get())[1] = -0.5F;
+    float out[5] = {9, 9, 9, 9, 9};
+    EXPECT_EQ(denoise.CombineLR(reinterpret_cast<char*>(out), 2), 0);
+    EXPECT_EQ(std::vector<float>(out, out + 5), (std::vector<float>{0, 0, 0.5F, -0.5F, 9}));
+    AudioDenoise fresh;
+    EXPECT_EQ(fresh.CombineLR(reinterpret_cast<char*>(out), 2), 0);
+}
+
+TEST(AudioDenoise, BlocksAtOddAddressesAreProcessedAsAnyOther) {
+    const std::vector<short> in = Speech<short>(kFrame * 4);
+    AudioDenoise denoise;
+    AudioDenoise twin;
+    denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
+    twin.Init(32000, 2, SAMPLE_FMT_S16, 3);
+    std::vector<char> bytes(in.size() * 2 + 1);
+    std::vector<char> out(bytes.size() + 2000);
+    std::memcpy(bytes.data() + 1, in.data(), in.size() * 2);
+    int size = ByteCount(in);
+    ASSERT_EQ(denoise.Process(bytes.data() + 1, out.data() + 1, size), 0);
+    const std::vector<short> expected = Process(twin, in);
+    ASSERT_EQ(size, ByteCount(expected));
+    EXPECT_EQ(std::memcmp(out.data() + 1, expected.data(), static_cast<std::size_t>(size)), 0);
+}
+
+TEST(AudioDenoise, NoiseAloneComesOutAtLeast15dBLowerAtLevel3) {
+    std::mt19937 random = SeededRandom();
+    std::normal_distribution<double> gauss(0.0, 200.0);
+    std::vector<short> noise(32000 * 5);
+    for (short& sample : noise) {
+        sample = static_cast<short>(std::lround(gauss(random)));
+    }
+    AudioDenoise denoise;
+    denoise.Init(32000, 1, SAMPLE_FMT_S16, 3);
+    const std::vector<short> out = Process(denoise, noise);
+    double in = 0.0;
+    double left = 0.0;
+    for (std::size_t i = 32000 * 3; i < out.size(); ++i) {
+        in += noise[i] * noise[i];
+        left += out[i] * out[i];
+    }
+    EXPECT_GT(10.0 * std::log10(in / left), 15.0);
+}
+
+}  // namespace

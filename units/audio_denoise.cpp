@@ -1,0 +1,206 @@
+#include "units/audio_denoise.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "common/pcm_view.h"
+#include "common/sample_format.h"
+#include "units/frame.h"
+
+namespace {
+
+template <typename Sample>
+void Deinterleave(const char* in, std::size_t frames, char* left, char* right) {
+    const PcmView<const Sample> both(in, 2 * frames);
+    PcmView<Sample> l(left, frames);
+    PcmView<Sample> r(right, frames);
+    for (std::size_t i = 0; i < frames; ++i) {
+        l.Set(i, both.Get(2 * i));
+        r.Set(i, both.Get(2 * i + 1));
+    }
+}
+
+template <typename Sample>
+void Interleave(const char* left, const char* right, std::size_t frames, char* out) {
+    const PcmView<const Sample> l(left, frames);
+    const PcmView<const Sample> r(right, frames);
+    PcmView<Sample> both(out, 2 * frames);
+    for (std::size_t i = 0; i < frames; ++i) {
+        both.Set(2 * i, l.Get(i));
+        both.Set(2 * i + 1, r.Get(i));
+    }
+}
+
+}  // namespace
+
+AudioDenoise::AudioDenoise() = default;
+
+AudioDenoise::~AudioDenoise() {
+    Clear();
+}
+
+int AudioDenoise::Init(int sampleRate, int channels, SampleFmt fmt, int level) {
+    mInited = false;
+    if (sampleRate < 1 || channels < 1 || (!IsS16(fmt) && !IsFloat(fmt))) {
+        return 3;
+    }
+    Clear();
+    mFmt = fmt;
+    mBytesPerSample = SampleByteSize(fmt);
+    mSampleRate = sampleRate;
+    mChannels = channels;
+    mFrameLen = sampleRate / 100;
+    mBuffered = 0;
+    StartChannel(mInL, mOutL, mNsL, level);
+    if (mChannels == 2) {
+        StartChannel(mInR, mOutR, mNsR, level);
+    }
+    mInited = true;
+    return 0;
+}
+
+void AudioDenoise::StartChannel(Bytes& in, Bytes& out, std::unique_ptr<NSWrap>& ns, int level) {
+    in = std::make_unique<char[]>(FrameBufferSamples() * SampleBytes());
+    out = std::make_unique<char[]>(FrameBufferSamples() * SampleBytes());
+    ns = std::make_unique<NSWrap>();
+    ns->Init(mSampleRate, mFmt, level);  // a refusal is left to show in the output
+}
+
+bool AudioDenoise::IsInited() {
+    return mInited;
+}
+
+bool AudioDenoise::Config(int level) {
+    const int policy = std::clamp(level, 0, 3);
+    // Three times in a row on the left channel; callers get the third answer.
+    bool accepted = false;
+    for (int attempt = 0; attempt < 3; ++attempt) {
+        accepted = mNsL && mNsL->setLevel(policy);
+    }
+    return accepted && mNsR && mNsR->setLevel(policy);
+}
+
+int AudioDenoise::Process(const char* in, char* out, int& size) {
+    if (in == nullptr || out == nullptr || size < 1) {
+        return 2;
+    }
+    if (mChannels >= 3) {
+        std::memmove(out, in, static_cast<std::size_t>(size));
+        return 12;
+    }
+    if (mChannels < 1) {
+        return 4;  // never initialised
+    }
+    if (size % mChannels != 0) {
+        return 3;
+    }
+    if (!mInited) {
+        return 4;
+    }
+    const int bytesPerStep = mBytesPerSample * mChannels;  // a sample of every channel
+    const int samples = size / mChannels / mBytesPerSample;
+    if (samples > std::numeric_limits<int>::max() / bytesPerStep - mFrameLen) {
+        return 2;  // what comes back would be more than size can say
+    }
+    size = 0;
+    int consumed = 0;
+    while (consumed < samples && mFrameLen > 0) {
+        const int chunk = std::clamp(mFrameLen - mBuffered, 0, samples - consumed);
+        Gather(in + static_cast<std::ptrdiff_t>(consumed) * bytesPerStep, chunk);
+        consumed += chunk;
+        if (mBuffered >= mFrameLen) {
+            ProcessFrame(out + size);
+            size += mFrameLen * bytesPerStep;
+        }
+    }
+    return 0;
+}
+
+/// Appends samples of every channel to the input frames.
+void AudioDenoise::Gather(const char* in, int samples) {
+    if (mChannels == 2) {
+        SplitLR(const_cast<char*>(in), samples);
+        return;
+    }
+    std::memcpy(mInL.get() + static_cast<std::size_t>(mBuffered) * SampleBytes(), in,
+                static_cast<std::size_t>(samples) * SampleBytes());
+    mBuffered += samples;
+}
+
+/// Runs the gathered frame of every channel and writes it out. A suppressor that refuses leaves the
+/// processed frame as it was.
+void AudioDenoise::ProcessFrame(char* out) {
+    mNsL->Process(mInL.get(), mOutL.get());
+    if (mChannels == 2) {
+        mNsR->Process(mInR.get(), mOutR.get());
+        CombineLR(out, mFrameLen);
+    } else {
+        std::memcpy(out, mOutL.get(), static_cast<std::size_t>(mFrameLen) * SampleBytes());
+    }
+    mBuffered = 0;
+}
+
+int AudioDenoise::SplitLR(char* in, int frames) {
+    const int room = mInR ? static_cast<int>(FrameBufferSamples()) - mBuffered : 0;
+    const int fitting = std::min(frames, room);
+    if (fitting > 0) {
+        const std::size_t position = static_cast<std::size_t>(mBuffered) * SampleBytes();
+        char* left = mInL.get() + position;
+        char* right = mInR.get() + position;
+        if (IsS16(mFmt)) {
+            Deinterleave<short>(in, static_cast<std::size_t>(fitting), left, right);
+        } else if (IsFloat(mFmt)) {
+            Deinterleave<float>(in, static_cast<std::size_t>(fitting), left, right);
+        }
+    }
+    mBuffered += frames;
+    return 0;
+}
+
+int AudioDenoise::CombineLR(char* out, int frames) {
+    const int available = mOutR ? static_cast<int>(FrameBufferSamples()) : 0;
+    const auto fitting = static_cast<std::size_t>(std::clamp(frames, 0, available));
+    if (IsS16(mFmt)) {
+        Interleave<short>(mOutL.get(), mOutR.get(), fitting, out);
+    } else if (IsFloat(mFmt)) {
+        Interleave<float>(mOutL.get(), mOutR.get(), fitting, out);
+    }
+    return 0;
+}
+
+bool AudioDenoise::Reset() {
+    if (!mNsL) {
+        return true;
+    }
+    const std::size_t bytes = FrameBufferSamples() * SampleBytes();
+    std::memset(mInL.get(), 0, bytes);
+    std::memset(mOutL.get(), 0, bytes);
+    mNsL->Reset();
+    if (mNsR) {
+        std::memset(mInR.get(), 0, bytes);
+        std::memset(mOutR.get(), 0, bytes);
+        mNsR->Reset();
+    }
+    mBuffered = 0;
+    return true;
+}
+
+bool AudioDenoise::Clear() {
+    mInited = false;
+    for (Bytes* buffer : {&mInL, &mInR, &mOutL, &mOutR}) {
+        buffer->reset();
+    }
+    mNsL.reset();
+    mNsR.reset();
+    return true;
+}
+
+std::size_t AudioDenoise::SampleBytes() const {
+    return static_cast<std::size_t>(mBytesPerSample);
+}
+
+/// A suppressor's frame; above 32000 Hz, where it runs at none, 10 ms all the same.
+std::size_t AudioDenoise::FrameBufferSamples() const {
+    return std::max(kFrameSamples, static_cast<std::size_t>(mFrameLen));
+}

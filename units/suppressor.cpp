@@ -1,0 +1,121 @@
+#include "units/suppressor.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "units/frame.h"
+#include "units/webrtc_ns.h"
+
+namespace {
+
+using Band = std::array<float, kBandSamples>;
+
+constexpr float kToS16Scale = 32768.0F;
+constexpr float kFromS16Scale = 3.0517578e-05F;  // 1 / 32768
+
+Band Scaled(const float* band, float factor) {
+    Band scaled;
+    std::transform(band, band + kBandSamples, scaled.begin(),
+                   [factor](float sample) { return sample * factor; });
+    return scaled;
+}
+
+bool IsFinite(const Band& band) {
+    return std::all_of(band.begin(), band.end(),
+                       [](float sample) { return std::isfinite(sample); });
+}
+
+}  // namespace
+
+void Suppressor::Release::operator()(NsHandleT* handle) const {
+    WebRtcNs_Free(handle);
+}
+
+std::unique_ptr<Suppressor> Suppressor::Create() {
+    NsHandleT* handle = WebRtcNs_Create();
+    return handle == nullptr ? nullptr : std::unique_ptr<Suppressor>(new Suppressor(handle));
+}
+
+Suppressor::Suppressor(NsHandleT* handle) : mHandle(handle) {}
+
+Suppressor::~Suppressor() = default;
+
+bool Suppressor::Init(int sampleRate) {
+    // The package takes 48000 Hz too, in three bands.
+    if (sampleRate != 8000 && sampleRate != 16000 && sampleRate != 32000) {
+        return false;
+    }
+    if (WebRtcNs_Init(mHandle.get(), static_cast<std::uint32_t>(sampleRate)) != 0) {
+        return false;
+    }
+    mSampleRate = sampleRate;
+    mPolicy = 0;
+    mWindow.Reset(sampleRate);
+    return true;
+}
+
+bool Suppressor::SetPolicy(int level) {
+    if (WebRtcNs_set_policy(mHandle.get(), level) != 0) {
+        return false;
+    }
+    mPolicy = level;
+    return true;
+}
+
+void Suppressor::Process(const short* low, const short* high, short* lowOut, short* highOut) {
+    Band lowIn;
+    Band highIn;
+    std::copy_n(low, kBandSamples, lowIn.begin());
+    std::copy_n(high, kBandSamples, highIn.begin());
+    Band lowResult = {};
+    Band highResult = {};
+    Run(lowIn.data(), highIn.data(), lowResult.data(), highResult.data());
+    std::transform(lowResult.begin(), lowResult.end(), lowOut, RoundToS16);
+    std::transform(highResult.begin(), highResult.end(), highOut, RoundToS16);
+}
+
+void Suppressor::Process(const float* low, const float* high, float* lowOut, float* highOut) {
+    const Band lowIn = Scaled(low, kToS16Scale);
+    const Band highIn = Scaled(high, kToS16Scale);
+    const bool leavesEarly = mWindow.IsSilentAfter(lowIn.data());
+    Band lowResult = {};
+    Band highResult = {};
+    Run(lowIn.data(), highIn.data(), lowResult.data(), highResult.data());
+    if (!IsFinite(lowResult)) {
+        const int policy = mPolicy;
+        Init(mSampleRate);
+        SetPolicy(policy);
+        lowResult.fill(0.0F);
+    }
+    // Where the gain is applied, the high band goes through whole 16-bit units and a division by
+    // 32768 in integers, which leaves nothing of it.
+    if (!leavesEarly) {
+        highResult.fill(0.0F);
+    }
+    const Band lowScaled = Scaled(lowResult.data(), kFromS16Scale);
+    const Band highScaled = Scaled(highResult.data(), kFromS16Scale);
+    std::copy_n(lowScaled.begin(), kBandSamples, lowOut);
+    std::copy_n(highScaled.begin(), kBandSamples, highOut);
+}
+
+void Suppressor::Run(const float* low, const float* high, float* lowOut, float* highOut) {
+    const float* const in[2] = {low, high};
+    float* const out[2] = {lowOut, highOut};
+    WebRtcNs_Analyze(mHandle.get(), low);
+    WebRtcNs_Process(mHandle.get(), in, 2, out);
+}
+
+short RoundToS16(float sample) {
+    return static_cast<short>(std::clamp(std::round(sample), -32768.0F, 32767.0F));
+}
+
+void SplitBands(const short* frame, short* low, short* high, std::int32_t* memory1,
+                std::int32_t* memory2) {
+    WebRtcSpl_AnalysisQMF(frame, kFrameSamples, low, high, memory1, memory2);
+}
+
+void MergeBands(const short* low, const short* high, short* frame, std::int32_t* memory1,
+                std::int32_t* memory2) {
+    WebRtcSpl_SynthesisQMF(low, high, kBandSamples, frame, memory1, memory2);
+}

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+/// The C functions of the packaged WebRTC audio processing library (version 0.3) that this library
+/// calls. The package exports them and installs no header for them. Suppressor is their only
+/// caller.
+extern "C" {
+
+struct NsHandleT;
+
+/// The noise suppressor. Bands hold 160 samples (80 at 8000 Hz) as floats in the 16-bit scale; in
+/// each frame Analyze comes first, with the low band. Init puts the policy back to 0.
+NsHandleT* WebRtcNs_Create();
+void WebRtcNs_Free(NsHandleT* self);
+int WebRtcNs_Init(NsHandleT* self, std::uint32_t sampleRate);
+int WebRtcNs_set_policy(NsHandleT* self, int policy);
+void WebRtcNs_Analyze(NsHandleT* self, const float* lowBand);
+void WebRtcNs_Process(NsHandleT* self, const float* const* bands, std::size_t bandCount,
+                      float* const* outBands);
+
+/// The 16-bit band filters: a quadrature mirror pair. Each memory holds six values.
+void WebRtcSpl_AnalysisQMF(const std::int16_t* frame, std::size_t frameLength,
+                           std::int16_t* lowBand, std::int16_t* highBand, std::int32_t* memory1,
+                           std::int32_t* memory2);
+void WebRtcSpl_SynthesisQMF(const std::int16_t* lowBand, const std::int16_t* highBand,
+                            std::size_t bandLength, std::int16_t* frame, std::int32_t* memory1,
+                            std::int32_t* memory2);
+}
