@@ -1,0 +1,34 @@
+#pragma once
+
+#include <algorithm>
+#include <cmath>
+#include <type_traits>
+
+/// The two kinds of samples that the library processes.
+enum class SampleKind { kS16, kFloat };
+
+/// An interleaved stream.
+struct AudioFormat {
+    int sampleRate;  ///< Hz
+    int channels;    ///< 1 or 2
+    SampleKind kind;
+};
+
+/// A sample as a float, full scale at 1.
+inline float ToFloat(short sample) {
+    return static_cast<float>(sample) / 32768.0F;
+}
+inline float ToFloat(float sample) {
+    return sample;
+}
+
+/// A float as a sample: 16-bit ones rounded to nearest and saturated, NaN as 0.
+template <typename Sample>
+Sample FromFloat(float sample) {
+    if constexpr (std::is_same_v<Sample, float>) {
+        return sample;
+    } else {
+        const float scaled = std::isnan(sample) ? 0.0F : sample * 32768.0F;
+        return static_cast<Sample>(std::lround(std::clamp(scaled, -32768.0F, 32767.0F)));
+    }
+}

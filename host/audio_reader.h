@@ -1,0 +1,44 @@
+#pragma once
+
+#include <sndfile.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "host/audio_format.h"
+
+/// Reads a WAV, FLAC or Ogg file. Throws Failure for whatever is not a whole file of one or two
+/// channels with at least one frame.
+class AudioReader {
+public:
+    explicit AudioReader(const std::string& path);
+    ~AudioReader();
+
+    /// 16-bit for integers of up to 16 bits and for lossy codings, else float.
+    const AudioFormat& Format() const { return mFormat; }
+
+    /// Length, where the file says it.
+    std::optional<std::int64_t> Frames() const { return mFrames; }
+
+    /// Reads up to `frames` frames of the format's kind. @return frames read; 0 at the end
+    std::size_t Read(short* samples, std::size_t frames);
+    std::size_t Read(float* samples, std::size_t frames);
+
+private:
+    struct Close {
+        void operator()(SNDFILE* file) const;
+    };
+
+    [[noreturn]] void Fail(const std::string& reason) const;
+    std::size_t Checked(std::int64_t frames);
+
+    std::string mPath;
+    std::unique_ptr<SNDFILE, Close> mFile;
+    AudioFormat mFormat = {};
+    std::optional<std::int64_t> mFrames;
+    std::int64_t mRead = 0;
+    bool mDecodesToFloat = false;
+};

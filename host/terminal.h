@@ -1,0 +1,4 @@
+#pragma once
+
+/// Whether standard error is a terminal.
+bool IsErrorATerminal();
