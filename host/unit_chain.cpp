@@ -65,9 +65,6 @@ std::vector<Sample> UnitChain::Process(std::vector<Sample> block) {
     return block;
 }
 
-template std::vector<short> UnitChain::Process(std::vector<short> block);
-template std::vector<float> UnitChain::Process(std::vector<float> block);
-
 template <typename Sample>
 void UnitChain::CheckPhase(std::vector<Sample>& block) {
     const std::vector<Sample> before = block;
@@ -108,3 +105,6 @@ std::int64_t UnitChain::DelayFrames() const {
         default: return 192 + kBandFilterDelay;
     }
 }
+
+template std::vector<short> UnitChain::Process(std::vector<short> block);
+template std::vector<float> UnitChain::Process(std::vector<float> block);

@@ -5,76 +5,7 @@
 #include <iterator>
 #include <type_traits>
 
-#include "common/sample_format.h"
-#include "common/source_list.h"
-
 namespace {
-
-SampleFmt Format(int value) {
-    return static_cast<SampleFmt>(value);
-}
-
-TEST(SampleFormat, ByteSizesAre1244_8TwiceFrom0To9) {
-    const int expected[10] = {1, 2, 4, 4, 8, 1, 2, 4, 4, 8};
-    for (int value = 0; value < 10; ++value) {
-        EXPECT_EQ(SampleByteSize(Format(value)), expected[value]) << value;
-    }
-}
-
-TEST(SampleFormat, ByteSizeOfMinus1And10AndAnyNegativeFormatIs0) {
-    for (const int value : {-1, 10, -2, -1000, 11, 1000, INT32_MIN, INT32_MAX}) {
-        EXPECT_EQ(SampleByteSize(Format(value)), 0) << value;
-    }
-}
-
-TEST(SampleFormat, ByteSizeOf5Is1AndOf9Is8) {
-    EXPECT_EQ(SampleByteSize(SAMPLE_FMT_U8P), 1);
-    EXPECT_EQ(SampleByteSize(SAMPLE_FMT_DBLP), 8);
-}
-
-TEST(SampleFormat, Format4IsNotPlanarAndFormat5Is) {
-    EXPECT_FALSE(IsPlanar(SAMPLE_FMT_DBL));
-    EXPECT_TRUE(IsPlanar(SAMPLE_FMT_U8P));
-}
-
-TEST(SampleFormat, ExactlyTheFormats5To9ArePlanar) {
-    for (int value = -3; value < 14; ++value) {
-        EXPECT_EQ(IsPlanar(Format(value)), value >= 5 && value <= 9) << value;
-    }
-}
-
-TEST(SampleFormat, UnitsKnow1And6As16BitAnd3And8AsFloat) {
-    for (int value = -3; value < 14; ++value) {
-        EXPECT_EQ(IsS16(Format(value)), value == 1 || value == 6) << value;
-        EXPECT_EQ(IsFloat(Format(value)), value == 3 || value == 8) << value;
-    }
-}
-
-std::vector<AVSourceType> Sources(std::initializer_list<int> values) {
-    std::vector<AVSourceType> sources;
-    for (const int value : values) {
-        sources.push_back(static_cast<AVSourceType>(value));
-    }
-    return sources;
-}
-
-TEST(SourceList, Sources020HaveAMicrophoneAndSeveralMicrophones) {
-    EXPECT_TRUE(HasMicrophone(Sources({0, 2, 0})));
-    EXPECT_TRUE(HasSeveralMicrophones(Sources({0, 2, 0})));
-}
-
-TEST(SourceList, Sources123HaveNoMicrophone) {
-    EXPECT_FALSE(HasMicrophone(Sources({1, 2, 3})));
-    EXPECT_FALSE(HasSeveralMicrophones(Sources({1, 2, 3})));
-}
-
-TEST(SourceList, OneMicrophoneIsNotSeveralAndNoSourcesHaveNone) {
-    EXPECT_TRUE(HasMicrophone(Sources({3, 0})));
-    EXPECT_FALSE(HasSeveralMicrophones(Sources({3, 0})));
-    EXPECT_FALSE(HasMicrophone({}));
-    EXPECT_FALSE(HasSeveralMicrophones({}));
-    EXPECT_FALSE(HasSeveralMicrophones(Sources({-1, 7, 7})));
-}
 
 TEST(ProcessTypes, NameOf6IsVdieoBrightenLettersTransposed) {
     EXPECT_EQ(kProcessTypeNames[VP_BRIGHTEN], "VdieoBrighten");

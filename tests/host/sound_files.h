@@ -54,6 +54,15 @@ Sound<Sample> ReadSound(const std::string& path) {
     return sound;
 }
 
+/// 16-bit samples of which no two neighbours are alike.
+inline std::vector<short> Ramp(std::size_t count) {
+    std::vector<short> samples(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        samples[i] = static_cast<short>(static_cast<int>(i * 7 % 60000) - 30000);
+    }
+    return samples;
+}
+
 /// Bursts of low-passed noise, a little like speech and unlike itself at any shift.
 inline std::vector<float> Bursts(std::size_t frames, int sampleRate) {
     std::mt19937 random(7);

@@ -146,14 +146,4 @@ TEST(StreamCleaner, AMonoStreamHasNoPhaseCheckAndNeitherHasARateOutOfItsRange) {
         << "processed at 32000 Hz";
 }
 
-TEST(UnitChain, ProcessesRatesThatTheSuppressorTakesAsTheyAreAndOthersAt32000) {
-    for (const int rate : {8000, 16000, 32000, 44100}) {
-        EXPECT_EQ(UnitChain::ProcessingRate(ChainSettings{}, rate), rate);
-    }
-    for (const int rate : {1000, 11025, 22050, 31999, 32001, 44099, 48000, 96000}) {
-        EXPECT_EQ(UnitChain::ProcessingRate(ChainSettings{}, rate), 32000) << rate;
-        EXPECT_EQ(UnitChain::ProcessingRate(Off(), rate), rate);
-    }
-}
-
 }  // namespace

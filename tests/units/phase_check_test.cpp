@@ -9,7 +9,6 @@
 
 #include "support/bytes.h"
 #include "support/seed.h"
-#include "units/phase_statistics.h"
 
 namespace {
 
@@ -83,17 +82,6 @@ TEST(PhaseCheck, FloatFrame0_016And0IsOpposedForCheckAndScoresNothingInCheck2) {
     EXPECT_EQ(check.mSilence, 0U);
     Check2(check, frame);
     EXPECT_EQ(check.mScore2, 0);
-}
-
-TEST(PhaseCheck, FloatSilenceIsStrictInDoublePrecision) {
-    const auto silent = [](float left, float right) { return IsSilent(left, right); };
-    const float below = 0.016F;
-    EXPECT_EQ(silent(below, 0.0F), static_cast<double>(below) < 0.016);
-    EXPECT_EQ(silent(-below, below), static_cast<double>(below) < 0.016);
-    EXPECT_FALSE(silent(std::nextafter(below, 1.0F), 0.0F));
-    EXPECT_FALSE(silent(0.0F, std::nextafter(-below, -1.0F)));
-    EXPECT_TRUE(silent(0.0159F, -0.0159F));
-    EXPECT_FALSE(silent(NAN, 0.0F));
 }
 
 TEST(PhaseCheck, AFrameWithOneChannelAtZeroIsOpposedForCheckAndNothingForCheck2) {

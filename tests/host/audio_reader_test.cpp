@@ -1,10 +1,9 @@
+#include "host/audio_reader.h"
+
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 
-#include "host/audio_reader.h"
-#include "host/audio_writer.h"
 #include "host/failure.h"
 #include "sound_files.h"
 #include "support/temp_dir.h"
@@ -12,14 +11,6 @@
 namespace {
 
 namespace fs = std::filesystem;
-
-std::vector<short> Ramp(std::size_t count) {
-    std::vector<short> samples(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        samples[i] = static_cast<short>(static_cast<int>(i * 7 % 60000) - 30000);
-    }
-    return samples;
-}
 
 std::string FailureOf(const std::string& path) {
     try {
@@ -33,7 +24,7 @@ std::string FailureOf(const std::string& path) {
     return "";
 }
 
-class AudioFileTest : public testing::Test {
+class AudioReaderTest : public testing::Test {
 protected:
     std::string Write(const std::string& name, int format, int channels = 1,
                       std::size_t samples = 20000) {
@@ -51,7 +42,7 @@ protected:
     TempDir dir;
 };
 
-TEST_F(AudioFileTest, A16BitWavIsReadSampleBySample) {
+TEST_F(AudioReaderTest, A16BitWavIsReadSampleBySample) {
     AudioReader reader(Write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 2));
     EXPECT_EQ(reader.Format().sampleRate, 32000);
     EXPECT_EQ(reader.Format().channels, 2);
@@ -64,7 +55,7 @@ TEST_F(AudioFileTest, A16BitWavIsReadSampleBySample) {
     EXPECT_EQ(reader.Read(samples.data(), 1), 0U);
 }
 
-TEST_F(AudioFileTest, Integers16BitsWideAndLossyCodingsAre16BitAndTheRestFloat) {
+TEST_F(AudioReaderTest, Integers16BitsWideAndLossyCodingsAre16BitAndTheRestFloat) {
     const auto kind = [this](int format) { return AudioReader(Write("a", format)).Format().kind; };
     EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_PCM_U8), SampleKind::kS16);
     EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_ULAW), SampleKind::kS16);
@@ -79,7 +70,7 @@ TEST_F(AudioFileTest, Integers16BitsWideAndLossyCodingsAre16BitAndTheRestFloat) 
     EXPECT_EQ(kind(SF_FORMAT_RF64 | SF_FORMAT_PCM_16), SampleKind::kS16);
 }
 
-TEST_F(AudioFileTest, OggVorbisIsReadAsSaturated16Bit) {
+TEST_F(AudioReaderTest, OggVorbisIsReadAsSaturated16Bit) {
     const std::string path = dir.File("loud.ogg");
     std::vector<float> square(64000);
     for (std::size_t i = 0; i < square.size(); ++i) {
@@ -97,7 +88,7 @@ TEST_F(AudioFileTest, OggVorbisIsReadAsSaturated16Bit) {
     EXPECT_EQ(turns, 0) << "no sample has wrapped around";
 }
 
-TEST_F(AudioFileTest, WhatIsNotAWholeRecordingIsRefusedWithItsReason) {
+TEST_F(AudioReaderTest, WhatIsNotAWholeRecordingIsRefusedWithItsReason) {
     EXPECT_EQ(FailureOf(dir.File("none.wav")), dir.File("none.wav") + ": no such file");
     EXPECT_EQ(FailureOf(dir.File("")), dir.File("") + ": not a regular file");
     WriteFile(dir.File("text.wav"), "this is not audio\n");
@@ -114,7 +105,7 @@ TEST_F(AudioFileTest, WhatIsNotAWholeRecordingIsRefusedWithItsReason) {
     EXPECT_EQ(FailureOf(aiff), aiff + ": not a WAV, FLAC or Ogg file");
 }
 
-TEST_F(AudioFileTest, ATruncatedFileOfAnyContainerIsRefused) {
+TEST_F(AudioReaderTest, ATruncatedFileOfAnyContainerIsRefused) {
     for (const auto& [name, format] :
          std::vector<std::pair<std::string, int>>{{"a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16},
                                                   {"b.wav", SF_FORMAT_WAVEX | SF_FORMAT_FLOAT},
@@ -126,13 +117,13 @@ TEST_F(AudioFileTest, ATruncatedFileOfAnyContainerIsRefused) {
     }
 }
 
-TEST_F(AudioFileTest, AWavCutRightAfterItsHeaderIsTruncatedToo) {
+TEST_F(AudioReaderTest, AWavCutRightAfterItsHeaderIsTruncatedToo) {
     const std::string path = Write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     fs::resize_file(path, 44);
     EXPECT_EQ(FailureOf(path), path + ": is truncated");
 }
 
-TEST_F(AudioFileTest, AWavOfUnknownLengthAsWrittenIntoAPipeIsReadToItsEnd) {
+TEST_F(AudioReaderTest, AWavOfUnknownLengthAsWrittenIntoAPipeIsReadToItsEnd) {
     const std::string path = Write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     std::string bytes = ReadFile(path);
     for (const std::size_t size : {std::size_t{4}, bytes.find("data") + 4}) {
@@ -143,95 +134,12 @@ TEST_F(AudioFileTest, AWavOfUnknownLengthAsWrittenIntoAPipeIsReadToItsEnd) {
     EXPECT_EQ(AudioReader(path).Frames(), 20000);
 }
 
-TEST_F(AudioFileTest, AFlacWithDamagedFramesIsRefused) {
+TEST_F(AudioReaderTest, AFlacWithDamagedFramesIsRefused) {
     const std::string path = Write("a.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 1, 200'000);
     std::string bytes = ReadFile(path);
     bytes.replace(bytes.size() / 2, 2000, std::string(2000, '\x55'));
     WriteFile(path, bytes);
     EXPECT_NE(FailureOf(path).find("truncated or damaged"), std::string::npos);
-}
-
-template <typename Sample>
-void WriteThrough(AudioWriter& writer, const std::vector<Sample>& samples) {
-    writer.Write(samples.data(), samples.size() / 2);
-    writer.Write(samples.data() + samples.size() / 2, samples.size() - samples.size() / 2);
-}
-
-TEST_F(AudioFileTest, AFileAppearsAtCommitAndNotBefore) {
-    const std::string path = dir.File("out.wav");
-    AudioWriter writer(path, {32000, 1, SampleKind::kS16}, 1000);
-    WriteThrough(writer, Ramp(1000));
-    EXPECT_FALSE(fs::exists(path));
-    writer.Commit();
-    EXPECT_EQ(dir.Names(), std::vector<std::string>{"out.wav"});
-    const Sound<short> sound = ReadSound<short>(path);
-    EXPECT_EQ(sound.samples, Ramp(1000));
-    EXPECT_EQ(sound.format, SF_FORMAT_WAV | SF_FORMAT_PCM_16);
-}
-
-TEST_F(AudioFileTest, AWavThatMayBecomeLongerThan4GBIsRF64UntilItsLengthIsKnown) {
-    const std::string path = dir.File("out.wav");
-    AudioWriter writer(path, {32000, 1, SampleKind::kS16}, std::nullopt);
-    WriteThrough(writer, Ramp(1000));
-    writer.Commit();
-    EXPECT_EQ(ReadSound<short>(path).samples, Ramp(1000));
-    EXPECT_EQ(ReadFile(path).substr(0, 4), "RIFF") << "plain again when it stayed short";
-    AudioWriter known(path, {32000, 1, SampleKind::kS16}, std::int64_t{1} << 32);
-    WriteThrough(known, Ramp(1000));
-    known.Commit();
-    EXPECT_EQ(ReadSound<short>(path).samples, Ramp(1000));
-}
-
-TEST_F(AudioFileTest, WithoutCommitNothingIsLeft) {
-    {
-        AudioWriter writer(dir.File("out.flac"), {32000, 1, SampleKind::kS16}, 1000);
-        WriteThrough(writer, Ramp(1000));
-    }
-    EXPECT_EQ(dir.Names().size(), 0U);
-}
-
-TEST_F(AudioFileTest, AnOutputThatCannotBeOpenedLeavesNothing) {
-    EXPECT_THROW(AudioWriter(dir.File("no/such/out.wav"), {32000, 1, SampleKind::kS16}, 1000),
-                 Failure);
-    EXPECT_THROW(AudioWriter(dir.File("out.flac"), {700'000, 1, SampleKind::kS16}, 1000), Failure);
-    EXPECT_EQ(dir.Names().size(), 0U);
-}
-
-TEST_F(AudioFileTest, FloatsAreFloatInWavAndSaturated24BitInFlac) {
-    const std::vector<float> samples = {0.5F, -0.25F, 1.5F, -1.5F};
-    AudioWriter wav(dir.File("a.wav"), {48000, 1, SampleKind::kFloat}, 1000);
-    WriteThrough(wav, samples);
-    wav.Commit();
-    const Sound<float> floats = ReadSound<float>(dir.File("a.wav"));
-    EXPECT_EQ(floats.format & SF_FORMAT_SUBMASK, SF_FORMAT_FLOAT);
-    EXPECT_EQ(floats.samples, samples);
-    AudioWriter flac(dir.File("a.FLAC"), {48000, 1, SampleKind::kFloat}, 1000);
-    WriteThrough(flac, samples);
-    flac.Commit();
-    const Sound<float> integers = ReadSound<float>(dir.File("a.FLAC"));
-    EXPECT_EQ(integers.format, SF_FORMAT_FLAC | SF_FORMAT_PCM_24);
-    EXPECT_NEAR(integers.samples[0], 0.5F, 1e-6F);
-    EXPECT_NEAR(integers.samples[2], 1.0F, 1e-6F);
-    EXPECT_NEAR(integers.samples[3], -1.0F, 1e-6F);
-}
-
-TEST_F(AudioFileTest, AnOutputThroughASymbolicLinkReplacesWhatItPointsTo) {
-    WriteFile(dir.File("real.wav"), "old");
-    fs::create_symlink(dir.File("real.wav"), dir.File("link.wav"));
-    AudioWriter writer(dir.File("link.wav"), {32000, 1, SampleKind::kS16}, 1000);
-    WriteThrough(writer, Ramp(10));
-    writer.Commit();
-    EXPECT_TRUE(fs::is_symlink(dir.File("link.wav")));
-    EXPECT_EQ(ReadSound<short>(dir.File("real.wav")).samples, Ramp(10));
-}
-
-TEST_F(AudioFileTest, OutputsThatAreNotWavOrFlacFilesAreRefusedByName) {
-    for (const char* name : {"out", "out.mp3", "out.ogg", "out.wav.txt"}) {
-        EXPECT_THROW(AudioWriter::CheckPath(dir.File(name)), Failure) << name;
-    }
-    fs::create_directory(dir.File("folder.wav"));
-    EXPECT_THROW(AudioWriter::CheckPath(dir.File("folder.wav")), Failure);
-    EXPECT_NO_THROW(AudioWriter::CheckPath(dir.File("out.WAV")));
 }
 
 }  // namespace

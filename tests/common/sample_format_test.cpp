@@ -1,0 +1,49 @@
+#include "common/sample_format.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+
+namespace {
+
+SampleFmt Format(int value) {
+    return static_cast<SampleFmt>(value);
+}
+
+TEST(SampleFormat, ByteSizesAre1244_8TwiceFrom0To9) {
+    const int expected[10] = {1, 2, 4, 4, 8, 1, 2, 4, 4, 8};
+    for (int value = 0; value < 10; ++value) {
+        EXPECT_EQ(SampleByteSize(Format(value)), expected[value]) << value;
+    }
+}
+
+TEST(SampleFormat, ByteSizeOfMinus1And10AndAnyNegativeFormatIs0) {
+    for (const int value : {-1, 10, -2, -1000, 11, 1000, INT32_MIN, INT32_MAX}) {
+        EXPECT_EQ(SampleByteSize(Format(value)), 0) << value;
+    }
+}
+
+TEST(SampleFormat, ByteSizeOf5Is1AndOf9Is8) {
+    EXPECT_EQ(SampleByteSize(SAMPLE_FMT_U8P), 1);
+    EXPECT_EQ(SampleByteSize(SAMPLE_FMT_DBLP), 8);
+}
+
+TEST(SampleFormat, Format4IsNotPlanarAndFormat5Is) {
+    EXPECT_FALSE(IsPlanar(SAMPLE_FMT_DBL));
+    EXPECT_TRUE(IsPlanar(SAMPLE_FMT_U8P));
+}
+
+TEST(SampleFormat, ExactlyTheFormats5To9ArePlanar) {
+    for (int value = -3; value < 14; ++value) {
+        EXPECT_EQ(IsPlanar(Format(value)), value >= 5 && value <= 9) << value;
+    }
+}
+
+TEST(SampleFormat, UnitsKnow1And6As16BitAnd3And8AsFloat) {
+    for (int value = -3; value < 14; ++value) {
+        EXPECT_EQ(IsS16(Format(value)), value == 1 || value == 6) << value;
+        EXPECT_EQ(IsFloat(Format(value)), value == 3 || value == 8) << value;
+    }
+}
+
+}  // namespace
