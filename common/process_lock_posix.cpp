@@ -1,6 +1,7 @@
 #include <pthread.h>
 
 #include <atomic>
+#include <cstdint>
 #include <ctime>
 #include <new>
 
@@ -8,14 +9,11 @@
 
 namespace {
 
-/// No thread has this identity, which is a null pointer or 0 wherever pthread_t is one.
-constexpr pthread_t kNobody = {};
-
 /// A plain mutex that knows its owner. A recursive one would not do: waiting on a condition gives
 /// back only one of its levels.
 struct Lock {
     pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
-    std::atomic<pthread_t> owner = kNobody;
+    std::atomic<std::uint64_t> owner = 0;  ///< 0 for nobody
     int depth = 0;
 };
 
@@ -31,12 +29,24 @@ pthread_cond_t* Of(ProcessCond* cond) {
     return std::launder(reinterpret_cast<pthread_cond_t*>(cond->storage));
 }
 
-/// Only a thread itself ever writes its identity here, so what it reads of it needs no ordering.
-bool IsMine(const Lock& lock) {
-    return lock.owner.load(std::memory_order_relaxed) == pthread_self();
+/// A number that no other thread ever has: the platform's own identity of a thread that has ended
+/// is given to a later one, which would then seem to hold what the first one has left held.
+/// Initial-exec keeps the first use in a thread from allocating.
+std::uint64_t ThisThread() {
+    static std::atomic<std::uint64_t> count = 0;
+    thread_local std::uint64_t identity __attribute__((tls_model("initial-exec"))) = 0;
+    if (identity == 0) {
+        identity = ++count;
+    }
+    return identity;
 }
 
-void SetOwner(Lock& lock, pthread_t thread, int depth) {
+/// Only a thread itself ever writes its identity here, so what it reads of it needs no ordering.
+bool IsMine(const Lock& lock) {
+    return lock.owner.load(std::memory_order_relaxed) == ThisThread();
+}
+
+void SetOwner(Lock& lock, std::uint64_t thread, int depth) {
     lock.owner.store(thread, std::memory_order_relaxed);
     lock.depth = depth;
 }
@@ -47,9 +57,9 @@ int WaitGivingUp(Lock& lock, Wait wait) {
         return 0;
     }
     const int depth = lock.depth;
-    SetOwner(lock, kNobody, 0);
+    SetOwner(lock, 0, 0);
     const int error = wait(&lock.mutex);
-    SetOwner(lock, pthread_self(), depth);
+    SetOwner(lock, ThisThread(), depth);
     return error == 0 ? 1 : 0;
 }
 
@@ -75,7 +85,7 @@ int process_lock_init(ProcessLock* lock) {
 int process_lock_destroy(ProcessLock* lock) {
     Lock& own = Of(lock);
     if (IsMine(own)) {
-        SetOwner(own, kNobody, 0);
+        SetOwner(own, 0, 0);
         pthread_mutex_unlock(&own.mutex);
     }
     pthread_mutex_destroy(&own.mutex);
@@ -89,7 +99,7 @@ int process_lock(ProcessLock* lock) {
         ++own.depth;
     } else {
         pthread_mutex_lock(&own.mutex);
-        SetOwner(own, pthread_self(), 1);
+        SetOwner(own, ThisThread(), 1);
     }
     return 0;
 }
@@ -97,7 +107,7 @@ int process_lock(ProcessLock* lock) {
 int process_unlock(ProcessLock* lock) {
     Lock& own = Of(lock);
     if (IsMine(own) && --own.depth == 0) {
-        SetOwner(own, kNobody, 0);
+        SetOwner(own, 0, 0);
         pthread_mutex_unlock(&own.mutex);
     }
     return 0;

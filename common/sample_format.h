@@ -2,22 +2,24 @@
 
 #include "common/media_process.h"
 
+/// Questions that a sample format is asked. Any number may be passed for one: a SampleFmt may hold it.
+
 /// Bytes of one sample; 0 for anything that is not a format.
-constexpr int SampleByteSize(SampleFmt fmt) {
+constexpr int SampleByteSize(int fmt) {
     constexpr int kBytes[10] = {1, 2, 4, 4, 8, 1, 2, 4, 4, 8};
     return fmt < SAMPLE_FMT_U8 || fmt > SAMPLE_FMT_DBLP ? 0 : kBytes[fmt];
 }
 
-constexpr bool IsPlanar(SampleFmt fmt) {
+constexpr bool IsPlanar(int fmt) {
     return fmt >= SAMPLE_FMT_U8P && fmt <= SAMPLE_FMT_DBLP;
 }
 
 /// Signed 16-bit samples, interleaved or planar.
-constexpr bool IsS16(SampleFmt fmt) {
+constexpr bool IsS16(int fmt) {
     return fmt == SAMPLE_FMT_S16 || fmt == SAMPLE_FMT_S16P;
 }
 
 /// 32-bit float samples, interleaved or planar.
-constexpr bool IsFloat(SampleFmt fmt) {
+constexpr bool IsFloat(int fmt) {
     return fmt == SAMPLE_FMT_FLT || fmt == SAMPLE_FMT_FLTP;
 }

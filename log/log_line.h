@@ -5,16 +5,14 @@
 #include "log/media_process_log.h"
 #include "log/pr_log.h"
 
-/// The one form of the library's own log lines:
+/// The one form of the library's own log lines. This call, in line 83,
 ///
-///     2024-03-07 09:05:02.041:[ERROR]MediaProcessLog:AudioFilter::Init:83:audio denoisor init
-///     error...
+///     LogLine(PROCESS_LOG_ERROR, {"AudioFilter::Init"}, "error code is %d", -1);
 ///
-///     LogLine(PROCESS_LOG_ERROR, {"AudioFilter::Init"}, "audio denoisor init error, code %d",
-///     code);
+/// prints 2024-03-07 09:05:02.041:[ERROR]MediaProcessLog:AudioFilter::Init:83:error code is -1
 
-/// Where a line comes from: the qualified function, and the line tag: the site's own source line
-/// unless another is given.
+/// Where a line comes from: the qualified function, and the line tag, which is the site's own
+/// source line unless another is given.
 struct LogSite {
     LogSite(const char* siteFunction, int siteLine = __builtin_LINE())
         : function(siteFunction), line(siteLine) {}

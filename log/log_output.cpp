@@ -1,12 +1,26 @@
 #include "log/log_output.h"
 
+namespace {
+
+/// "%%" as the formatter prints it, and everything else as it stands: there is nothing to convert.
+void PrintWithoutArguments(std::FILE* stream, const char* format) {
+    for (const char* c = format; *c != '\0'; ++c) {
+        std::fputc(*c, stream);
+        if (c[0] == '%' && c[1] == '%') {
+            ++c;
+        }
+    }
+}
+
+}  // namespace
+
 void PrintLogMessage(std::FILE* stream, const char* prefix, const char* format, char* args) {
     std::fprintf(stream, "%s:", prefix == nullptr ? "" : prefix);
     if (format != nullptr && args != nullptr) {
         // The caller has started the list. NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized)
         std::vfprintf(stream, format, UnpackArguments(args));
     } else if (format != nullptr) {
-        std::fputs(format, stream);
+        PrintWithoutArguments(stream, format);
     }
     std::fputc('\n', stream);
     std::fflush(stream);

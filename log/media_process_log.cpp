@@ -64,7 +64,7 @@ int MediaProcessLog::WriteLog(ProcessLogLevel level, std::string format, ...) {
         return 2;
     }
     va_list args;
-    va_start(args, format);
+    va_start(args, format);  // after a class by value, which GCC and clang support
     std::vfprintf(mFile, format.c_str(), args);
     va_end(args);
     std::fputc('\n', mFile);

@@ -26,6 +26,7 @@ enum ProcessLogLevel : std::int32_t {
 /// logger until the holder destroys it.
 class AUDIO_FILTER_API MediaProcessLog {
 public:
+    /// [setup] Not initialised, at level 4.
     MediaProcessLog();
     MediaProcessLog(const MediaProcessLog&) = delete;
     MediaProcessLog& operator=(const MediaProcessLog&) = delete;
@@ -39,20 +40,21 @@ public:
     /// @return 0; 3 for a level or path out of range: nothing changes and the lock stays held
     int Init(ProcessLogLevel level, std::string path);
 
-    /// [any]
+    /// [setup] Takes no lock.
     bool IsInited();
 
-    /// [any] Anything but 1..4 is ignored. Takes no lock.
+    /// [setup] Anything but 1..4 is ignored. Takes no lock.
     void SetLogLevel(ProcessLogLevel level);
 
-    /// [setup] Closes the file and sets the level to 4. @return true
+    /// [any] Closes the file and sets the level to 4.
+    /// @return true
     bool Uninit();
 
-    /// [setup] Writes a line: no date, no prefix. Checks in this order.
+    /// [any] Writes a line: no date, no prefix. It goes to a file: an audio thread that must not
+    /// wait keeps away. Checks in this order:
     /// @param format and what follows: as for printf
     /// @return 0 for a level below the logger's, with the lock held; 4 without an open file, with
-    /// the
-    ///         lock held; 2 for an empty format, with the lock held; 0 when written
+    ///        the lock held; 2 for an empty format, with the lock held; 0 when written
     int WriteLog(ProcessLogLevel level, std::string format, ...);
 
 private:

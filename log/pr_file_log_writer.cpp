@@ -1,5 +1,7 @@
 #include "log/pr_file_log_writer.h"
 
+#include <new>
+
 #include "common/wall_clock.h"
 #include "log/log_output.h"
 #include "log/pr_log.h"
@@ -10,7 +12,7 @@ PRFileLogWriter::~PRFileLogWriter() {
     PRFileLogWriter::Destroy();
 }
 
-int PRFileLogWriter::Init(void* param) {
+int PRFileLogWriter::Init(void* param) try {
     const auto* block = static_cast<const PRFileLogParam*>(param);
     if (block == nullptr || block->namePrefix.empty()) {
         std::fprintf(stderr, "InitParam error\n");
@@ -30,6 +32,8 @@ int PRFileLogWriter::Init(void* param) {
     mPartNumber = 0;
     mStartTime = CalendarSecondsNow();
     return 0;
+} catch (const std::bad_alloc&) {
+    return -1;
 }
 
 int PRFileLogWriter::WriteLog(int level, const char* prefix, const char* format, char* args) {
@@ -50,7 +54,7 @@ void PRFileLogWriter::Destroy() {
     }
 }
 
-int PRFileLogWriter::CheckPartion() {
+int PRFileLogWriter::CheckPartion() try {
     if (nPartionSize > 0) {
         if (mWrittenCount <= static_cast<std::uint32_t>(nPartionSize)) {
             return 0;
@@ -62,6 +66,8 @@ int PRFileLogWriter::CheckPartion() {
         return OpenFile(GetPRFormatDate2());
     }
     return 0;
+} catch (const std::bad_alloc&) {
+    return -1;
 }
 
 /// Closes the file and opens, truncated, the one named prefix + "_" + suffix.

@@ -19,14 +19,20 @@ struct PRFileLogParam {
 /// Two things stand as they do on purpose, because readers of the logs rely on them: nothing
 /// advances the written count, so a size limit never replaces the file; and the start time is not
 /// renewed, so once the period has passed, every message opens a file of its own.
-class AUDIO_FILTER_API PRFileLogWriter final : public PRLogWriter {
+class AUDIO_FILTER_API PRFileLogWriter : public PRLogWriter {
 public:
+    /// [setup]
+    /// @param level 1..4, the lowest that is printed
     explicit PRFileLogWriter(int level);
+
+    /// [setup] Closes the file if it is open.
     ~PRFileLogWriter();
 
     /// [setup] Opens the file. Says on standard error what it does not take. A null block, an empty
-    /// prefix and two positive limits leave a file that is open in use.
-    /// @param param PRFileLogParam @return 0, or -1
+    /// prefix and two positive limits leave a file that is open in use. With a period, a file that
+    /// could not be opened is tried again at every message.
+    /// @param param PRFileLogParam
+    /// @return 0; -1 also when memory runs out
     int Init(void* param) override;
 
     /// [setup]
@@ -36,7 +42,8 @@ public:
     void Destroy() override;
 
 private:
-    /// Replaces the file where a limit says so; before every accepted message. @return 0, or -1
+    /// Replaces the file where a limit says so; before every accepted message.
+    /// @return 0, or -1
     virtual int CheckPartion();
 
     int OpenFile(const std::string& suffix);

@@ -7,6 +7,7 @@
 
 #include "common/wall_clock.h"
 #include "log/log_output.h"
+#include "log/media_process_log.h"
 #include "log/pr_console_log_writer.h"
 #include "log/pr_file_log_writer.h"
 
@@ -15,16 +16,25 @@ bool pr_log_enalbe = false;
 
 namespace {
 
-/// Writers have no virtual destructor, and the file writer owns strings: each is deleted as what it
-/// is.
+template <typename Writer>
+bool DestroyAs(PRLogWriter* writer) {
+    auto* own = dynamic_cast<Writer*>(writer);
+    if (own != nullptr) {
+        std::destroy_at(own);
+    }
+    return own != nullptr;
+}
+
+/// Writers have no virtual destructor, and the file writer owns strings: each is destroyed as what
+/// it is, then its storage is released.
 struct ReleaseWriter {
     void operator()(PRLogWriter* writer) const {
         writer->Destroy();
-        if (auto* file = dynamic_cast<PRFileLogWriter*>(writer)) {
-            delete file;
-        } else {
-            delete static_cast<PRConsoleLogWriter*>(writer);
+        void* storage = dynamic_cast<void*>(writer);
+        if (!DestroyAs<PRFileLogWriter>(writer)) {
+            DestroyAs<PRConsoleLogWriter>(writer);
         }
+        ::operator delete(storage);
     }
 };
 
@@ -125,28 +135,28 @@ int PRLog::RemoveAllLog() {
 void PRLog::Info(std::string prefix, const char* format, ...) {
     va_list args;
     va_start(args, format);
-    Dispatch(2, prefix, format, args);
+    Dispatch(PROCESS_LOG_INFO, prefix, format, args);
     va_end(args);
 }
 
 void PRLog::Debug(std::string prefix, const char* format, ...) {
     va_list args;
     va_start(args, format);
-    Dispatch(1, prefix, format, args);
+    Dispatch(PROCESS_LOG_DEBUG, prefix, format, args);
     va_end(args);
 }
 
 void PRLog::Warn(std::string prefix, const char* format, ...) {
     va_list args;
     va_start(args, format);
-    Dispatch(3, prefix, format, args);
+    Dispatch(PROCESS_LOG_WARN, prefix, format, args);
     va_end(args);
 }
 
 void PRLog::Error(std::string prefix, const char* format, ...) {
     va_list args;
     va_start(args, format);
-    Dispatch(4, prefix, format, args);
+    Dispatch(PROCESS_LOG_ERROR, prefix, format, args);
     va_end(args);
 }
 

@@ -27,6 +27,7 @@ enum ProcessLogType : std::int32_t {
 /// operations keep their order, which callers across the library boundary rely on.
 class AUDIO_FILTER_API PRLog {
 public:
+    /// [setup] Without writers.
     PRLog();
     PRLog(const PRLog&) = delete;
     PRLog& operator=(const PRLog&) = delete;
@@ -34,23 +35,27 @@ public:
     /// [setup] Destroys and releases every writer.
     virtual ~PRLog();
 
-    /// [any] Adds a writer and initialises it. One whose Init fails is added all the same.
+    /// [any] Adds a writer and initialises it. One whose Init fails is added all the same. Ids are
+    /// not atomic: not beside another thread that makes a writer elsewhere.
     /// @param param parameter block of the kind: PRConsoleLogParam or PRFileLogParam
     /// @param level 1..4, the lowest that the writer prints
     /// @return the writer's id; -1 for another kind, and when memory runs out
     virtual int AddLog(ProcessLogType type, void* param, int level);
 
-    /// [any] Destroys and releases a writer. @return 0, or -1 for an unknown id
+    /// [any] Destroys and releases a writer.
+    /// @return 0, or -1 for an unknown id
     virtual int RemoveLog(int id);
 
-    /// [any] @return what the writer answers, or -1 for an unknown id
+    /// [any]
+    /// @return what the writer answers, or -1 for an unknown id
     virtual int SetLogLevel(int id, int level);
 
-    /// [any] Destroys and releases every writer. @return 0
+    /// [any] Destroys and releases every writer.
+    /// @return 0
     virtual int RemoveAllLog();
 
-    /// [any] Sends a message of level 2, 1, 3 or 4. Writers print files and streams: not for an
-    /// audio thread that must not wait.
+    /// [any] Sends a message of level 2, 1, 3 or 4. Writers print to files and streams: an audio
+    /// thread that must not wait keeps away.
     /// @param format and what follows: as for printf
     virtual void Info(std::string prefix, const char* format, ...);
     virtual void Debug(std::string prefix, const char* format, ...);
@@ -68,11 +73,11 @@ private:
     ProcessLock mLock;
 };
 
-/// The dispatcher in use. The library makes it when it is loaded and never deletes it; null if that
-/// fails.
+/// [setup] The dispatcher in use. The library makes it when it is loaded and never deletes it; null
+/// if that fails.
 extern AUDIO_FILTER_API PRLog* pr_log;
 
-/// Whether the library logs at all; false at first. Spelt as callers know it.
+/// [setup] Whether the library logs at all; false at first. Spelt as callers know it.
 extern AUDIO_FILTER_API bool pr_log_enalbe;
 
 /// [setup] Sets pr_log_enalbe.

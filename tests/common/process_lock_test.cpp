@@ -20,8 +20,8 @@ protected:
     }
 
     /// A thread that takes the lock, sets `reached`, and wakes a waiter.
-    std::thread Knock() {
-        return std::thread([this] {
+    std::jthread Knock() {
+        return std::jthread([this] {
             process_lock(&lock);
             reached = true;
             process_cond_signal(&cond);
@@ -37,7 +37,7 @@ protected:
 TEST_F(ProcessLockTest, OneThreadTakesItTwiceAndMustReleaseItTwice) {
     EXPECT_EQ(process_lock(&lock), 0);
     EXPECT_EQ(process_lock(&lock), 0);
-    std::thread other = Knock();
+    std::jthread other = Knock();
     EXPECT_EQ(process_unlock(&lock), 0);
     // Still held once: the other thread gets in only while this one waits.
     EXPECT_FALSE(reached);
@@ -61,7 +61,7 @@ TEST_F(ProcessLockTest, AWaitGivesUpALockHeldFiveTimesAndTakesItBackFiveTimes) {
     for (int i = 0; i < 5; ++i) {
         process_lock(&lock);
     }
-    std::thread other = Knock();
+    std::jthread other = Knock();
     while (!reached) {
         ASSERT_NE(process_cond_wait(&cond, &lock), 0);
     }
@@ -72,7 +72,7 @@ TEST_F(ProcessLockTest, AWaitGivesUpALockHeldFiveTimesAndTakesItBackFiveTimes) {
         process_unlock(&lock);
     }
     // The fifth is still there: a wait works only for the holder.
-    std::thread second = Knock();
+    std::jthread second = Knock();
     while (!reached) {
         ASSERT_NE(process_cond_wait_time(&cond, &lock, kSafetyMs), 0);
     }
@@ -90,7 +90,7 @@ TEST_F(ProcessLockTest, AWaitOfZeroMillisecondsReturnsAtOnceWith0) {
 TEST_F(ProcessLockTest, ATimeOutAnswers0AndLeavesTheLockHeld) {
     process_lock(&lock);
     EXPECT_EQ(process_cond_wait_time(&cond, &lock, 1), 0);
-    std::thread other = Knock();
+    std::jthread other = Knock();
     EXPECT_FALSE(reached);
     while (!reached) {
         ASSERT_NE(process_cond_wait_time(&cond, &lock, kSafetyMs), 0);
@@ -101,7 +101,7 @@ TEST_F(ProcessLockTest, ATimeOutAnswers0AndLeavesTheLockHeld) {
 
 TEST_F(ProcessLockTest, ANegativeTimeWaitsWithoutLimit) {
     process_lock(&lock);
-    std::thread other = Knock();
+    std::jthread other = Knock();
     while (!reached) {
         ASSERT_NE(process_cond_wait_time(&cond, &lock, -1), 0);
     }
@@ -124,7 +124,7 @@ TEST_F(ProcessLockTest, AWaitWithoutTheLockFails) {
 TEST_F(ProcessLockTest, AnUnlockByAThreadThatDoesNotHoldItChangesNothing) {
     process_lock(&lock);
     std::thread([this] { EXPECT_EQ(process_unlock(&lock), 0); }).join();
-    std::thread other = Knock();
+    std::jthread other = Knock();
     EXPECT_FALSE(reached);
     while (!reached) {
         ASSERT_NE(process_cond_wait_time(&cond, &lock, kSafetyMs), 0);
@@ -134,15 +134,14 @@ TEST_F(ProcessLockTest, AnUnlockByAThreadThatDoesNotHoldItChangesNothing) {
 }
 
 TEST_F(ProcessLockTest, AnAutolockHoldsItForItsLifetime) {
-    std::thread other;
     {
         const ProcessAutolock hold(&lock);
-        other = Knock();
-        EXPECT_FALSE(reached);
+        const std::jthread other = Knock();
+        while (!reached) {  // only the holder can wait
+            ASSERT_NE(process_cond_wait_time(&cond, &lock, kSafetyMs), 0);
+        }
     }
-    other.join();
-    EXPECT_TRUE(reached);
-    EXPECT_EQ(process_cond_wait_time(&cond, &lock, 0), 0);
+    EXPECT_EQ(process_cond_wait_time(&cond, &lock, kSafetyMs), 0) << "no longer the holder";
 }
 
 TEST_F(ProcessLockTest, TwoThreadsAddingUnderItLoseNothing) {

@@ -4,6 +4,7 @@
 
 #include <thread>
 
+#include "support/open_files.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -139,6 +140,27 @@ TEST(MediaProcessLog, ALoggerWhoseLockItsThreadStillHoldsCanBeDestroyed) {
     log.Init(PROCESS_LOG_DEBUG, "");
     log.WriteLog(PROCESS_LOG_DEBUG, "");
     log.WriteLog(PROCESS_LOG_ERROR, "");
+}
+
+TEST_F(MediaProcessLogTest, AnOpenFileWithoutInitIsNowhereToWrite) {
+    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
+    log.mInited = false;
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "m"), 4);
+    EXPECT_EQ(ReadFile(path), "");
+}
+
+TEST_F(MediaProcessLogTest, HoldsOneFileOpenAndNoneInTheEnd) {
+    const long before = OpenFileCount();
+    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
+    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
+    EXPECT_EQ(OpenFileCount(), before + 1);
+    log.Uninit();
+    EXPECT_EQ(OpenFileCount(), before);
+    {
+        MediaProcessLog other;
+        ASSERT_EQ(other.Init(PROCESS_LOG_DEBUG, path), 0);
+    }
+    EXPECT_EQ(OpenFileCount(), before);
 }
 
 }  // namespace

@@ -39,6 +39,20 @@ TEST(PRConsoleLogWriter, Type2PrintsTheTypeMessageAndLaterWritesReturnMinus1) {
     EXPECT_EQ(WriteTo(writer, 4, "p", "m"), -1);
 }
 
+TEST(PRConsoleLogWriter, ARefusedTypeOrNullBlockLeavesAStreamInUse) {
+    PRConsoleLogWriter writer(1);
+    PRConsoleLogParam param = {0};
+    ASSERT_EQ(writer.Init(&param), 0);
+    param.nType = 2;
+    CaptureStderr();
+    EXPECT_EQ(writer.Init(&param), -1);
+    EXPECT_EQ(writer.Init(nullptr), -1);
+    GetCapturedStderr();
+    CaptureStdout();
+    EXPECT_EQ(WriteTo(writer, 1, "p", "m"), 0);
+    EXPECT_EQ(GetCapturedStdout(), "p:m\n");
+}
+
 TEST(PRConsoleLogWriter, ANullBlockPrintsInitParamError) {
     PRConsoleLogWriter writer(1);
     CaptureStderr();
@@ -68,16 +82,6 @@ TEST(PRConsoleLogWriter, DestroyLeavesTheStreamInUse) {
     CaptureStdout();
     EXPECT_EQ(WriteTo(writer, 1, "p", "m"), 0);
     EXPECT_EQ(GetCapturedStdout(), "p:m\n");
-}
-
-TEST(PRConsoleLogWriter, NullTextsAndNoArgumentsPrintWhatThereIs) {
-    PRConsoleLogWriter writer(1);
-    PRConsoleLogParam param = {0};
-    writer.Init(&param);
-    CaptureStdout();
-    EXPECT_EQ(writer.WriteLog(1, nullptr, nullptr, nullptr), 0);
-    EXPECT_EQ(writer.WriteLog(1, "p", "100%", nullptr), 0);
-    EXPECT_EQ(GetCapturedStdout(), ":\np:100%\n");
 }
 
 }  // namespace

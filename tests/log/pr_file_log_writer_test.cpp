@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "fake_wall_clock.h"
+#include "support/open_files.h"
 #include "support/temp_dir.h"
 #include "variable_arguments.h"
 
@@ -195,6 +196,64 @@ TEST(PRFileLogWriter, HasAValueInEveryFieldBeforeInit) {
     EXPECT_EQ(writer.mPartNumber, 0U);
     EXPECT_EQ(writer.mStartTime, 0);
     EXPECT_EQ(WriteTo(writer, 4, "p", "m"), -1);
+}
+
+TEST_F(PRFileLogWriterTest, BothLimitsAt1FailToo) {
+    CaptureStderr();
+    EXPECT_EQ(Init(1, 1), -1);
+    EXPECT_EQ(GetCapturedStderr(), "InitParam error nPartionSize canot both > 0");
+    EXPECT_EQ(Init(1, 0), 0);
+    EXPECT_EQ(Init(0, 1), 0);
+}
+
+TEST_F(PRFileLogWriterTest, WithAPeriodAFileThatCouldNotBeOpenedIsTriedAgainAtEveryMessage) {
+    PRFileLogParam param = {dir.File("sub/log"), 0, 1};
+    CaptureStderr();
+    EXPECT_EQ(writer.Init(&param), -1);
+    EXPECT_EQ(WriteTo(writer, 2, "p", "lost"), -1);
+    const std::string line =
+        "could not open log file " + dir.File("sub/log_2024_03_07_09_05_02_041");
+    EXPECT_EQ(GetCapturedStderr(), line + line);
+    std::filesystem::create_directory(dir.File("sub"));
+    EXPECT_EQ(WriteTo(writer, 2, "p", "found"), 0);
+    EXPECT_EQ(Contents("sub/log_2024_03_07_09_05_02_041"), "p:found\n");
+}
+
+TEST_F(PRFileLogWriterTest, InitStartsTheCountsAnew) {
+    ASSERT_EQ(Init(10, 0), 0);
+    writer.mWrittenCount = 11;
+    EXPECT_EQ(WriteTo(writer, 2, "p", "m"), 0);
+    EXPECT_EQ(writer.mPartNumber, 1U);
+    ASSERT_EQ(Init(10, 0), 0);
+    EXPECT_EQ(writer.mWrittenCount, 0U);
+    EXPECT_EQ(writer.mPartNumber, 0U);
+    EXPECT_EQ(writer.mStartTime, TheWallClock().seconds);
+}
+
+TEST_F(PRFileLogWriterTest, HoldsOneFileOpenHoweverOftenItRotatesAndNoneInTheEnd) {
+    const long before = OpenFileCount();
+    ASSERT_EQ(Init(0, 1), 0);
+    TheWallClock().seconds += 2;
+    for (int i = 0; i < 20; ++i) {
+        TheWallClock().local.millisecond = i;
+        ASSERT_EQ(WriteTo(writer, 2, "p", "m"), 0);
+    }
+    ASSERT_EQ(Init(0, 0), 0);
+    EXPECT_EQ(OpenFileCount(), before + 1);
+    {
+        PRFileLogWriter other(1);
+        PRFileLogParam param = {dir.File("other"), 1, 0};
+        ASSERT_EQ(other.Init(&param), 0);
+    }
+    writer.Destroy();
+    EXPECT_EQ(OpenFileCount(), before);
+}
+
+TEST_F(PRFileLogWriterTest, TheFileCanBeReadBackThroughItsStream) {
+    ASSERT_EQ(Init(1, 0), 0);
+    WriteTo(writer, 2, "p", "m");
+    std::rewind(writer.mFile);
+    EXPECT_EQ(std::fgetc(writer.mFile), 'p') << "opened for both";
 }
 
 }  // namespace

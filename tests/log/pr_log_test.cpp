@@ -2,12 +2,15 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <thread>
 
 #include "fake_wall_clock.h"
 #include "log/pr_console_log_writer.h"
 #include "log/pr_file_log_writer.h"
+#include "support/open_files.h"
 #include "support/temp_dir.h"
+#include "support/virtual_slots.h"
 
 namespace {
 
@@ -30,7 +33,9 @@ protected:
 
 TEST_F(PRLogTest, AddLogOfKind2ReturnsMinus1AndPrintsNothing) {
     CaptureStderr();
+    CaptureStdout();
     EXPECT_EQ(log.AddLog(PROCESS_LOG_UNSUPPORTED, nullptr, 1), -1);
+    EXPECT_EQ(GetCapturedStdout(), "");
     EXPECT_EQ(GetCapturedStderr(), "");
 }
 
@@ -179,6 +184,90 @@ TEST_F(PRLogTest, MessagesOfTwoThreadsComeOutInWholeLines) {
     }
     EXPECT_EQ(next[0], 500);
     EXPECT_EQ(next[1], 500);
+}
+
+TEST_F(PRLogTest, WritersComeAndGoBesideMessages) {
+    std::jthread chatter([this] {
+        for (int i = 0; i < 500; ++i) {
+            log.Info("p", "%d", i);
+        }
+    });
+    for (int i = 0; i < 50; ++i) {
+        AddFile("a", 1);
+        AddFile("b", 1);
+        log.RemoveAllLog();
+    }
+    chatter.join();
+    EXPECT_EQ(log.mWriters.size(), 0U);
+}
+
+class CountingWriter : public PRLogWriter {
+public:
+    explicit CountingWriter(int& destroyed) : PRLogWriter(1), mDestroyed(destroyed) {}
+    int Init(void*) override { return 0; }
+    int WriteLog(int, const char*, const char*, char*) override { return 0; }
+    void Destroy() override { ++mDestroyed; }
+    int SetLevel(int level) override { return level * 10; }
+
+private:
+    int& mDestroyed;
+};
+
+TEST_F(PRLogTest, AWriterOfAnotherKindIsDestroyedAndItsStorageReleased) {
+    int destroyed = 0;
+    auto* writer = new CountingWriter(destroyed);
+    log.mWriters.push_back(writer);
+    EXPECT_EQ(log.SetLogLevel(writer->GetId(), 3), 30) << "the writer's own answer";
+    EXPECT_EQ(log.RemoveLog(writer->GetId()), 0);
+    EXPECT_EQ(destroyed, 1);
+}
+
+TEST_F(PRLogTest, RemovingWritersClosesTheirFiles) {
+    const long before = OpenFileCount();
+    const int id = AddFile("a", 1);
+    AddFile("b", 1);
+    EXPECT_EQ(log.RemoveLog(id), 0);
+    EXPECT_EQ(OpenFileCount(), before + 1);
+    log.RemoveAllLog();
+    EXPECT_EQ(OpenFileCount(), before);
+    {
+        PRLog other;
+        PRFileLogParam param = {dir.File("c"), 1, 0};
+        other.AddLog(PROCESS_LOG_FILE, &param, 1);
+    }
+    EXPECT_EQ(OpenFileCount(), before);
+}
+
+TEST(PRLogInterface, VirtualOperationsKeepTheirPlaces) {
+    // Two places for the destructor, then:
+    EXPECT_EQ(VirtualSlot(&PRLog::AddLog), 2U);
+    EXPECT_EQ(VirtualSlot(&PRLog::RemoveLog), 3U);
+    EXPECT_EQ(VirtualSlot(&PRLog::SetLogLevel), 4U);
+    EXPECT_EQ(VirtualSlot(&PRLog::RemoveAllLog), 5U);
+    EXPECT_EQ(VirtualSlot(&PRLog::Info), 6U);
+    EXPECT_EQ(VirtualSlot(&PRLog::Debug), 7U);
+    EXPECT_EQ(VirtualSlot(&PRLog::Warn), 8U);
+    EXPECT_EQ(VirtualSlot(&PRLog::Error), 9U);
+    EXPECT_EQ(VirtualSlot(&PRLogWriter::Init), 0U);
+    EXPECT_EQ(VirtualSlot(&PRLogWriter::WriteLog), 1U);
+    EXPECT_EQ(VirtualSlot(&PRLogWriter::Destroy), 2U);
+    EXPECT_EQ(VirtualSlot(&PRLogWriter::GetId), 3U);
+    EXPECT_EQ(VirtualSlot(&PRLogWriter::SetLevel), 4U);
+    EXPECT_EQ(VirtualSlot(&PRFileLogWriter::CheckPartion), 5U);
+}
+
+TEST(PRLogInterface, MembersKeepTheirOrder) {
+    PRFileLogWriter writer(1);
+    const auto place = [&writer](const void* member) {
+        return static_cast<const char*>(member) - reinterpret_cast<const char*>(&writer);
+    };
+    EXPECT_EQ(place(&writer.mLevel), 8);
+    EXPECT_EQ(place(&writer.mId), 12);
+    const std::vector<std::ptrdiff_t> places = {
+        place(&writer.mNamePrefix),      place(&writer.mFileName), place(&writer.nPartionSize),
+        place(&writer.mPartitionPeriod), place(&writer.mFile),     place(&writer.mWrittenCount),
+        place(&writer.mPartNumber),      place(&writer.mStartTime)};
+    EXPECT_TRUE(std::is_sorted(places.begin(), places.end()));
 }
 
 TEST(PRLogGlobals, TheLibraryHasOneDispatcherWithoutWritersAndLoggingIsOff) {

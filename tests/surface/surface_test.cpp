@@ -56,7 +56,9 @@ TEST(Surface, Log) {
     PR_LOG_ENABLE(false);
     EXPECT_EQ(pr_log->RemoveLog(id), 0);
     EXPECT_EQ(pr_log->RemoveAllLog(), 0);
-    EXPECT_EQ(int2str_pr(GeneratePRLogId()).empty(), false);
+    EXPECT_FALSE(int2str_pr(GeneratePRLogId()).empty());
+    EXPECT_EQ(pr_log->Find(id), pr_log->mWriters.end());
+    pr_log->ReleaseAll();
     EXPECT_EQ(GetPRFormatDate().size(), 23U);
     EXPECT_EQ(GetPRFormatDate2().size(), 23U);
 
@@ -66,6 +68,7 @@ TEST(Surface, Log) {
     writer.Destroy();
     MediaProcessLog log;
     log.SetLogLevel(PROCESS_LOG_DEBUG);
+    log.CloseFile();
     EXPECT_EQ(log.WriteLog(PROCESS_LOG_DEBUG, "m"), 4);
     EXPECT_TRUE(log.Uninit());
 }
