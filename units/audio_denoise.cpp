@@ -1,6 +1,7 @@
 #include "units/audio_denoise.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 #include <limits>
 
@@ -9,6 +10,8 @@
 #include "units/frame.h"
 
 namespace {
+
+constexpr int kFrameBufferSamples = static_cast<int>(kFrameSamples);
 
 template <typename Sample>
 void Deinterleave(const char* in, std::size_t frames, char* left, char* right) {
@@ -60,11 +63,12 @@ int AudioDenoise::Init(int sampleRate, int channels, SampleFmt fmt, int level) {
     return 0;
 }
 
-void AudioDenoise::StartChannel(Bytes& in, Bytes& out, std::unique_ptr<NSWrap>& ns, int level) {
-    in = std::make_unique<char[]>(FrameBufferSamples() * SampleBytes());
-    out = std::make_unique<char[]>(FrameBufferSamples() * SampleBytes());
+void AudioDenoise::StartChannel(Buffer& in, Buffer& out, std::unique_ptr<NSWrap>& ns, int level) {
+    in = std::make_unique<char[]>(Bytes(kFrameBufferSamples));
+    out = std::make_unique<char[]>(Bytes(kFrameBufferSamples));
     ns = std::make_unique<NSWrap>();
-    ns->Init(mSampleRate, mFmt, level);  // a refusal is left to show in the output
+    ns->Init(mSampleRate, static_cast<SampleFmt>(mFmt),
+             level);  // a refusal is left to show in the output
 }
 
 bool AudioDenoise::IsInited() {
@@ -100,8 +104,8 @@ int AudioDenoise::Process(const char* in, char* out, int& size) {
     }
     const int bytesPerStep = mBytesPerSample * mChannels;  // a sample of every channel
     const int samples = size / mChannels / mBytesPerSample;
-    if (samples > std::numeric_limits<int>::max() / bytesPerStep - mFrameLen) {
-        return 2;  // what comes back would be more than size can say
+    if ((std::int64_t{samples} + mBuffered) * bytesPerStep > std::numeric_limits<int>::max()) {
+        return 2;  // size could not say what comes back
     }
     size = 0;
     int consumed = 0;
@@ -117,49 +121,53 @@ int AudioDenoise::Process(const char* in, char* out, int& size) {
     return 0;
 }
 
-/// Appends samples of every channel to the input frames.
+/// Appends samples of every channel to the input frames. Above 32000 Hz 10 ms are more than a frame
+/// of the suppressor, which does not run there: what its buffers cannot hold is left out.
 void AudioDenoise::Gather(const char* in, int samples) {
     if (mChannels == 2) {
         SplitLR(const_cast<char*>(in), samples);
         return;
     }
-    std::memcpy(mInL.get() + static_cast<std::size_t>(mBuffered) * SampleBytes(), in,
-                static_cast<std::size_t>(samples) * SampleBytes());
+    const int fitting = std::min(samples, kFrameBufferSamples - mBuffered);
+    if (fitting > 0) {
+        std::memcpy(mInL.get() + Bytes(mBuffered), in, Bytes(fitting));
+    }
     mBuffered += samples;
 }
 
-/// Runs the gathered frame of every channel and writes it out. A suppressor that refuses leaves the
-/// processed frame as it was.
+/// Runs the gathered frame of every channel and writes 10 ms out. A suppressor that refuses leaves
+/// the processed frame as it was.
 void AudioDenoise::ProcessFrame(char* out) {
+    const int held = std::min(mFrameLen, kFrameBufferSamples);
     mNsL->Process(mInL.get(), mOutL.get());
     if (mChannels == 2) {
         mNsR->Process(mInR.get(), mOutR.get());
-        CombineLR(out, mFrameLen);
+        CombineLR(out, held);
     } else {
-        std::memcpy(out, mOutL.get(), static_cast<std::size_t>(mFrameLen) * SampleBytes());
+        std::memcpy(out, mOutL.get(), Bytes(held));
     }
+    std::memset(out + Bytes(held * mChannels), 0, Bytes((mFrameLen - held) * mChannels));
     mBuffered = 0;
 }
 
 int AudioDenoise::SplitLR(char* in, int frames) {
-    const int room = mInR ? static_cast<int>(FrameBufferSamples()) - mBuffered : 0;
-    const int fitting = std::min(frames, room);
+    const int counted = std::max(frames, 0);
+    const int fitting = mInR ? std::min(counted, kFrameBufferSamples - mBuffered) : 0;
     if (fitting > 0) {
-        const std::size_t position = static_cast<std::size_t>(mBuffered) * SampleBytes();
-        char* left = mInL.get() + position;
-        char* right = mInR.get() + position;
+        char* left = mInL.get() + Bytes(mBuffered);
+        char* right = mInR.get() + Bytes(mBuffered);
         if (IsS16(mFmt)) {
             Deinterleave<short>(in, static_cast<std::size_t>(fitting), left, right);
         } else if (IsFloat(mFmt)) {
             Deinterleave<float>(in, static_cast<std::size_t>(fitting), left, right);
         }
     }
-    mBuffered += frames;
+    mBuffered += counted;
     return 0;
 }
 
 int AudioDenoise::CombineLR(char* out, int frames) {
-    const int available = mOutR ? static_cast<int>(FrameBufferSamples()) : 0;
+    const int available = mOutR ? kFrameBufferSamples : 0;
     const auto fitting = static_cast<std::size_t>(std::clamp(frames, 0, available));
     if (IsS16(mFmt)) {
         Interleave<short>(mOutL.get(), mOutR.get(), fitting, out);
@@ -173,7 +181,7 @@ bool AudioDenoise::Reset() {
     if (!mNsL) {
         return true;
     }
-    const std::size_t bytes = FrameBufferSamples() * SampleBytes();
+    const std::size_t bytes = Bytes(kFrameBufferSamples);
     std::memset(mInL.get(), 0, bytes);
     std::memset(mOutL.get(), 0, bytes);
     mNsL->Reset();
@@ -188,7 +196,7 @@ bool AudioDenoise::Reset() {
 
 bool AudioDenoise::Clear() {
     mInited = false;
-    for (Bytes* buffer : {&mInL, &mInR, &mOutL, &mOutR}) {
+    for (Buffer* buffer : {&mInL, &mInR, &mOutL, &mOutR}) {
         buffer->reset();
     }
     mNsL.reset();
@@ -196,11 +204,6 @@ bool AudioDenoise::Clear() {
     return true;
 }
 
-std::size_t AudioDenoise::SampleBytes() const {
-    return static_cast<std::size_t>(mBytesPerSample);
-}
-
-/// A suppressor's frame; above 32000 Hz, where it runs at none, 10 ms all the same.
-std::size_t AudioDenoise::FrameBufferSamples() const {
-    return std::max(kFrameSamples, static_cast<std::size_t>(mFrameLen));
+std::size_t AudioDenoise::Bytes(int samples) const {
+    return static_cast<std::size_t>(samples) * static_cast<std::size_t>(mBytesPerSample);
 }

@@ -18,7 +18,9 @@
 ///
 /// Made for 32000 Hz. At 8000 and 16000 Hz each 320-sample frame of the suppressor holds 80 or 160
 /// fresh samples followed by zeros, and the gaps are heard in the output; any other rate is
-/// accepted and comes out as silence. Float samples lose what lies above 8 kHz (see NSWrap).
+/// accepted and comes out as silence, or below 100 Hz, where 10 ms hold no sample, not at all.
+/// Float samples lose what lies above 8 kHz, and NSWrap says what becomes of those that are out of
+/// any range.
 ///
 /// Result codes: 0 done, 2 bad argument, 3 unsupported or misaligned, 4 not initialised, 12 passed
 /// through unprocessed. One object serves one thread at a time.
@@ -47,11 +49,11 @@ public:
 
     /// [audio] Adds a block and returns the frames that are now complete: none, or up to one sample
     /// short of a frame more than the block. From three channels on, the block is copied.
-    /// @param in size bytes of interleaved samples at any address; bytes beyond the last whole
-    /// sample
-    ///        of every channel are ignored. Float samples that are not finite count as 0.
+    /// @param in size bytes of interleaved samples at any address. Bytes that do not make a whole
+    ///        sample of every channel are ignored. Float samples that are not finite count as 0.
     /// @param out room for size bytes and one frame of every channel; must not overlap `in`
-    /// @param size bytes, at least 1 and a multiple of the channels; on return (0) bytes written
+    /// @param size bytes, at least 1 and a multiple of the channels, and with what waits no more
+    ///        than an int can count; on return (0) bytes written
     /// @return 0, 2, 3, 4 or 12
     int Process(const char* in, char* out, int& size);
 
@@ -64,18 +66,17 @@ public:
     bool Clear();
 
 private:
-    using Bytes = std::unique_ptr<char[]>;
+    using Buffer = std::unique_ptr<char[]>;
 
     /// Appends `frames` stereo frames to the input frame buffers; what they cannot hold is dropped.
     int SplitLR(char* in, int frames);
     /// Interleaves the first `frames` samples of the processed frames.
     int CombineLR(char* out, int frames);
 
-    void StartChannel(Bytes& in, Bytes& out, std::unique_ptr<NSWrap>& ns, int level);
+    void StartChannel(Buffer& in, Buffer& out, std::unique_ptr<NSWrap>& ns, int level);
     void Gather(const char* in, int samples);
     void ProcessFrame(char* out);
-    std::size_t SampleBytes() const;
-    std::size_t FrameBufferSamples() const;
+    std::size_t Bytes(int samples) const;
 
     bool mInited = false;
     int mSampleRate = 0;
@@ -83,11 +84,11 @@ private:
     int mChannels = 0;
     int mBuffered = 0;  ///< samples per channel that wait in the input frame buffers
     int mFrameLen = 0;  ///< samples per channel of 10 ms
-    Bytes mInL;         ///< input frame
-    Bytes mInR;         ///< only for stereo, as all R
-    Bytes mOutL;        ///< processed frame
-    Bytes mOutR;
+    Buffer mInL;        ///< input frame
+    Buffer mInR;        ///< only for stereo, as all R
+    Buffer mOutL;       ///< processed frame
+    Buffer mOutR;
     std::unique_ptr<NSWrap> mNsL;
     std::unique_ptr<NSWrap> mNsR;
-    SampleFmt mFmt = SAMPLE_FMT_NONE;
+    int mFmt = SAMPLE_FMT_NONE;  ///< the SampleFmt given to Init
 };

@@ -1,11 +1,11 @@
 #include "units/audio_gain.h"
 
+#include <algorithm>
+
 #include "common/sample_format.h"
 #include "units/gain_curve.h"
 
 namespace {
-
-constexpr float kDefaultGain = 0.8F;
 
 /// The whole samples of a block of `size` bytes; none in a block that is not there.
 template <typename Sample>
@@ -39,10 +39,7 @@ bool AudioGain::Clear() {
 }
 
 bool AudioGain::SetGain(float g) {
-    mGain = 0.0F;  // also for NaN, which no comparison holds for
-    if (g > 0.0F) {
-        mGain = g > 1.0F ? 1.0F : g;
-    }
+    mGain = g >= 0.0F ? std::min(g, 1.0F) : 0.0F;  // no comparison holds for NaN
     return true;
 }
 

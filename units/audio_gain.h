@@ -17,10 +17,11 @@
 /// kind of samples. One object serves one thread at a time.
 class AUDIO_FILTER_API AudioGain {
 public:
+    /// [setup] Not initialised, with gain 0.8.
     AudioGain() = default;
 
-    /// [setup] Takes 16-bit (1, 6) or 32-bit float (3, 8) samples from now on and sets the gain to
-    /// 0.8.
+    /// [setup] Takes samples of a format from now on and sets the gain to 0.8.
+    /// @param fmt 16-bit (1, 6) or 32-bit float (3, 8)
     /// @return 0, or 3 for any other format: the unit is then not initialised
     int Init(SampleFmt fmt);
 
@@ -37,19 +38,23 @@ public:
     /// @return true
     bool SetGain(float g);
 
-    /// [audio] Maps a block in place, although it is declared const. Float samples come out in
-    /// -1..1, whatever they were (NaN as -1).
+    /// [audio] Maps a block in place, although it is declared const. At any gain but 0, float
+    /// samples come out in -1..1, whatever they were (NaN as -1).
     /// @param size bytes, at least 1; the bytes of an incomplete last sample stay as they are
     /// @return 0; 2 for a null buffer or a size below 1; 4 when not initialised
     int Process(const char* buf, int size);
 
     /// [audio] The same with the kind of samples named by the call, initialised or not. Nothing is
     /// checked; a null buffer or a size without a whole sample maps nothing.
+    /// @param size bytes, any number
     /// @param fmt SAMPLE_FMT_S16 or SAMPLE_FMT_FLT, also for planar samples
     /// @return 0, or 11 for any other kind, the planar ones included
     int Process(const char* buf, int size, SampleFmt fmt);
 
 private:
+    static constexpr float kDefaultGain = 0.8F;
+
+    /// The curve, over `size` bytes.
     int ProcessCore2(short* samples, int size);
     int ProcessCore2(float* samples, int size);
 
@@ -58,6 +63,6 @@ private:
     int ProcessCore(float* samples, int size);
 
     bool mInited = false;
-    float mGain = 0.8F;
+    float mGain = kDefaultGain;
     int mFmt = -1;  ///< 1 for 16-bit samples, 3 for float, -1 for none
 };

@@ -67,10 +67,13 @@ int AudioMixing::DoProcess(float* in, float* out, int& count, int srcNum) {
 
 template <typename Sample>
 int AudioMixing::Mix(Sample* in, Sample* out, int& count, int srcNum) {
+    if (srcNum < 1 || srcNum > kMaxSources) {
+        return 2;
+    }
     if (count % srcNum != 0) {
         return 3;
     }
-    count /= srcNum;
+    count = std::max(count / srcNum, 0);
     const auto length = static_cast<std::size_t>(count);
     const auto sources = static_cast<std::size_t>(srcNum);
     const PcmView<const Sample> input(in, length * sources);

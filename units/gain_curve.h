@@ -2,8 +2,9 @@
 
 #include "common/pcm_view.h"
 
-/// The arithmetic of AudioGain: memoryless curves, odd-symmetric, that lift quiet samples and
-/// compress loud ones. A gain lies in (0, 1]. Every curve maps the samples of a view in place.
+/// The arithmetic of AudioGain: memoryless curves that lift quiet samples and compress loud ones,
+/// odd-symmetric (at 16 bits up to the final shift, which rounds down). A gain lies in (0, 1].
+/// Every curve maps the samples of a view in place.
 
 /// Two slopes that meet at the knee, which is lifted to full scale minus the knee.
 struct GainCurveS16 {

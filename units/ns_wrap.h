@@ -12,11 +12,16 @@ class Suppressor;
 /// suppresses the noise of both and merges them again. 320 samples are 10 ms at 32000 Hz, for which
 /// the unit is made; at 8000 Hz the suppressor works on the first 80 of the 160 samples of a band.
 ///
-/// The output lags the input: by 96 samples of a band inside the suppressor, and by about five
-/// samples in the band filters.
+/// The output lags the input: by 96 samples of a band inside the suppressor (48 at 8000 Hz), and by
+/// about four samples in the band filters.
 ///
 /// Float samples come out without a high band: only in frames of digital silence, which the
-/// suppressor leaves early, does it pass (delayed). One object serves one thread at a time.
+/// suppressor leaves early, does it pass (delayed). A float sample that is not finite counts as 0.
+/// A finite one so large (from about 1e11 on) that the suppressor overflows makes a frame of
+/// silence in the low band and starts the suppressor anew: it would return nothing but NaN from
+/// then on.
+///
+/// One object serves one thread at a time.
 class AUDIO_FILTER_API NSWrap {
 public:
     NSWrap();
@@ -28,11 +33,12 @@ public:
     /// @param fmt SAMPLE_FMT_S16 or SAMPLE_FMT_FLT; planar formats are not translated
     /// @param level 0 mild .. 3 most aggressive
     /// @return false for anything else. A negative rate, no format or a level out of range changes
-    ///         nothing that an earlier Init has stored.
+    ///        nothing that an earlier Init has stored. Another rate is stored, and a stream of the
+    ///        same format that ran before goes on as it was.
     bool Init(int sampleRate, SampleFmt fmt, int level);
 
     /// [audio] One frame: 320 samples in, 320 out, in the format of Init, at any address; `in` may
-    /// be `out`. A float sample that is not finite counts as 0.
+    /// be `out`.
     /// @return 0; -1 without a good Init or for a null buffer: `out` is then untouched
     int Process(const char* in, char* out);
 
@@ -59,8 +65,8 @@ private:
     bool mInited = false;  ///< never set, never read
     int mSampleRate = 0;
     int mLevel = 0;
-    SampleFmt mFmt = SAMPLE_FMT_NONE;
-    Bytes mLowIn;  ///< band frames, 320 samples each
+    int mFmt = SAMPLE_FMT_NONE;  ///< the SampleFmt given to Init
+    Bytes mLowIn;                ///< band frames, 320 samples each
     Bytes mHighIn;
     Bytes mLowOut;
     Bytes mHighOut;
@@ -69,5 +75,5 @@ private:
     Bytes mSynthesisState1;
     Bytes mSynthesisState2;
     std::unique_ptr<Suppressor> mNs;
-    SampleFmt mBufferFmt = SAMPLE_FMT_NONE;  ///< what the buffers hold; none while there are none
+    int mBufferFmt = SAMPLE_FMT_NONE;  ///< what the buffers hold; none while there are none
 };

@@ -22,6 +22,7 @@
 /// time.
 class AUDIO_FILTER_API PhaseCheck {
 public:
+    /// [setup] Not initialised.
     PhaseCheck() = default;
 
     /// [setup] Starts anew.
@@ -39,12 +40,12 @@ public:
 
     /// [audio] Corrects the block if more than 0.7 of the frames that were not silent up to this
     /// call were opposed, and there were more than half a second of them; then counts this block's
-    /// frames. Statistics restart once twenty seconds' worth more frames left opposed than in
-    /// phase.
+    /// frames. The statistics restart once twenty seconds' worth more frames have left opposed than
+    /// in phase.
     /// @param samples count samples at any address: count / 2 frames
     /// @param count samples of both channels, even; a negative even count does nothing
     /// @return 0; -1 when not initialised, for an odd count, or for a null buffer that should hold
-    ///         samples: the block is then untouched
+    ///        samples: the block is then untouched
     int Check(short* samples, int count);
     int Check(float* samples, int count);
 
@@ -78,11 +79,12 @@ private:
     std::int32_t mMaxScore = 0;  ///< ceiling of mScore2
     std::int32_t mScore2 = 0;    ///< of Check2
     std::int32_t mScore = 0;     ///< of Check: frames that left opposed, net
-    float mInPhaseRate = 0.0F;  ///< of all frames, at the end of the last 16-bit Check; so the next
-    float mOpposedRate = 0.0F;
-    float mOpposedShare = 0.0F;  ///< of the frames not silent; above 0.7 the next Check corrects
-    float mSilenceRate = 0.0F;
-    std::uint64_t mTotal = 0;  ///< frames that Check has counted
+    float mInPhaseRate = 0.0F;   ///< share of all frames, as of the last 16-bit Check
+    float mOpposedRate = 0.0F;   ///< the same of opposed ones
+    float mOpposedShare =
+        0.0F;  ///< share of the frames not silent; above 0.7 the next Check corrects
+    float mSilenceRate = 0.0F;  ///< share of all frames, as of the last 16-bit Check
+    std::uint64_t mTotal = 0;   ///< frames that Check has counted
     std::uint64_t mInPhase = 0;
     std::uint64_t mOpposed = 0;
     std::uint64_t mSilence = 0;

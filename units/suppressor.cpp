@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 #include "units/frame.h"
 #include "units/webrtc_ns.h"
@@ -33,11 +34,11 @@ void Suppressor::Release::operator()(NsHandleT* handle) const {
 }
 
 std::unique_ptr<Suppressor> Suppressor::Create() {
-    NsHandleT* handle = WebRtcNs_Create();
-    return handle == nullptr ? nullptr : std::unique_ptr<Suppressor>(new Suppressor(handle));
+    Handle handle(WebRtcNs_Create());
+    return handle ? std::unique_ptr<Suppressor>(new Suppressor(std::move(handle))) : nullptr;
 }
 
-Suppressor::Suppressor(NsHandleT* handle) : mHandle(handle) {}
+Suppressor::Suppressor(Handle handle) : mHandle(std::move(handle)) {}
 
 Suppressor::~Suppressor() = default;
 

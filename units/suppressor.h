@@ -40,10 +40,12 @@ private:
         void operator()(NsHandleT* handle) const;
     };
 
-    explicit Suppressor(NsHandleT* handle);
+    using Handle = std::unique_ptr<NsHandleT, Release>;
+
+    explicit Suppressor(Handle handle);
     void Run(const float* low, const float* high, float* lowOut, float* highOut);
 
-    std::unique_ptr<NsHandleT, Release> mHandle;
+    Handle mHandle;
     int mSampleRate = 0;
     int mPolicy = 0;
     AnalysisWindow mWindow;

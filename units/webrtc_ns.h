@@ -4,8 +4,8 @@
 #include <cstdint>
 
 /// The C functions of the packaged WebRTC audio processing library (version 0.3) that this library
-/// calls. The package exports them and installs no header for them. Suppressor is their only
-/// caller.
+/// calls. The package exports them and installs no header for them. In the library only
+/// suppressor.cpp calls them.
 extern "C" {
 
 struct NsHandleT;

@@ -92,6 +92,8 @@ TEST(AudioDenoise, ThreeChannelsAreCopiedExactlyAndAnswer12) {
     EXPECT_EQ(denoise.Process(BytesOf(in), BytesOf(out), size), 12);
     EXPECT_EQ(size, 19);
     EXPECT_EQ(std::memcmp(in.data(), out.data(), 19), 0);
+    EXPECT_NE(denoise.mNsL, nullptr);
+    EXPECT_EQ(denoise.mInR, nullptr) << "only for stereo";
     denoise.Clear();
     EXPECT_EQ(denoise.Process(BytesOf(in), BytesOf(out), size), 12) << "also when not initialised";
 }
@@ -108,7 +110,7 @@ TEST(AudioDenoise, Config7OnStereoSetsLevel3OnBothChannelsAndIsTrue) {
     EXPECT_EQ(Process(configured, both), Process(third, both));
 }
 
-TEST(AudioDenoise, Config7OnMonoSetsTheLevelAndIsFalse) {
+TEST(AudioDenoise, Config7OnMonoSetsLevel3AndMinus9Level0AndBothAreFalse) {
     const std::vector<short> in = Speech<short>(kFrame * 100);
     AudioDenoise configured;
     configured.Init(32000, 1, SAMPLE_FMT_S16, 0);
@@ -117,10 +119,14 @@ TEST(AudioDenoise, Config7OnMonoSetsTheLevelAndIsFalse) {
     third.Init(32000, 1, SAMPLE_FMT_S16, 3);
     const std::vector<short> expected = Process(third, in);
     EXPECT_EQ(Process(configured, in), expected);
+    AudioDenoise lowered;
+    lowered.Init(32000, 1, SAMPLE_FMT_S16, 3);
+    EXPECT_FALSE(lowered.Config(-9));
     AudioDenoise mild;
-    mild.Init(32000, 1, SAMPLE_FMT_S16, 3);
-    EXPECT_FALSE(mild.Config(-9));
-    EXPECT_NE(Process(mild, in), expected);
+    mild.Init(32000, 1, SAMPLE_FMT_S16, 0);
+    const std::vector<short> mildest = Process(mild, in);
+    EXPECT_EQ(Process(lowered, in), mildest);
+    EXPECT_NE(mildest, expected);
 }
 
 TEST(AudioDenoise, ConfigBeforeInitAndAfterClearIsFalse) {
@@ -177,13 +183,11 @@ TEST(AudioDenoise, InitRefusesRatesAndChannelsBelow1AndOtherFormatsWith3) {
 TEST(AudioDenoise, ARefusedInitIsNotInitialisedButKeepsItsChannels) {
     AudioDenoise denoise;
     denoise.Init(32000, 1, SAMPLE_FMT_S16, 3);
-    EXPECT_EQ(denoise.Init(0, 2, SAMPLE_FMT_S16, 3), 3);
+    EXPECT_EQ(denoise.Init(0, 3, SAMPLE_FMT_S16, 3), 3);
     EXPECT_FALSE(denoise.IsInited());
-    short sample = 0;
-    int size = 2;
-    EXPECT_EQ(
-        denoise.Process(reinterpret_cast<char*>(&sample), reinterpret_cast<char*>(&sample), size),
-        4);
+    std::vector<char> bytes(3);
+    int size = 3;
+    EXPECT_EQ(denoise.Process(bytes.data(), bytes.data(), size), 4) << "12 with three channels";
 }
 
 TEST(AudioDenoise, ChecksComeInTheOrderNullSizeChannelsAlignmentInitialised) {
@@ -327,6 +331,26 @@ TEST(AudioDenoise, ARateThatTheSuppressorRefusesComesOutAsSilenceInWholeFrames) 
     }
 }
 
+TEST(AudioDenoise, ABlockWhoseFramesAnIntCannotCountIs2) {
+    AudioDenoise denoise;
+    denoise.Init(32000, 1, SAMPLE_FMT_S16, 3);
+    Process(denoise, std::vector<short>(319));
+    char byte = 0;
+    int size = INT32_MAX - 600;  // nothing is read
+    EXPECT_EQ(denoise.Process(&byte, &byte, size), 2);
+    EXPECT_EQ(size, INT32_MAX - 600);
+    EXPECT_EQ(denoise.mBuffered, 319);
+}
+
+TEST(AudioDenoise, TheHighestRateTakesNoMoreMemoryThanAnyOther) {
+    AudioDenoise denoise;
+    ASSERT_EQ(denoise.Init(INT32_MAX, 2, SAMPLE_FMT_FLT, 3), 0);
+    EXPECT_EQ(denoise.mFrameLen, 21474836);
+    EXPECT_EQ(Process(denoise, std::vector<float>(2000, 0.5F)).size(), 0U);
+    EXPECT_EQ(denoise.mBuffered, 1000);
+    EXPECT_TRUE(denoise.Reset());
+}
+
 TEST(AudioDenoise, ARateBelow100HzHasEmptyFramesAndReturnsNothing) {
     for (const int rate : {1, 50, 99}) {
         AudioDenoise denoise;
@@ -368,6 +392,12 @@ TEST(AudioDenoise, ResetDropsWhatWaitsAndSilencesTheFiltersButKeepsTheNoiseEstim
     const std::vector<char> silence(640);
     for (const auto* buffer : {&denoise.mInL, &denoise.mInR, &denoise.mOutL, &denoise.mOutR}) {
         EXPECT_EQ(std::memcmp(buffer->get(), silence.data(), 640), 0);
+    }
+    for (const NSWrap* ns : {denoise.mNsL.get(), denoise.mNsR.get()}) {
+        for (const auto* memory : {&ns->mAnalysisState1, &ns->mAnalysisState2,
+                                   &ns->mSynthesisState1, &ns->mSynthesisState2}) {
+            EXPECT_EQ(std::memcmp(memory->get(), silence.data(), 24), 0);
+        }
     }
     AudioDenoise fresh;
     fresh.Init(32000, 2, SAMPLE_FMT_S16, 3);
@@ -433,17 +463,33 @@ TEST(AudioDenoise, SplitLROfAnotherFormatCopiesNothingButStillCounts) {
     EXPECT_EQ(std::memcmp(denoise.mInL.get(), std::vector<char>(640).data(), 640), 0);
 }
 
+TEST(AudioDenoise, SplitLROfPlanarFormatsCopiesAllTheSame) {
+    for (const SampleFmt fmt : {SAMPLE_FMT_S16P, SAMPLE_FMT_FLTP}) {
+        AudioDenoise denoise;
+        denoise.Init(32000, 2, fmt, 3);
+        char frames[8] = {1, 2, 3, 4, 5, 6, 7, 8};
+        EXPECT_EQ(denoise.SplitLR(frames, 1), 0);
+        EXPECT_EQ(denoise.mInL[0], 1);
+        EXPECT_EQ(denoise.mInR[0], fmt == SAMPLE_FMT_S16P ? 3 : 5);
+    }
+}
+
 TEST(AudioDenoise, SplitLRStaysInsideTheFrameBuffersAndAnyBlockAfterItToo) {
     AudioDenoise denoise;
     denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
     std::vector<short> frames(2000, 1000);
-    EXPECT_EQ(denoise.SplitLR(BytesOf(frames), 1000), 0);
+    EXPECT_EQ(denoise.SplitLR(BytesOf(frames), 300), 0);
+    EXPECT_EQ(denoise.SplitLR(BytesOf(frames), 700), 0) << "20 of them fit";
     EXPECT_EQ(denoise.mBuffered, 1000);
     EXPECT_EQ(denoise.SplitLR(BytesOf(frames), 1), 0);
-    Process(denoise, std::vector<short>(100));
+    EXPECT_EQ(Process(denoise, std::vector<short>(100)).size(), 640U);
     EXPECT_LE(denoise.mBuffered, 320);
+    EXPECT_EQ(denoise.Reset(), true);
+    EXPECT_EQ(denoise.SplitLR(BytesOf(frames), -400), 0) << "none";
+    EXPECT_EQ(denoise.mBuffered, 0);
     AudioDenoise fresh;
     EXPECT_EQ(fresh.SplitLR(BytesOf(frames), 10), 0);
+    EXPECT_EQ(fresh.mBuffered, 10);
 }
 
 TEST(AudioDenoise, CombineLRInterleavesTheProcessedFrames) {
@@ -454,6 +500,10 @@ TEST(AudioDenoise, CombineLRInterleavesTheProcessedFrames) {
     float out[5] = {9, 9, 9, 9, 9};
     EXPECT_EQ(denoise.CombineLR(reinterpret_cast<char*>(out), 2), 0);
     EXPECT_EQ(std::vector<float>(out, out + 5), (std::vector<float>{0, 0, 0.5F, -0.5F, 9}));
+    std::vector<float> all(800, 9.0F);
+    EXPECT_EQ(denoise.CombineLR(BytesOf(all), 400), 0);
+    EXPECT_EQ(all[639], 0.0F);
+    EXPECT_EQ(all[640], 9.0F) << "a frame holds no more";
     AudioDenoise fresh;
     EXPECT_EQ(fresh.CombineLR(reinterpret_cast<char*>(out), 2), 0);
 }

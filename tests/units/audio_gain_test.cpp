@@ -24,7 +24,8 @@ std::vector<Sample> Processed(AudioGain& gain, std::vector<Sample> samples) {
 
 const std::vector<short> kSomeS16 = {0,     1,     -1,     100,   -100,  9830,
                                      -9830, 20000, -20000, 32767, -32768};
-const std::vector<float> kSomeFloat = {0.0F, -0.0F, 0.1F, -0.1F, 0.3F, 0.9F, -0.9F, 1.0F, -1.0F};
+const std::vector<float> kSomeFloat = {0.0F, -0.0F, 0.1F, -0.1F, 0.3F, 0.9F,
+                                       1.0F, -1.0F, 1.5F, -2.0F, NAN};
 
 TEST(AudioGain, ANewUnitHasGain0_8AndIsNotInitialised) {
     AudioGain gain;
@@ -81,6 +82,7 @@ TEST(AudioGain, SetGainClampsTo0To1AndTakesNaNAs0) {
     gain.SetGain(0.5F);
     EXPECT_EQ(stored(NAN), 0.0F);
     EXPECT_EQ(stored(1e-30F), 1e-30F);
+    EXPECT_TRUE(std::signbit(stored(-0.0F))) << "not below 0";
 }
 
 TEST(AudioGain, GainZeroAfterSetGainMinus5LeavesTheBufferBitIdentical) {
@@ -220,6 +222,13 @@ TEST(AudioGain, TheAlternativeCurveIsReachedThroughItsPrivateOperations) {
     EXPECT_EQ(gain.ProcessCore(&value, 2), 0);
     EXPECT_EQ(sample, 0.625F);
     EXPECT_EQ(value, 200);
+}
+
+TEST(AudioGain, TheSmallestGainStillClampsFloatSamples) {
+    AudioGain gain = Ready(SAMPLE_FMT_FLT);
+    gain.SetGain(1e-30F);
+    EXPECT_EQ(Processed(gain, std::vector<float>{1.5F, -2.0F, 0.25F}),
+              (std::vector<float>{1.0F, -1.0F, 0.25F}));
 }
 
 }  // namespace

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstddef>
 #include <memory>
+#include <new>
 #include <vector>
 
 #include "support/bytes.h"
@@ -143,6 +145,56 @@ TEST(AudioMixing, LessThanASampleIsNothingAndSucceeds) {
     EXPECT_EQ(mixed.code, 0);
     EXPECT_EQ(mixed.size, 0);
     EXPECT_EQ(mixed.out[0], 77.0F);
+    const auto s16 = Ready(SAMPLE_FMT_S16);
+    EXPECT_EQ(Mix(*s16, std::vector<short>(2, 5), 2, 1).code, 0);
+    EXPECT_EQ(Mix(*s16, std::vector<short>(2, 5), 2, 1).size, 0);
+}
+
+TEST(AudioMixing, SixteenSourcesAreMixed) {
+    const auto mixing = Ready(SAMPLE_FMT_S16);
+    EXPECT_EQ(Mix(*mixing, std::vector<short>(16, 1000), 16).out[0], 14000);
+    EXPECT_EQ(mixing->mScratch[15][0], 1000);
+}
+
+TEST(AudioMixing, SamplesBeyondABlockOf1920StartAgainAtTheFirstPlaceOfTheScratch) {
+    const auto mixing = Ready(SAMPLE_FMT_S16);
+    std::vector<short> in(2 * 1921, 5);
+    in[1920] = 7;
+    Mix(*mixing, in, 2);
+    EXPECT_EQ(mixing->mScratch[0][0], 7);
+    EXPECT_EQ(mixing->mScratch[0][1], 5);
+    EXPECT_EQ(mixing->mScratch[0][1919], 5);
+}
+
+TEST(AudioMixing, TheScratchOfANewUnitIsZero) {
+    std::vector<std::max_align_t> memory(sizeof(AudioMixing) / sizeof(std::max_align_t) + 1);
+    std::memset(memory.data(), 0x55, sizeof(AudioMixing));
+    const auto* mixing = new (memory.data()) AudioMixing;
+    for (const auto& row : mixing->mScratch) {
+        for (const short sample : row) {
+            ASSERT_EQ(sample, 0);
+        }
+    }
+}
+
+TEST(AudioMixing, APrivateMixOfNothingOrLessIs0SamplesAndOfNoOrTooManySourcesIs2) {
+    const auto mixing = Ready(SAMPLE_FMT_S16);
+    short s16[4] = {1, 2, 3, 4};
+    float flt[4] = {1, 2, 3, 4};
+    for (const int given : {0, -4, -2}) {
+        int count = given;
+        EXPECT_EQ(mixing->DoProcess(s16, s16, count, 2), 0) << given;
+        EXPECT_EQ(count, 0);
+        count = given;
+        EXPECT_EQ(mixing->DoProcess(flt, flt, count, 2), 0) << given;
+        EXPECT_EQ(count, 0);
+    }
+    for (const int sources : {0, -2, 17}) {
+        int count = 4;
+        EXPECT_EQ(mixing->DoProcess(s16, s16, count, sources), 2) << sources;
+        EXPECT_EQ(count, 4);
+    }
+    EXPECT_EQ(s16[0], 1);
 }
 
 TEST(AudioMixing, Float1WithASilentSecondSourceLeavesAs28671Of32767) {

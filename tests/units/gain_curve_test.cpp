@@ -77,6 +77,10 @@ TEST(GainCurveS16, GainOneHasKnee8192AndInnerSlope3071) {
     EXPECT_EQ(curve.innerSlope, 3071);
 }
 
+TEST(GainCurveS16, TheKneeIsComputedInSinglePrecision) {
+    EXPECT_EQ(MakeGainCurveS16(0x1.defefap-1F).knee, 8720);  // 8719 in double
+}
+
 TEST(GainCurveS16, TheDefaultGainMapsMinus1ToMinus3And1To2) {
     const std::vector<short> mapped = MappedS16(0.8F);
     EXPECT_EQ(mapped[32768 - 1], -3);
@@ -194,6 +198,60 @@ TEST(ThreeSlopeGain, InFloatShiftsByAThirdOfTheGain) {
     std::vector<float> samples = {0.125F, 0.25F, 0.375F, 0.75F, -0.375F, -0.75F, 3.0F, -3.0F};
     ApplyThreeSlopeGain(0.75F, PcmView<float>(samples.data(), samples.size()));
     EXPECT_EQ(samples, (std::vector<float>{0.25F, 0.5F, 0.625F, 0.875F, -0.625F, -0.875F, 1, -1}));
+}
+
+TEST(ThreeSlopeGain, At16BitsTheShiftIsComputedInSinglePrecision) {
+    std::vector<short> samples = {5000};
+    ApplyThreeSlopeGain(0x1.8006p-14F, PcmView<short>(samples.data(), 1));
+    EXPECT_EQ(samples[0], 5001);  // shift 1; in double it is 0
+}
+
+TEST(ThreeSlopeGain, FollowsThePlainModelAtUnevenGains) {
+    for (const float gain : {0.001F, 0.005F, 0.1F, 0.333F, 0.7F, 0.999F, 1.0F}) {
+        const volatile float product = gain * 10922.0F;
+        const int h = static_cast<int>(product);
+        std::vector<short> samples = AllSamples();
+        ApplyThreeSlopeGain(gain, PcmView<short>(samples.data(), samples.size()));
+        for (int x = -32768; x <= 32767; ++x) {
+            double y = 2.0 * x;
+            if (x > 32767 - 2 * h) {
+                y = std::trunc((x + 32767) / 2.0);
+            } else if (x < 2 * h - 32768) {
+                y = std::trunc((x - 32768) / 2.0);
+            } else if (std::abs(x) > h) {
+                y = x > 0 ? x + h : x - h;
+            }
+            y = std::min(32767.0, std::max(-32768.0, y));
+            ASSERT_EQ(samples[static_cast<std::size_t>(x + 32768)], y) << gain << " at " << x;
+        }
+
+        const auto third = static_cast<float>(static_cast<double>(gain) * 0.3333333333333333);
+        const volatile float edge = 2.0F * third;
+        const volatile float upper = 1.0F - edge;
+        const volatile float lower = edge - 1.0F;
+        const std::vector<float> ramp = Ramp();
+        std::vector<float> floats = ramp;
+        floats.insert(floats.end(), {upper, lower, third, -third});
+        const std::vector<float> in = floats;
+        ApplyThreeSlopeGain(gain, PcmView<float>(floats.data(), floats.size()));
+        for (std::size_t i = 0; i < in.size(); ++i) {
+            const float x = in[i];
+            volatile float y = 2.0F * x;
+            if (x > upper) {
+                y = x + 1.0F;
+                y = y * 0.5F;
+            } else if (x < lower) {
+                y = x - 1.0F;
+                y = y * 0.5F;
+            } else if (x > third) {
+                y = x + third;
+            } else if (x < -third) {
+                y = x - third;
+            }
+            const float bounded = y > 1.0F ? 1.0F : y < -1.0F ? -1.0F : y;
+            ASSERT_EQ(floats[i], bounded) << gain << " at " << x;
+        }
+    }
 }
 
 }  // namespace

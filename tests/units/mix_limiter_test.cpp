@@ -89,8 +89,9 @@ TEST(MixerSamples, WhatIsNotFiniteOrNot32BitsWideEntersAs0) {
     EXPECT_EQ(ToMixerSample(65540.0F), 0);
     EXPECT_EQ(ToMixerSample(-65540.0F), 0);
     EXPECT_EQ(ToMixerSample(3e38F), 0);
-    // The last float whose product still fits, and its low 16 bits.
-    EXPECT_EQ(ToMixerSample(65537.0F), static_cast<short>(static_cast<int>(65537.0F * 32767.0F)));
+    // The last float whose product still fits, 2147483392, and its low 16 bits.
+    EXPECT_EQ(ToMixerSample(65537.9921875F), -256);
+    EXPECT_EQ(ToMixerSample(-65537.9921875F), 256);
 }
 
 TEST(MixerSamples, AFloatLeavesAsAFractionOf32767AndStaysBelowFullScale) {
@@ -102,6 +103,19 @@ TEST(MixerSamples, AFloatLeavesAsAFractionOf32767AndStaysBelowFullScale) {
 TEST(MixerSamples, A16BitSampleEntersAndLeavesAsItIs) {
     EXPECT_EQ(ToMixerSample(static_cast<short>(-32768)), -32768);
     EXPECT_EQ(FromMixerSample<short>(-123), -123);
+}
+
+TEST(MixerSamples, TheScalingIsDoneInSinglePrecision) {
+    // 32766 / 32767 as a float lies below the quotient: only its rounded product is whole again.
+    int different = 0;
+    for (int n = -32767; n <= 32767; ++n) {
+        const float x = static_cast<float>(n) / 32767.0F;
+        const volatile float product = x * 32767.0F;
+        ASSERT_EQ(ToMixerSample(x), static_cast<short>(product)) << n;
+        different +=
+            ToMixerSample(x) != static_cast<short>(static_cast<double>(x) * 32767.0) ? 1 : 0;
+    }
+    EXPECT_GT(different, 1000);
 }
 
 }  // namespace

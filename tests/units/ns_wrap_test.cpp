@@ -5,6 +5,7 @@
 #include <cmath>
 #include <vector>
 
+#include "support/bare_float_suppressor.h"
 #include "support/bare_suppressor.h"
 #include "support/bytes.h"
 #include "support/seed.h"
@@ -115,6 +116,7 @@ TEST(NSWrap, SetLevelTakes0To3AndActsOnTheSuppressorOnly) {
     for (int level = -2; level < 7; ++level) {
         EXPECT_EQ(wrap.setLevel(level), level >= 0 && level <= 3) << level;
     }
+    EXPECT_EQ(wrap.mLevel, 3) << "as Init was given it";
     const std::vector<short> in = Speech<short>(60);
     BareSuppressor bare(32000, 3);
     wrap.Init(32000, SAMPLE_FMT_S16, 3);
@@ -308,6 +310,61 @@ TEST(NSWrap, AFrameOfTheLargestFiniteSamplesIsForgottenWithinASecond) {
     for (std::size_t i = 320 * 102; i < out.size(); ++i) {
         ASSERT_LE(std::abs(out[i]), 1.0F) << i;
     }
+}
+
+/// Speech that dies away into nothing and comes back, with vanishing values between: most frames go
+/// the ordinary way, many are left early.
+std::vector<float> SpeechAndSilence() {
+    std::mt19937 random = SeededRandom();
+    std::vector<float> signal = NoisySpeech(random, 320 * 400, 32000.0);
+    for (std::size_t i = 0; i < signal.size(); ++i) {
+        const std::size_t frame = i / 320;
+        if (frame % 40 >= 15) {
+            signal[i] = 0.0F;
+        }
+        if (frame % 40 >= 25 && frame % 40 < 35) {  // around the value whose square vanishes
+            signal[i] = std::ldexp(std::uniform_real_distribution<float>(-1.0F, 1.0F)(random), -89);
+        }
+    }
+    return signal;
+}
+
+TEST(NSWrap, FloatFramesAreTheFloatChainDrivenByHandAtEveryRateThroughSpeechAndSilence) {
+    const std::vector<float> in = SpeechAndSilence();
+    for (const int rate : {8000, 16000, 32000}) {
+        NSWrap wrap;
+        wrap.Init(rate, SAMPLE_FMT_FLT, 2);
+        BareFloatSuppressor bare(rate, 2);
+        int early = 0;
+        int earlyAfterOrdinary = 0;
+        bool wasEarly = false;
+        for (std::size_t at = 0; at < in.size(); at += 320) {
+            std::vector<float> out(320);
+            std::vector<float> expected(320);
+            ASSERT_EQ(wrap.Process(BytesOf(in) + at * 4, BytesOf(out)), 0);
+            bare.Process(in.data() + at, expected.data());
+            ASSERT_TRUE(SameBits(out, expected)) << rate << " Hz, frame " << at / 320;
+            early += bare.leftEarly ? 1 : 0;
+            earlyAfterOrdinary += bare.leftEarly && !wasEarly ? 1 : 0;
+            wasEarly = bare.leftEarly;
+        }
+        EXPECT_GT(early, 10) << rate;
+        EXPECT_GT(earlyAfterOrdinary, 3) << rate;
+        EXPECT_LT(early, 300) << rate;
+    }
+}
+
+TEST(NSWrap, ARateThatIsRefusedAfterAGoodInitIsStoredAndTheStreamGoesOnAsItWas) {
+    const std::vector<short> in = Speech<short>(20);
+    NSWrap wrap;
+    NSWrap twin;
+    wrap.Init(32000, SAMPLE_FMT_S16, 3);
+    twin.Init(32000, SAMPLE_FMT_S16, 3);
+    EXPECT_EQ(ProcessFrames(wrap, in), ProcessFrames(twin, in));
+    EXPECT_FALSE(wrap.Init(44100, SAMPLE_FMT_S16, 0));
+    EXPECT_EQ(wrap.mSampleRate, 44100);
+    EXPECT_EQ(wrap.mLevel, 0);
+    EXPECT_EQ(ProcessFrames(wrap, in), ProcessFrames(twin, in));
 }
 
 }  // namespace

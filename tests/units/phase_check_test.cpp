@@ -73,10 +73,7 @@ TEST(PhaseCheck, SixteenBitFrame492Minus491IsOpposedForCheckAndScores1InCheck2) 
 
 TEST(PhaseCheck, FloatFrame0_016And0IsOpposedForCheckAndScoresNothingInCheck2) {
     PhaseCheck check = Ready();
-    // 0.016 as a float lies below the double 0.016, so the bound itself is the next float.
-    const float bound = std::nextafter(0.016F, 1.0F);
-    ASSERT_GE(static_cast<double>(bound), 0.016);
-    std::vector<float> frame = {bound, 0.0F};
+    std::vector<float> frame = {0.016F, 0.0F};
     Check(check, frame);
     EXPECT_EQ(check.mOpposed, 1U);
     EXPECT_EQ(check.mSilence, 0U);
@@ -86,9 +83,9 @@ TEST(PhaseCheck, FloatFrame0_016And0IsOpposedForCheckAndScoresNothingInCheck2) {
 
 TEST(PhaseCheck, AFrameWithOneChannelAtZeroIsOpposedForCheckAndNothingForCheck2) {
     PhaseCheck check = Ready();
-    std::vector<short> frames = {20000, 0, 0, -20000};
+    std::vector<short> frames = {20000, 0, 0, -20000, -20000, 0, 0, 20000};
     Check(check, frames);
-    EXPECT_EQ(check.mOpposed, 2U);
+    EXPECT_EQ(check.mOpposed, 4U);
     Check2(check, frames);
     EXPECT_EQ(check.mScore2, 0);
 }
@@ -176,17 +173,35 @@ TEST(PhaseCheck, ANullBufferThatShouldHoldSamplesIsMinus1) {
 
 TEST(PhaseCheck, NegativeEvenCountsDoNothing) {
     PhaseCheck check = Ready();
-    std::vector<short> opposed = Stereo<short>(30000, 10000, -10000);
-    Check(check, opposed);
-    PhaseCheck before = check;
-    short sample = 1000;
+    check.mScore2 = check.mMaxScore;
+    short s16 = 1000;
+    float flt = 0.5F;
     for (const int count : {-2, -1000, INT32_MIN}) {
-        EXPECT_EQ(check.Check(&sample, count), 0);
-        EXPECT_EQ(check.Check2(&sample, count), 0);
+        EXPECT_EQ(check.Check(&s16, count), 0);
+        EXPECT_EQ(check.Check2(&s16, count), 0);
+        EXPECT_EQ(check.Check(&flt, count), 0);
+        EXPECT_EQ(check.Check2(&flt, count), 0);
     }
-    EXPECT_EQ(sample, 1000);
-    EXPECT_EQ(check.mOpposedShare, before.mOpposedShare);
-    EXPECT_EQ(check.mTotal, before.mTotal);
+    EXPECT_EQ(s16, 1000);
+    EXPECT_EQ(check.mInPhaseRate, 0.0F) << "no rate of no frames";
+    EXPECT_FALSE(check.mInvert) << "no decision either";
+    EXPECT_EQ(check.mTotal, 0U);
+}
+
+TEST(PhaseCheck, ANewUnitHasAValueInEveryField) {
+    PhaseCheck check;
+    EXPECT_FALSE(check.IsInited());
+    EXPECT_FALSE(check.mPlanar);
+    EXPECT_FALSE(check.mInvert);
+    EXPECT_EQ(check.mSampleRate, 0);
+    EXPECT_EQ(check.mMaxScore, 0);
+    EXPECT_EQ(check.mScore2, 0);
+    EXPECT_EQ(check.mScore, 0);
+    EXPECT_EQ(check.mInPhaseRate, 0.0F);
+    EXPECT_EQ(check.mOpposedRate, 0.0F);
+    EXPECT_EQ(check.mOpposedShare, 0.0F);
+    EXPECT_EQ(check.mSilenceRate, 0.0F);
+    EXPECT_EQ(check.mTotal + check.mInPhase + check.mOpposed + check.mSilence, 0U);
 }
 
 TEST(PhaseCheck, CountZeroOnAFreshUnitStoresTheIeeeResultsOf0Over0InThe16BitRates) {
@@ -316,6 +331,8 @@ TEST(PhaseCheck, RatesOf16BitSamplesAreRenewedAndThoseOfFloatSamplesAreNot) {
     EXPECT_EQ(check.mOpposedRate, 0.25F);
     EXPECT_EQ(check.mSilenceRate, 0.5F);
     EXPECT_EQ(check.GetInPhaseRatio(), 5.0F / 8.0F);
+    EXPECT_EQ(check.GetOpposedPhaseRatio(), 1.0F / 8.0F);
+    EXPECT_EQ(check.GetSilenceRatio(), 2.0F / 8.0F);
 }
 
 TEST(PhaseCheck, The16BitShareComesFromRoundedRatesAndTheFloatShareFromTheCounts) {

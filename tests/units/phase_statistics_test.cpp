@@ -9,13 +9,16 @@ namespace {
 
 TEST(PhaseStatistics, FloatSilenceIsStrictInDoublePrecision) {
     const auto silent = [](float left, float right) { return IsSilent(left, right); };
-    const float below = 0.016F;
-    EXPECT_EQ(silent(below, 0.0F), static_cast<double>(below) < 0.016);
-    EXPECT_EQ(silent(-below, below), static_cast<double>(below) < 0.016);
-    EXPECT_FALSE(silent(std::nextafter(below, 1.0F), 0.0F));
-    EXPECT_FALSE(silent(0.0F, std::nextafter(-below, -1.0F)));
-    EXPECT_TRUE(silent(0.0159F, -0.0159F));
+    // 0.016 as a float lies above the double 0.016.
+    EXPECT_FALSE(silent(0.016F, 0.0F));
+    EXPECT_FALSE(silent(-0.016F, 0.0F));
+    EXPECT_FALSE(silent(0.0F, 0.016F));
+    EXPECT_FALSE(silent(0.0F, -0.016F));
+    const float below = std::nextafter(0.016F, 0.0F);
+    EXPECT_TRUE(silent(below, below));
+    EXPECT_TRUE(silent(-below, -below));
     EXPECT_FALSE(silent(NAN, 0.0F));
+    EXPECT_FALSE(silent(0.0F, NAN));
 }
 
 TEST(PhaseStatistics, SixteenBitSilenceIncludes491InBothChannels) {
@@ -29,6 +32,8 @@ TEST(PhaseStatistics, SixteenBitSilenceIncludes491InBothChannels) {
     EXPECT_FALSE(silent(0, 492));
     EXPECT_FALSE(silent(0, -492));
     EXPECT_FALSE(silent(-32768, 0));
+    EXPECT_FALSE(silent(491, 492));
+    EXPECT_FALSE(silent(-491, -492));
 }
 
 TEST(PhaseStatistics, EqualSignsAreInPhaseOppositeOnesOpposedAndAZeroIsNeither) {
@@ -36,10 +41,16 @@ TEST(PhaseStatistics, EqualSignsAreInPhaseOppositeOnesOpposedAndAZeroIsNeither) 
     EXPECT_TRUE(IsInPhase<short>(-500, -1));
     EXPECT_FALSE(IsInPhase<short>(500, -1));
     EXPECT_FALSE(IsInPhase<short>(500, 0));
+    EXPECT_FALSE(IsInPhase<short>(0, 500));
+    EXPECT_FALSE(IsInPhase<short>(-500, 0));
+    EXPECT_FALSE(IsInPhase<short>(0, -500));
     EXPECT_TRUE(IsOpposed<float>(0.5F, -0.1F));
     EXPECT_TRUE(IsOpposed<float>(-0.5F, 0.1F));
     EXPECT_FALSE(IsOpposed<float>(0.5F, 0.1F));
     EXPECT_FALSE(IsOpposed<float>(0.0F, 0.1F));
+    EXPECT_FALSE(IsOpposed<float>(0.0F, -0.1F));
+    EXPECT_FALSE(IsOpposed<float>(0.1F, 0.0F));
+    EXPECT_FALSE(IsOpposed<float>(-0.1F, 0.0F));
 }
 
 TEST(PhaseStatistics, EveryFrameOfAPlanarBlockIsVisitedOnceWithItsValuesBeforeNegation) {

@@ -1,0 +1,80 @@
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "units/float_bands.h"
+#include "units/webrtc_ns.h"
+
+/// The float chain on frames of 320 samples, driven by hand: float band split, the package's
+/// suppressor on 32768 times the bands, float band merge. Whether a frame is left early is asked of
+/// a shadow: a second suppressor with the same low band and a constant high band, which comes back
+/// untouched only from an early exit.
+class BareFloatSuppressor {
+public:
+    BareFloatSuppressor(int rate, int policy)
+        : mFresh(rate == 8000 ? 80 : 160), mNs(Start(rate, policy)), mShadow(Start(rate, policy)) {
+        mConstant.fill(1000.0F);
+    }
+    ~BareFloatSuppressor() {
+        WebRtcNs_Free(mNs);
+        WebRtcNs_Free(mShadow);
+    }
+    BareFloatSuppressor(const BareFloatSuppressor&) = delete;
+    BareFloatSuppressor& operator=(const BareFloatSuppressor&) = delete;
+
+    void Process(const float* frame, float* out) {
+        Band low;
+        Band high;
+        SplitBands(frame, low.data(), high.data(), mMemory[0].data(), mMemory[1].data());
+        for (std::size_t i = 0; i < low.size(); ++i) {
+            low[i] *= 32768.0F;
+            high[i] *= 32768.0F;
+        }
+        Band lowOut = {};
+        Band highOut = {};
+        Band ignored = {};
+        Band shadowOut = {};
+        Run(mNs, low, high, lowOut, highOut);
+        Run(mShadow, low, mConstant, ignored, shadowOut);
+        // The first frame still has the silence of before in its delay line.
+        const std::size_t settled = mFirst ? mFresh * 3 / 5 : 0;
+        leftEarly = std::all_of(shadowOut.begin() + static_cast<std::ptrdiff_t>(settled),
+                                shadowOut.begin() + static_cast<std::ptrdiff_t>(mFresh),
+                                [](float sample) { return sample == 1000.0F; });
+        mFirst = false;
+        for (std::size_t i = 0; i < low.size(); ++i) {
+            lowOut[i] /= 32768.0F;
+            highOut[i] = leftEarly ? highOut[i] / 32768.0F : 0.0F;
+        }
+        MergeBands(lowOut.data(), highOut.data(), out, mMemory[2].data(), mMemory[3].data());
+    }
+
+    bool leftEarly = false;  ///< whether the suppressor left the latest frame early
+
+private:
+    using Band = std::array<float, 160>;
+
+    static NsHandleT* Start(int rate, int policy) {
+        NsHandleT* ns = WebRtcNs_Create();
+        WebRtcNs_Init(ns, static_cast<std::uint32_t>(rate));
+        WebRtcNs_set_policy(ns, policy);
+        return ns;
+    }
+
+    static void Run(NsHandleT* ns, const Band& low, const Band& high, Band& lowOut, Band& highOut) {
+        const float* const in[2] = {low.data(), high.data()};
+        float* const out[2] = {lowOut.data(), highOut.data()};
+        WebRtcNs_Analyze(ns, low.data());
+        WebRtcNs_Process(ns, in, 2, out);
+    }
+
+    std::size_t mFresh;
+    NsHandleT* mNs;
+    NsHandleT* mShadow;
+    Band mConstant = {};
+    bool mFirst = true;
+    std::array<std::array<double, 6>, 4> mMemory = {};
+};
