@@ -10,8 +10,12 @@ include(CheckLibraryExists)
 find_library(WebRtcAudioProcessing_LIBRARY NAMES webrtc_audio_processing)
 mark_as_advanced(WebRtcAudioProcessing_LIBRARY)
 
-# Later versions of the package no longer carry this interface.
+# Later versions of the package no longer carry this interface. A failure is not remembered: the next
+# library may be the right one.
 if(WebRtcAudioProcessing_LIBRARY)
+  if(NOT WebRtcAudioProcessing_HAS_SUPPRESSOR)
+    unset(WebRtcAudioProcessing_HAS_SUPPRESSOR CACHE)
+  endif()
   check_library_exists("${WebRtcAudioProcessing_LIBRARY}" WebRtcNs_Analyze ""
                        WebRtcAudioProcessing_HAS_SUPPRESSOR)
 endif()
