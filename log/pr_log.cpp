@@ -20,7 +20,7 @@ template <typename Writer>
 bool DestroyAs(PRLogWriter* writer) {
     auto* own = dynamic_cast<Writer*>(writer);
     if (own != nullptr) {
-        std::destroy_at(own);
+        own->Writer::~Writer();
     }
     return own != nullptr;
 }

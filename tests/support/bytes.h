@@ -22,5 +22,6 @@ int ByteCount(const std::vector<Sample>& samples) {
 /// Equal to the bit: tells -0 from 0 and one NaN from another.
 template <typename Sample>
 bool SameBits(const std::vector<Sample>& a, const std::vector<Sample>& b) {
-    return a.size() == b.size() && std::memcmp(a.data(), b.data(), a.size() * sizeof(Sample)) == 0;
+    return a.size() == b.size() &&
+           (a.empty() || std::memcmp(a.data(), b.data(), a.size() * sizeof(Sample)) == 0);
 }
