@@ -2,7 +2,8 @@
 
 #include "common/media_process.h"
 
-/// Questions that a sample format is asked. Any number may be passed for one: a SampleFmt may hold it.
+/// Questions that a sample format is asked. Any number may be passed for one: a SampleFmt may hold
+/// it.
 
 /// Bytes of one sample; 0 for anything that is not a format.
 constexpr int SampleByteSize(int fmt) {

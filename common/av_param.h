@@ -1,0 +1,143 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "common/export.h"
+#include "common/media_process.h"
+
+/// The parameter records that travel through the engine beside its media. Of all of this the audio
+/// library reads and writes the audio format of AVParam alone; it carries the rest as it is.
+///
+/// Plain values: copies are deep, and every member has a value from construction on.
+/// [any] for a record of one's own.
+
+/// A virtual background.
+struct AUDIO_FILTER_API VBGParams {
+    VBGParams();
+    VBGParams(const VBGParams& other);
+    VBGParams& operator=(const VBGParams& other);
+    ~VBGParams();
+
+    std::int32_t mode = -1;
+    std::int32_t backgroundKind = 0;
+    std::string modelPath;
+    std::string backgroundPath;
+    bool enabled = false;
+    bool keepAspect = true;
+    bool mirrored = false;
+    std::int32_t quality = 6;
+    std::int32_t strength = 5;
+    std::int32_t width = 640;
+    std::int32_t height = 480;
+    std::int32_t frameRate = 15;
+    std::int32_t rotation = 0;
+    std::int16_t offsetX = 0;
+    std::int16_t offsetY = 0;
+    std::int32_t blur = 0;
+    std::int32_t pixelFormat = 14;
+    std::string colour;
+    std::int32_t cropWidth = 640;
+    std::int32_t cropHeight = 480;
+    std::int32_t cropX = 0;
+    std::int32_t cropY = 0;
+    std::string resourcePath;
+    std::string shaderPath;
+    std::string maskPath;
+    std::string licencePath;
+    std::string licenceKey;
+    std::string device;
+    std::string cachePath;
+    std::string logPath;
+    std::int32_t threads = 4;
+};
+
+/// Recognition and translation.
+struct AUDIO_FILTER_API AIPar {
+    AIPar();
+    AIPar(const AIPar& other);
+    AIPar& operator=(const AIPar& other);
+    ~AIPar();
+
+    std::int32_t service = 6;
+    std::int32_t task = -1;
+    std::int32_t model = 0;
+    std::int32_t partialResults = 0;
+    std::int32_t punctuation = 0;
+    std::vector<LANGUAGE_TYPE> sourceLanguages;
+    std::vector<LANGUAGE_TYPE> targetLanguages;
+    std::int64_t startTime = 0;
+    std::string recognizedText;
+    std::int64_t endTime = 0;
+    std::string translatedText;
+    std::int64_t sentence = 0;
+    std::string server;
+    std::string user;
+    std::string key;
+    std::string secret;
+    std::string session;
+};
+
+/// Where the engine's beauty filter finds what it needs.
+struct AUDIO_FILTER_API BeautyInitParams {
+    BeautyInitParams();
+    BeautyInitParams(const BeautyInitParams& other);
+    BeautyInitParams& operator=(const BeautyInitParams& other);
+    ~BeautyInitParams();
+
+    std::string resourcePath;
+    std::string modelPath;
+    std::string licencePath;
+};
+
+/// Bytes of the engine's own that are attached to a buffer.
+struct AUDIO_FILTER_API ProcessUsrData {
+    ProcessUsrData();
+    /// A copy of a record without bytes is a default record.
+    ProcessUsrData(const ProcessUsrData& other);
+    /// Keeps the block if the sizes are equal. From a record without bytes: none, size -1.
+    ProcessUsrData& operator=(const ProcessUsrData& other);
+    ~ProcessUsrData();
+
+    std::int32_t size = -1;  ///< bytes; -1 for none
+    char* data = nullptr;    ///< made by new[]; the record deletes it
+
+private:
+    bool HasBytes() const { return data != nullptr && size > 0; }
+};
+
+/// What a media buffer is.
+struct AUDIO_FILTER_API AVParam {
+    AVParam();
+    AVParam(const AVParam& other);
+    AVParam& operator=(const AVParam& other);
+    ~AVParam();
+
+    std::int32_t streamIndex = -1;
+    std::int32_t mediaType = 4;
+    std::string streamName;
+    std::int32_t videoWidth = -1;
+    std::int32_t videoHeight = -1;
+    std::int32_t videoFrameRate = -1;
+    std::int32_t videoPixelFmt = 13;
+    VBGParams virtualBackground;
+    std::int32_t videoRotation = 0;
+    std::int32_t videoQuality = 3;
+    std::string imageWatermark;
+    std::string textWatermark;
+    std::int32_t audioSampleRate = -1;  ///< Hz
+    std::int32_t audioChannels = -1;
+    std::int32_t audioSampleFmt = -1;  ///< a SampleFmt
+    std::int32_t audioFrameSize = -1;
+    std::int32_t audioBitRate = -1;
+    std::int32_t audioCodec = -1;
+    std::int32_t audioFlags = 0;
+    AIPar recognition;
+    std::int64_t pts = 0;
+    std::int64_t dts = 0;
+    std::int64_t duration = 0;
+    std::int64_t captureTime = 0;
+    std::int64_t sendTime = 0;
+    std::int64_t serial = 0;
+};
