@@ -1,0 +1,181 @@
+// The steps of the analysis under their exported names: plain arrays around the functions of
+// framing.h, spectrum.h, features.h and vote.h.
+
+#include <algorithm>
+#include <array>
+#include <memory>
+#include <new>
+
+#include "classifier/audio_classifier.h"
+#include "classifier/features.h"
+#include "classifier/framing.h"
+#include "classifier/spectrum.h"
+#include "classifier/vote.h"
+#include "common/pcm_view.h"
+#include "common/sample_format.h"
+
+namespace {
+
+template <typename Sample>
+void Deinterleave(const char* in, unsigned char* left, unsigned char* right, std::size_t frames) {
+    const PcmView<const Sample> both(in, 2 * frames);
+    PcmView<Sample> l(left, frames);
+    PcmView<Sample> r(right, frames);
+    for (std::size_t i = 0; i < frames; ++i) {
+        l.Set(i, both.Get(2 * i));
+        r.Set(i, both.Get(2 * i + 1));
+    }
+}
+
+std::vector<double> Energies(float** frames, std::size_t frameLength, std::size_t count) {
+    std::vector<double> energies(count);
+    std::transform(frames, frames + count, energies.begin(), [&](const float* frame) {
+        return frame == nullptr ? 0.0 : FrameEnergy({frame, frameLength});
+    });
+    return energies;
+}
+
+}  // namespace
+
+unsigned short AudioClassifier::getSampleByte(SampleFmt format) {
+    const int bytes = SampleByteSize(format);
+    return static_cast<unsigned short>(bytes == 0 ? 4 : bytes);
+}
+
+void AudioClassifier::splitLR(char* in, unsigned char* left, unsigned char* right,
+                              int samplesPerChannel, SampleFmt format) {
+    const auto frames = static_cast<std::size_t>(std::max(samplesPerChannel, 0));
+    if (IsS16(format)) {
+        Deinterleave<std::int16_t>(in, left, right, frames);
+    } else if (IsFloat(format)) {
+        Deinterleave<float>(in, left, right, frames);
+    }
+}
+
+float* AudioClassifier::emphasis(unsigned char* in, unsigned short count, float coefficient) {
+    auto* emphasised = new float[count]();
+    if (IsS16(mFormat)) {
+        Emphasise(PcmView<const std::int16_t>(in, count), coefficient, {emphasised, count});
+    } else if (IsFloat(mFormat)) {
+        Emphasise(PcmView<const float>(in, count), coefficient, {emphasised, count});
+    }
+    return emphasised;
+}
+
+float* AudioClassifier::hammingWindow(unsigned short length, float gain) {
+    auto* window = new float[length];
+    HammingWindow({window, length}, gain);
+    return window;
+}
+
+void AudioClassifier::hadmanMulti(float* data, float* window, unsigned int length) {
+    std::transform(data, data + length, window, data, std::multiplies<>());
+}
+
+float** AudioClassifier::frameSeg(float* signal, unsigned short signalLength,
+                                  unsigned short frameLength, unsigned short hop) {
+    CacheWindow(frameLength);
+    mFrameCount = CountFrames(signalLength, frameLength, hop);
+    void** rows = array2dCreate(mFrameCount, frameLength, sizeof(float));
+    for (std::size_t j = 0; j < mFrameCount; ++j) {
+        if (rows[j] != nullptr) {
+            CutFrame({signal, signalLength}, j, hop, mWindow,
+                     {static_cast<float*>(rows[j]), frameLength});
+        }
+    }
+    return reinterpret_cast<float**>(rows);
+}
+
+float* AudioClassifier::fft(float* signal, unsigned int count, unsigned int size) {
+    const std::size_t bins = size == 0 ? 0 : size / 2 + 1;
+    auto magnitudes = std::make_unique<float[]>(bins);
+    Spectrum({signal, count}, size, {magnitudes.get(), bins});
+    return magnitudes.release();
+}
+
+float* AudioClassifier::subBandEnergyRate(float* magnitudes) {
+    const std::size_t start = getAlgoParam(static_cast<unsigned short>(mSampleRate)).bandStart;
+    const std::array<float, 3> ratios = SubBandRatios({magnitudes, 2 * start}, start);
+    auto* result = new float[ratios.size()];
+    std::copy(ratios.begin(), ratios.end(), result);
+    return result;
+}
+
+float AudioClassifier::distance(float* a, float* b, unsigned int n) {
+    return Distance({a, n}, {b, n});
+}
+
+void** AudioClassifier::array2dCreate(unsigned int rows, unsigned int columns,
+                                      unsigned long long elementSize) {
+    auto** array = new void*[rows];
+    for (unsigned int i = 0; i < rows; ++i) {
+        array[i] = new (std::nothrow) char[columns * elementSize]();
+    }
+    return array;
+}
+
+void AudioClassifier::array2dDelete(void** rows, unsigned int rowCount) {
+    for (unsigned int i = 0; i < rowCount; ++i) {
+        delete[] static_cast<char*>(rows[i]);
+    }
+    delete[] rows;
+}
+
+float AudioClassifier::lowEnergyFrameRate(float** frames, unsigned short frameLength,
+                                          unsigned int frameCount, float ratio) {
+    return LowEnergyRate(Energies(frames, frameLength, frameCount), ratio);
+}
+
+bool AudioClassifier::musicCheckByLowEnergyFrameRate(float** frames, unsigned short frameLength,
+                                                     unsigned int frameCount,
+                                                     float* const thresholds,
+                                                     float (*const centres)[4]) {
+    return !IsSpeechByLowEnergy(Energies(frames, frameLength, frameCount), thresholds, centres);
+}
+
+bool AudioClassifier::musicCheckByFft(float* signal, unsigned int count, unsigned int fftSize,
+                                      float** centres) {
+    constexpr unsigned short kCentres = 4;
+    const std::size_t start = getAlgoParam(static_cast<unsigned short>(mSampleRate)).bandStart;
+    std::vector<float> magnitudes(fftSize == 0 ? 0 : fftSize / 2 + 1);
+    Spectrum({signal, count}, fftSize, magnitudes);
+    std::array<float, 3> ratios = SubBandRatios(magnitudes, start);
+    const float* nearest = nearestCenter(ratios.data(), centres, kCentres, ratios.size());
+    return !std::equal(nearest, nearest + ratios.size(), centres[0]);
+}
+
+float* AudioClassifier::nearestCenter(float* point, float** centres, unsigned short centreCount,
+                                      unsigned short dimension) {
+    std::size_t nearest = 0;
+    float least = 0.0F;
+    for (std::size_t k = 0; k < centreCount; ++k) {
+        const float candidate = Distance({point, dimension}, {centres[k], dimension});
+        if (k == 0 || least >= candidate) {
+            nearest = k;
+            least = candidate;
+        }
+    }
+    return centres[nearest];
+}
+
+bool AudioClassifier::preRetRefer(bool current, unsigned short historyLength) {
+    constexpr unsigned short kCountLimit = 60000;  // before a 16-bit count wraps
+    if (historyLength == 0) {
+        return current;
+    }
+    if (mVotes.size() != historyLength) {
+        mVotes.assign(historyLength, 0);
+        mVoteCount = 0;
+    }
+    bool result = current;
+    if (mVoteCount >= historyLength) {
+        if (mVoteCount >= kCountLimit) {
+            mVoteCount = historyLength;
+        }
+        result = Vote(mVotes, current);
+    }
+    std::rotate(mVotes.begin(), mVotes.begin() + 1, mVotes.end());
+    mVotes.back() = current ? 1 : 0;
+    ++mVoteCount;
+    return result;
+}
