@@ -1,0 +1,133 @@
+#include <limits>
+#include <new>
+
+#include "audio_filter/audio_filter.h"
+#include "common/sample_format.h"
+#include "log/log_line.h"
+#include "units/frame.h"
+
+namespace {
+
+constexpr int kDefaultDenoiseLevel = 3;
+
+}  // namespace
+
+AudioFilter::AudioFilter() {
+    process_lock_init(&mLock);
+    SwitchAllOff();
+}
+
+AudioFilter::~AudioFilter() {
+    Clear();
+    mLogger = nullptr;
+    process_lock_destroy(&mLock);
+}
+
+int AudioFilter::Init(int sampleRate, int channels, SampleFmt fmt, ProcessSwitchMap* switches) {
+    mInited = false;
+    if (sampleRate < 1 || channels < 1 || fmt == SAMPLE_FMT_NONE) {
+        LogLine(PROCESS_LOG_ERROR, {"AudioFilter::Init"}, "Input parameter is invalid!!!");
+        return 3;
+    }
+    SetRate(sampleRate);
+    mChannels = channels;
+    mSampleFmt = fmt;
+    AllocateBuffers();
+    InitUnits();
+    SetMethod(switches);
+    mInited = true;
+    return 0;
+}
+
+void AudioFilter::SetRate(int sampleRate) {
+    mSampleRate = sampleRate;
+    mMusicCheck = sampleRate >= 32000 && sampleRate <= 44100;
+    mNeedResample = !mMusicCheck && sampleRate != 8000 && sampleRate != 16000;
+    mProcessRate = sampleRate > 16000 ? 32000 : sampleRate > 8000 ? 16000 : 8000;
+}
+
+/// One second and what the suppressor may give back beyond it, in zeros: bytes of the heap are
+/// nothing to be heard.
+void AudioFilter::AllocateBuffers() {
+    ReleaseBuffers();
+    constexpr std::int64_t kLimit = std::numeric_limits<std::int32_t>::max();
+    const std::int64_t frameBytes = std::int64_t{GetSampleByteSize(mSampleFmt)} * mChannels;
+    if (frameBytes > kLimit / mSampleRate) {
+        throw std::bad_alloc();
+    }
+    const auto frames = static_cast<std::size_t>(mSampleRate) + kFrameSamples;
+    mBufferBytes = frames * static_cast<std::size_t>(frameBytes);
+    try {
+        mBuffer = new char[mBufferBytes]();
+        mBuffer2 = new char[mBufferBytes]();
+    } catch (const std::bad_alloc&) {
+        ReleaseBuffers();
+        throw;
+    }
+}
+
+void AudioFilter::ReleaseBuffers() {
+    for (char** buffer : {&mBuffer, &mBuffer2}) {
+        delete[] * buffer;
+        *buffer = nullptr;
+    }
+    mBufferBytes = 0;
+}
+
+/// A unit that refuses the stream is logged; its kind then cannot be switched on.
+void AudioFilter::InitUnits() {
+    for (PhaseCheck& check : mPhaseCheck) {
+        check.Init(mSampleRate, IsPlanar(mSampleFmt));
+    }
+    mIsMusic = false;
+    mDenoiseLevel = kDefaultDenoiseLevel;
+    if (const int code = mDenoise.Init(mProcessRate, mChannels, mSampleFmt, mDenoiseLevel)) {
+        LogLine(PROCESS_LOG_ERROR, {"AudioFilter::Init"},
+                "audio denoisor init error, error code is %d", code);
+    }
+    if (mMusicCheck) {
+        mClassifier.Init(static_cast<unsigned short>(mChannels), mSampleRate, mSampleFmt);
+    }
+    if (const int code = mGain.Init(mSampleFmt)) {
+        LogLine(PROCESS_LOG_ERROR, {"AudioFilter::Init"}, "AGC init error, error code is %d", code);
+    }
+    if (const int code = mMixing.Init(mSampleFmt)) {
+        LogLine(PROCESS_LOG_ERROR, {"AudioFilter::Init"},
+                "audio mixer init error, error code is %d", code);
+    }
+}
+
+bool AudioFilter::Clear() {
+    const ProcessAutolock hold(&mLock);
+    mInited = false;
+    ReleaseBuffers();
+    SwitchAllOff();
+    for (PhaseCheck& check : mPhaseCheck) {
+        check.Clear();
+    }
+    mDenoise.Clear();
+    mGain.Clear();
+    mMixing.Clear();
+    LogLine(PROCESS_LOG_INFO, {"AudioFilter::Clear"}, "Audio filter is cleared");
+    return true;
+}
+
+void AudioFilter::SwitchAllOff() {
+    for (int kind = AP_DENOISE; kind <= AP_TRANSLATE; ++kind) {
+        mSwitchState[static_cast<ProcessType>(kind)] = false;
+    }
+}
+
+bool AudioFilter::SetListener(FilterListener* listener) {
+    mListener = listener;
+    return true;
+}
+
+bool AudioFilter::SetLogger(MediaProcessLog* logger) {
+    mLogger = logger;
+    return true;
+}
+
+int AudioFilter::GetSampleByteSize(SampleFmt fmt) {
+    return SampleByteSize(fmt);
+}

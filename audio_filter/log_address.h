@@ -1,0 +1,8 @@
+#pragma once
+
+#include <cstdint>
+
+/// An address as the log lines print it, by %d: its low 32 bits.
+inline int LogAddress(const void* address) {
+    return static_cast<int>(static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(address)));
+}

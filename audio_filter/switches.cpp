@@ -1,0 +1,85 @@
+#include <algorithm>
+#include <iterator>
+
+#include "audio_filter/audio_filter.h"
+#include "log/log_line.h"
+
+const AudioFilter::Switch AudioFilter::kSwitches[4] = {
+    {AP_DENOISE, &AudioFilter::IsDenoiseReady, "try to open audio denoise, but it is not inited!!!",
+     "AP_DENOISE turn on", "AP_DENOISE turn off"},
+    {AP_PHASE_CHECK, &AudioFilter::IsPhaseCheckReady,
+     "try to open phase check, but it is not inited!!!", "AP_PHASE_CHECK turn on",
+     "AP_PHASE_CHECK turn off"},
+    {AP_GAIN, &AudioFilter::IsGainReady, "try to open AGC, but it is not inited!!!",
+     "AP_GAIN turn on", "AP_GAIN turn off"},
+    {AP_MIXING, &AudioFilter::IsMixingReady, "try to open audio mixing, but it is not inited!!!",
+     "AP_MIXING turn on", "AP_MIXING turn off"}};
+
+bool AudioFilter::SetMethod(ProcessSwitchMap* switches) {
+    const ProcessAutolock hold(&mLock);
+    if (switches == nullptr) {
+        LogLine(PROCESS_LOG_WARN, {"AudioFilter::SetMethod"}, "input switch state is null!");
+        return false;
+    }
+    for (const Switch& entry : kSwitches) {
+        Apply(entry, (*switches)[entry.kind]);
+    }
+    mSwitchState[AP_VOICE_CHANGE] = false;
+    LogLine(PROCESS_LOG_INFO, {"AudioFilter::SetMethod"}, "switch state is set");
+    return true;
+}
+
+/// @param wanted comes back as what the kind has become
+void AudioFilter::Apply(const Switch& entry, bool& wanted) {
+    bool& on = mSwitchState[entry.kind];
+    const bool before = on;
+    on = wanted;
+    if (wanted && !(this->*entry.isReady)()) {
+        LogLine(PROCESS_LOG_ERROR, {"AudioFilter::SetMethod"}, entry.refusal);
+        on = false;
+    }
+    wanted = on;
+    if (on != before) {
+        const int turnedOn = 150001 + 2 * entry.kind;
+        Tell(on ? turnedOn : turnedOn + 1, on ? entry.turnedOn : entry.turnedOff);
+    }
+}
+
+void AudioFilter::Tell(int code, const char* text) {
+    LogLine(PROCESS_LOG_INFO, {"AudioFilter::SetMethod"}, text);
+    if (mListener != nullptr) {
+        mListener->OnEvent(code, text);
+    }
+}
+
+bool AudioFilter::SetParameter(ProcessParam* param, ProcessType type) {
+    const ProcessAutolock hold(&mLock);
+    if (param == nullptr) {
+        return false;
+    }
+    if (type == AP_GAIN) {
+        return mGain.IsInited() && mGain.SetGain(param->gain);
+    }
+    if (type == AP_DENOISE && mDenoise.IsInited() && mDenoise.Config(param->level)) {
+        mDenoiseLevel = param->level;  // as given; the unit alone clamps it
+        return true;
+    }
+    return false;
+}
+
+bool AudioFilter::IsDenoiseReady() {
+    return mDenoise.IsInited();
+}
+
+bool AudioFilter::IsPhaseCheckReady() {
+    return std::all_of(std::begin(mPhaseCheck), std::end(mPhaseCheck),
+                       [](PhaseCheck& check) { return check.IsInited(); });
+}
+
+bool AudioFilter::IsGainReady() {
+    return mGain.IsInited();
+}
+
+bool AudioFilter::IsMixingReady() {
+    return mMixing.IsInited();
+}
