@@ -99,7 +99,7 @@ int AudioDenoise::Process(const char* in, char* out, int& size) {
     if (size % mChannels != 0) {
         return 3;
     }
-    if (!mInited) {
+    if (!mInited || !mNsL || (mChannels == 2 && !mNsR)) {
         return 4;
     }
     const int bytesPerStep = mBytesPerSample * mChannels;  // a sample of every channel

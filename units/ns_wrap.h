@@ -17,9 +17,9 @@ class Suppressor;
 ///
 /// Float samples come out without a high band: only in frames of digital silence, which the
 /// suppressor leaves early, does it pass (delayed). A float sample that is not finite counts as 0.
-/// A finite one so large (from about 1e11 on) that the suppressor overflows makes a frame of
-/// silence in the low band and starts the suppressor anew: it would return nothing but NaN from
-/// then on.
+/// Finite ones so large that the suppressor overflows (noise from about 2e5 times full scale on)
+/// make a frame of silence in the low band and start the suppressor anew: it would return nothing
+/// but NaN from then on.
 ///
 /// One object serves one thread at a time.
 class AUDIO_FILTER_API NSWrap {

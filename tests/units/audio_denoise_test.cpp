@@ -180,6 +180,17 @@ TEST(AudioDenoise, InitRefusesRatesAndChannelsBelow1AndOtherFormatsWith3) {
     }
 }
 
+TEST(AudioDenoise, AChannelWithoutItsSuppressorIsNotInitialised) {
+    std::vector<char> bytes(8);
+    for (const int channels : {1, 2}) {
+        AudioDenoise denoise;
+        denoise.Init(32000, channels, SAMPLE_FMT_S16, 3);
+        (channels == 1 ? denoise.mNsL : denoise.mNsR).reset();
+        int size = 8;
+        EXPECT_EQ(denoise.Process(bytes.data(), bytes.data(), size), 4) << channels;
+    }
+}
+
 TEST(AudioDenoise, ARefusedInitIsNotInitialisedButKeepsItsChannels) {
     AudioDenoise denoise;
     denoise.Init(32000, 1, SAMPLE_FMT_S16, 3);
