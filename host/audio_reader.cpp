@@ -1,40 +1,35 @@
 #include "host/audio_reader.h"
 
-#include <array>
-#include <cstdlib>
+#include <algorithm>
 #include <filesystem>
+#include <fstream>
 #include <limits>
 #include <system_error>
 #include <vector>
 
 #include "host/failure.h"
+#include "host/file_bytes.h"
+#include "host/ogg_pages.h"
+#include "host/wav_chunks.h"
 
 namespace {
 
 constexpr sf_count_t kUnknownLength = std::numeric_limits<sf_count_t>::max();
 
-/// Lengths that writers put into a WAV header when they cannot go back to it, such as into a pipe.
-constexpr long long kStreamedWavBytes = 0x7FFFF000;
-
-/// libsndfile takes a WAV or RF64 file that ends early as shorter than its header says, and tells
-/// only its log: "data : 142084 (should be 49956)", "*** Calculated frame count 49948 does not
-/// match ...".
-bool IsCutWav(SNDFILE* file) {
-    std::array<char, 32768> log = {};
-    sf_command(file, SFC_GET_LOG_INFO, log.data(), static_cast<int>(log.size()));
-    const std::string text = log.data();
-    if (text.find("\n*** Calculated frame count") != std::string::npos) {
-        return true;
+/// What the file is by its first bytes; 0 for none that is taken. libsndfile is not asked: what it
+/// takes for MPEG audio, it lets write to standard error.
+int ContainerOf(std::istream& file) {
+    const std::string start = BytesAt(file, 0, 12);
+    const std::string magic = start.substr(0, 4);
+    const std::string form = start.size() == 12 ? start.substr(8) : "";
+    if (magic == "fLaC") {
+        return SF_FORMAT_FLAC;
     }
-    const std::string label = "\ndata : ";
-    const std::size_t at = text.find(label);
-    if (at == std::string::npos) {
-        return false;
+    if (magic == "OggS") {
+        return SF_FORMAT_OGG;
     }
-    const std::size_t start = at + label.size();
-    const std::string line = text.substr(start, text.find('\n', start) - start);
-    return line.find("(should be") != std::string::npos &&
-           std::strtoll(line.c_str(), nullptr, 10) < kStreamedWavBytes;
+    const bool riff = magic == "RIFF" || magic == "RIFX" || magic == "RF64";
+    return riff && form == "WAVE" ? SF_FORMAT_WAV : 0;
 }
 
 bool IsFloatKind(int subtype) {
@@ -57,32 +52,38 @@ AudioReader::AudioReader(const std::string& path) : mPath(path) {
     if (!std::filesystem::is_regular_file(status)) {
         Fail("not a regular file");
     }
-    SF_INFO info = {};
-    mFile.reset(sf_open(path.c_str(), SFM_READ, &info));
-    if (!mFile) {
-        Fail(sf_error(nullptr) == SF_ERR_SYSTEM ? "cannot be read" : "not a WAV, FLAC or Ogg file");
+    std::ifstream file(path, std::ios::binary);
+    if (!file) {
+        Fail("cannot be read");
     }
-    const int container = info.format & SF_FORMAT_TYPEMASK;
-    const int subtype = info.format & SF_FORMAT_SUBMASK;
-    const bool wav =
-        container == SF_FORMAT_WAV || container == SF_FORMAT_WAVEX || container == SF_FORMAT_RF64;
-    const bool ogg = container == SF_FORMAT_OGG;
-    if (!wav && !ogg && container != SF_FORMAT_FLAC) {
+    const int container = ContainerOf(file);
+    CheckContainer(container, file);
+    SF_INFO info = {};
+    if (container == SF_FORMAT_FLAC) {
+        mFlac = std::make_unique<FlacInput>(path);
+        mFile.reset(mFlac->Open(info));
+    } else {
+        mFile.reset(sf_open(path.c_str(), SFM_READ, &info));
+    }
+    if (!mFile) {
         Fail("not a WAV, FLAC or Ogg file");
     }
     if (info.channels > 2) {
         Fail("has " + std::to_string(info.channels) + " channels; one or two are taken");
     }
-    if ((wav && IsCutWav(mFile.get())) || (ogg && info.frames == kUnknownLength)) {
+    if (container == SF_FORMAT_OGG && info.frames == kUnknownLength) {
         Fail("is truncated");
     }
     if (info.frames == 0) {
         Fail("holds no audio");
     }
-    mFormat = {info.samplerate, info.channels,
-               IsFloatKind(subtype) ? SampleKind::kFloat : SampleKind::kS16};
-    mDecodesToFloat = ogg;
-    if (info.frames != kUnknownLength) {
+    mFormat = {
+        info.samplerate, info.channels,
+        IsFloatKind(info.format & SF_FORMAT_SUBMASK) ? SampleKind::kFloat : SampleKind::kS16};
+    mDecodesToFloat = container == SF_FORMAT_OGG;
+    if (mFlac) {
+        mFrames = mFlac->StatedFrames();
+    } else if (info.frames != kUnknownLength) {
         mFrames = info.frames;
     }
 }
@@ -105,11 +106,38 @@ std::size_t AudioReader::Read(short* samples, std::size_t frames) {
     return read;
 }
 
-/// Refuses a stream that breaks off: by an error of the decoder, or short of its stated length.
+/// Refuses what the decoder would take as whole although it is not.
+void AudioReader::CheckContainer(int container, std::istream& file) const {
+    if (container == SF_FORMAT_WAV) {
+        const WavChunks chunks = WalkWavChunks(file);
+        if (chunks.mpeg) {
+            Fail("holds MPEG audio, which is not taken");
+        }
+        if (chunks.cut) {
+            Fail("is truncated");
+        }
+    } else if (container == SF_FORMAT_OGG) {
+        const OggPages pages = WalkOggPages(file);
+        if (pages.chained) {
+            Fail("holds several streams one after the other; one is taken");
+        }
+        if (!pages.ended) {
+            Fail("is truncated or damaged");
+        }
+    } else if (container != SF_FORMAT_FLAC) {
+        Fail("not a WAV, FLAC or Ogg file");
+    }
+}
+
+/// Refuses a stream that breaks off: by an error of the decoder, or short of its stated length. And
+/// one that goes on beyond it: nobody knows which of the two is right.
 std::size_t AudioReader::Checked(std::int64_t frames) {
     mRead += frames;
     if (sf_error(mFile.get()) != SF_ERR_NO_ERROR || (frames == 0 && mRead < mFrames.value_or(0))) {
         Fail("is truncated or damaged");
+    }
+    if (mFrames && mRead > *mFrames) {
+        Fail("is damaged: it goes on beyond the length that it states");
     }
     if (frames == 0 && mRead == 0) {
         Fail("holds no audio");
@@ -118,5 +146,5 @@ std::size_t AudioReader::Checked(std::int64_t frames) {
 }
 
 void AudioReader::Fail(const std::string& reason) const {
-    throw Failure(mPath + ": " + reason);
+    throw Failure(mPath, reason);
 }

@@ -4,11 +4,13 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <iosfwd>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "host/audio_format.h"
+#include "host/flac_input.h"
 
 /// Reads a WAV, FLAC or Ogg file. Throws Failure for whatever is not a whole file of one or two
 /// channels with at least one frame.
@@ -33,9 +35,11 @@ private:
     };
 
     [[noreturn]] void Fail(const std::string& reason) const;
+    void CheckContainer(int container, std::istream& file) const;
     std::size_t Checked(std::int64_t frames);
 
     std::string mPath;
+    std::unique_ptr<FlacInput> mFlac;  ///< which mFile reads from, if it is one
     std::unique_ptr<SNDFILE, Close> mFile;
     AudioFormat mFormat = {};
     std::optional<std::int64_t> mFrames;

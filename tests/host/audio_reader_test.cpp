@@ -24,6 +24,15 @@ std::string FailureOf(const std::string& path) {
     return "";
 }
 
+/// A number as WAV files write it.
+std::string Number(std::size_t number, std::size_t bytes) {
+    std::string text;
+    for (std::size_t i = 0; i < bytes; ++i) {
+        text += static_cast<char>(number >> (8 * i));
+    }
+    return text;
+}
+
 class AudioReaderTest : public testing::Test {
 protected:
     std::string Write(const std::string& name, int format, int channels = 1,
@@ -123,15 +132,166 @@ TEST_F(AudioReaderTest, AWavCutRightAfterItsHeaderIsTruncatedToo) {
     EXPECT_EQ(FailureOf(path), path + ": is truncated");
 }
 
-TEST_F(AudioReaderTest, AWavOfUnknownLengthAsWrittenIntoAPipeIsReadToItsEnd) {
+/// Puts a chunk right before the audio of a WAV file.
+void InsertChunk(const std::string& path, const std::string& id, std::string body) {
+    body.append(body.size() % 2, '\0');
+    std::string bytes = ReadFile(path);
+    bytes.insert(bytes.find("data"), id + Number(body.size(), 4) + body);
+    bytes.replace(4, 4, Number(bytes.size() - 8, 4));
+    WriteFile(path, bytes);
+}
+
+TEST_F(AudioReaderTest, ACutWavIsTruncatedWhateverStandsBeforeItsAudio) {
+    for (const int format : {SF_FORMAT_WAV, SF_FORMAT_WAVEX}) {
+        const std::string path = Write("a.wav", format | SF_FORMAT_PCM_16);
+        InsertChunk(path, "LIST", "INFO" + std::string(40'000, 'x'));
+        InsertChunk(path, "LIST", "INFOICMT" + Number(22, 4) + "\ndata : 1\n*** Calcula\n");
+        EXPECT_EQ(FailureOf(path), "");
+        fs::resize_file(path, fs::file_size(path) - 2);
+        EXPECT_EQ(FailureOf(path), path + ": is truncated");
+    }
+}
+
+TEST_F(AudioReaderTest, ACommentThatLooksLikeADecodersWarningDoesNotMakeAWavTruncated) {
+    const std::string path = Write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    const std::string comment = "\ndata : 9 (should be 1)\n*** Calculated frame count\n";
+    InsertChunk(path, "LIST", "INFOICMT" + Number(comment.size(), 4) + comment);
+    EXPECT_EQ(FailureOf(path), "");
+}
+
+TEST_F(AudioReaderTest, AWavCutAtAnyByteOfItsHeaderIsRefusedInOneLine) {
+    const std::string whole = ReadFile(Write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16));
+    const std::string path = dir.File("cut.wav");
+    for (std::size_t size = 0; size <= 60; ++size) {
+        WriteFile(path, whole.substr(0, size));
+        EXPECT_EQ(FailureOf(path),
+                  path + (size < 12 ? ": not a WAV, FLAC or Ogg file" : ": is truncated"))
+            << size;
+    }
+}
+
+TEST_F(AudioReaderTest, ABigEndianWavIsReadWholeAndRefusedCut) {
+    const std::string path = Write("a.wav", SF_FORMAT_WAV | SF_ENDIAN_BIG | SF_FORMAT_PCM_16);
+    ASSERT_EQ(ReadFile(path).substr(0, 4), "RIFX");
+    EXPECT_EQ(FailureOf(path), "");
+    fs::resize_file(path, fs::file_size(path) - 2);
+    EXPECT_EQ(FailureOf(path), path + ": is truncated");
+}
+
+TEST_F(AudioReaderTest, AWavOf3GBThatEndsEarlyIsTruncated) {
     const std::string path = Write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     std::string bytes = ReadFile(path);
-    for (const std::size_t size : {std::size_t{4}, bytes.find("data") + 4}) {
-        bytes.replace(size, 4, "\xff\xff\xff\xff");
-    }
+    bytes.replace(bytes.find("data") + 4, 4, Number(3'000'000'000, 4));
     WriteFile(path, bytes);
+    EXPECT_EQ(FailureOf(path), path + ": is truncated");
+}
+
+TEST_F(AudioReaderTest, AWavOfUnknownLengthAsWrittenIntoAPipeIsReadToItsEnd) {
+    const std::string path = Write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    const std::string bytes = ReadFile(path);
+    for (const std::size_t size : {0xFFFFFFFFU, 0xFFFFFFD7U, 0x7FFFF000U, 0x7FFFFFFFU}) {
+        std::string streamed = bytes;
+        streamed.replace(4, 4, Number(size, 4));
+        streamed.replace(bytes.find("data") + 4, 4, Number(size, 4));
+        WriteFile(path, streamed);
+        EXPECT_EQ(FailureOf(path), "") << size;
+        EXPECT_EQ(AudioReader(path).Frames(), 20000) << size;
+    }
+}
+
+TEST_F(AudioReaderTest, MpegAudioIsRefusedBeforeItsDecoderSaysAnything) {
+    const std::string path = Write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
+    std::string bytes = ReadFile(path);
+    const std::string extension = Number(12, 2) + Number(1, 2) + Number(2, 4) + Number(417, 2) +
+                                  Number(1, 2) + Number(1393, 2);
+    const std::string format = Number(0x55, 2) + Number(1, 2) + Number(32000, 4) +
+                               Number(16000, 4) + Number(1, 2) + Number(0, 2) + extension;
+    bytes.replace(12, 24, "fmt " + Number(format.size(), 4) + format);
+    bytes.replace(4, 4, Number(bytes.size() - 8, 4));
+    WriteFile(path, bytes);
+    testing::internal::CaptureStderr();
+    const std::string failure = FailureOf(path);
+    WriteFile(dir.File("a.mp3"), "\xff\xfb\x90\x64" + Number(0, 4) + ReadFile(path));
+    const std::string second = FailureOf(dir.File("a.mp3"));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(failure, path + ": holds MPEG audio, which is not taken");
+    EXPECT_EQ(second, dir.File("a.mp3") + ": not a WAV, FLAC or Ogg file");
+}
+
+/// Where the pages of an Ogg file begin, and its end.
+std::vector<std::size_t> PagesOf(const std::string& bytes) {
+    std::vector<std::size_t> pages;
+    for (std::size_t at = bytes.find("OggS"); at != std::string::npos;
+         at = bytes.find("OggS", at + 4)) {
+        pages.push_back(at);
+    }
+    pages.push_back(bytes.size());
+    return pages;
+}
+
+TEST_F(AudioReaderTest, AnOggCutAtAnyPageIsRefused) {
+    const std::string path = Write("a.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 1, 200'000);
+    const std::string bytes = ReadFile(path);
+    const std::vector<std::size_t> pages = PagesOf(bytes);
+    ASSERT_GT(pages.size(), 5U);
     EXPECT_EQ(FailureOf(path), "");
+    for (std::size_t i = 1; i + 1 < pages.size(); ++i) {
+        for (const std::size_t more : {0U, 10U, 100U}) {
+            WriteFile(path, bytes.substr(0, pages[i] + more));
+            EXPECT_EQ(FailureOf(path), path + ": is truncated or damaged") << i << " " << more;
+        }
+    }
+}
+
+TEST_F(AudioReaderTest, AnOggThatLacksAPageInTheMiddleOrEndsInJunkIsRefused) {
+    const std::string path = Write("a.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 1, 200'000);
+    const std::string bytes = ReadFile(path);
+    WriteFile(path, bytes + "junk");
+    EXPECT_EQ(FailureOf(path), path + ": is truncated");
+    std::string damaged = bytes;
+    damaged.replace(PagesOf(bytes)[3], 4, "oggs");
+    WriteFile(path, damaged);
+    EXPECT_EQ(FailureOf(path), path + ": is truncated or damaged");
+}
+
+TEST_F(AudioReaderTest, AnOggOfTwoStreamsInAChainIsRefusedAsTheSecondWouldBeLost) {
+    const std::string first = Write("a.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS);
+    const std::string second = Write("b.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS);
+    const std::string path = dir.File("chain.ogg");
+    WriteFile(path, ReadFile(first) + ReadFile(second));
+    EXPECT_EQ(FailureOf(path), path + ": holds several streams one after the other; one is taken");
+}
+
+TEST_F(AudioReaderTest, AFlacThatGoesOnBeyondItsStatedLengthIsRefused) {
+    const std::string path = Write("a.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
+    std::string bytes = ReadFile(path);
+    for (const std::size_t stated : {1U, 4096U, 19999U}) {
+        bytes.replace(22, 4,
+                      {static_cast<char>(stated >> 24), static_cast<char>(stated >> 16),
+                       static_cast<char>(stated >> 8), static_cast<char>(stated)});
+        WriteFile(path, bytes);
+        EXPECT_EQ(FailureOf(path),
+                  path + ": is damaged: it goes on beyond the length that it states")
+            << stated;
+    }
+}
+
+TEST_F(AudioReaderTest, AFlacOfUnstatedLengthIsReadToItsEnd) {
+    const std::string path = Write("a.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
     EXPECT_EQ(AudioReader(path).Frames(), 20000);
+    std::string bytes = ReadFile(path);
+    bytes.replace(22, 4, std::string(4, '\0'));
+    WriteFile(path, bytes);
+    AudioReader reader(path);
+    EXPECT_EQ(reader.Frames(), std::nullopt);
+    std::vector<short> samples(30000);
+    EXPECT_EQ(reader.Read(samples.data(), 30000), 20000U);
+    samples.resize(20000);
+    EXPECT_EQ(samples, Ramp(20000));
+}
+
+TEST_F(AudioReaderTest, ANewlineInAPathDoesNotCutTheReasonOff) {
+    EXPECT_EQ(FailureOf(dir.File("a\n\tb\x7f.wav")), dir.File("a??b?.wav") + ": no such file");
 }
 
 TEST_F(AudioReaderTest, AFlacWithDamagedFramesIsRefused) {
