@@ -36,14 +36,28 @@ int FileFormat(const fs::path& path, const AudioFormat& format,
            (s16 ? SF_FORMAT_PCM_16 : SF_FORMAT_FLOAT);
 }
 
-/// A hidden name in the same folder, so that the file can be moved to its place at one stroke.
+/// FLAC states rates of up to 16 bits in Hz, and higher ones in tens of Hz.
+bool FitsFlac(int sampleRate) {
+    return sampleRate <= 0xFFFF || (sampleRate <= 655350 && sampleRate % 10 == 0);
+}
+
+/// Where a path leads, also when nothing is there yet; nothing for links that lead in a circle.
+std::optional<fs::path> FollowLinks(fs::path path) {
+    std::error_code error;
+    for (int links = 0; links < 40; ++links) {
+        if (!fs::is_symlink(fs::symlink_status(path, error))) {
+            return path;
+        }
+        path = path.parent_path() / fs::read_symlink(path, error);
+    }
+    return std::nullopt;
+}
+
+/// A hidden name in the same folder, so that the file can be moved to its place at one stroke. It
+/// does not grow with the target's, which may be as long as names can be.
 fs::path PartialPath(const fs::path& target) {
-    std::string name = ".";
-    name += target.filename().string();
-    name += '.';
-    name += std::to_string(std::random_device()());
-    name += ".partial";
-    return target.parent_path() / name;
+    return target.parent_path() /
+           (".audio-filter-" + std::to_string(std::random_device()()) + ".partial");
 }
 
 }  // namespace
@@ -60,12 +74,17 @@ AudioWriter::Partial::~Partial() {
 void AudioWriter::CheckPath(const std::string& path) {
     const std::string extension = LowerExtension(path);
     if (extension != ".wav" && extension != ".flac") {
-        throw Failure(path + ": the output is a .wav or .flac file");
+        throw Failure(path, "the output is a .wav or .flac file");
     }
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     if (fs::exists(status) && !fs::is_regular_file(status)) {
-        throw Failure(path + ": not a regular file");
+        throw Failure(path, "not a regular file");
+    }
+    // Moved over another file, an output would not ask whether that one is to be kept.
+    const bool there = fs::is_regular_file(status);
+    if (status.type() == fs::file_type::none || (there && !OutputFile::MayBeReplaced(path))) {
+        throw Failure(path, "cannot be written");
     }
 }
 
@@ -73,20 +92,33 @@ AudioWriter::AudioWriter(const std::string& path, const AudioFormat& format,
                          std::optional<std::int64_t> frames)
     : mPath(path) {
     CheckPath(path);
-    std::error_code error;
-    mTarget = fs::weakly_canonical(path, error);
-    if (error) {
+    if (LowerExtension(path) == ".flac" && !FitsFlac(format.sampleRate)) {
+        throw Failure(
+            path, "FLAC cannot hold " + std::to_string(format.sampleRate) + " Hz; a .wav file can");
+    }
+    const std::optional<fs::path> target = FollowLinks(path);
+    if (!target) {
         Fail();
     }
-    mPartial.path = PartialPath(mTarget);
+    mTarget = *target;
+    std::error_code error;
+    const fs::file_status replaced = fs::status(mTarget, error);
+    const fs::path partial = PartialPath(mTarget);
+    if (!mOutput.Create(
+            partial, fs::exists(replaced) ? std::optional(replaced.permissions()) : std::nullopt)) {
+        Fail();
+    }
+    mPartial.path = partial;
     SF_INFO info = {};
     info.samplerate = format.sampleRate;
     info.channels = format.channels;
-    info.format = FileFormat(mTarget, format, frames);
-    mFile.reset(sf_open(mPartial.path.c_str(), SFM_WRITE, &info));
+    info.format = FileFormat(path, format, frames);
+    mFile.reset(mOutput.Open(info));
     if (!mFile) {
         Fail();
     }
+    // The chunk of peaks holds the time of day: the same audio would not give the same bytes.
+    sf_command(mFile.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     sf_command(mFile.get(), SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
     sf_command(mFile.get(), SFC_SET_CLIPPING, nullptr, SF_TRUE);
 }
@@ -107,7 +139,8 @@ void AudioWriter::Write(const float* samples, std::size_t frames) {
 
 void AudioWriter::Commit() {
     const bool sound = sf_error(mFile.get()) == SF_ERR_NO_ERROR;
-    if (sf_close(mFile.release()) != 0 || !sound) {
+    const bool closed = sf_close(mFile.release()) == 0;
+    if (!mOutput.Close() || !closed || !sound) {
         Fail();
     }
     std::error_code error;
@@ -118,5 +151,5 @@ void AudioWriter::Commit() {
 }
 
 void AudioWriter::Fail() const {
-    throw Failure(mPath + ": cannot be written");
+    throw Failure(mPath, "cannot be written");
 }

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "host/audio_format.h"
+#include "host/output_file.h"
 
 /// Writes a WAV or FLAC file, which appears whole at Commit or not at all: it grows beside its
 /// place under another name. Throws Failure when that cannot be.
@@ -17,10 +18,9 @@ class AudioWriter {
 public:
     /// @param path ends in .wav or .flac
     /// @param format 16-bit samples are written as such; floats as floats to WAV, as 24 bits to
-    /// FLAC
+    ///        FLAC
     /// @param frames that will come, if that is known: a WAV file of more than 4 GB, or maybe more,
-    /// is
-    ///        written as RF64
+    ///        is written as RF64
     AudioWriter(const std::string& path, const AudioFormat& format,
                 std::optional<std::int64_t> frames);
 
@@ -30,7 +30,7 @@ public:
     void Write(const short* samples, std::size_t frames);
     void Write(const float* samples, std::size_t frames);
 
-    /// Puts the file in its place, over one that is there.
+    /// Puts the file in its place, over one that is there and with the permissions of that.
     void Commit();
 
 private:
@@ -49,5 +49,6 @@ private:
     std::string mPath;
     std::filesystem::path mTarget;  ///< mPath, symbolic links followed
     Partial mPartial;
+    OutputFile mOutput;
     std::unique_ptr<SNDFILE, Close> mFile;
 };

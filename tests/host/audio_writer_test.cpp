@@ -1,8 +1,13 @@
 #include "host/audio_writer.h"
 
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <unistd.h>
 
+#include <csignal>
+#include <cstdlib>
 #include <filesystem>
+#include <iostream>
 
 #include "host/failure.h"
 #include "sound_files.h"
@@ -89,6 +94,148 @@ TEST_F(AudioWriterTest, AnOutputThroughASymbolicLinkReplacesWhatItPointsTo) {
     writer.Commit();
     EXPECT_TRUE(fs::is_symlink(dir.File("link.wav")));
     EXPECT_EQ(ReadSound<short>(dir.File("real.wav")).samples, Ramp(10));
+}
+
+TEST_F(AudioWriterTest, AnOutputThroughALinkToNothingCreatesWhatItPointsTo) {
+    fs::create_directory(dir.File("folder"));
+    fs::create_symlink("folder/real.wav", dir.File("link.wav"));
+    AudioWriter writer(dir.File("link.wav"), {32000, 1, SampleKind::kS16}, 1000);
+    WriteThrough(writer, Ramp(10));
+    writer.Commit();
+    EXPECT_TRUE(fs::is_symlink(dir.File("link.wav")));
+    EXPECT_EQ(ReadSound<short>(dir.File("folder/real.wav")).samples, Ramp(10));
+    fs::create_symlink("round.wav", dir.File("round.wav"));
+    EXPECT_THROW(AudioWriter(dir.File("round.wav"), {32000, 1, SampleKind::kS16}, 1), Failure);
+    EXPECT_TRUE(fs::is_symlink(dir.File("round.wav")));
+}
+
+TEST_F(AudioWriterTest, ANameOf255BytesIsWrittenAndOneOf256RefusedBeforeTheWork) {
+    const std::string name = std::string(251, 'n') + ".wav";
+    AudioWriter writer(dir.File(name), {32000, 1, SampleKind::kS16}, 10);
+    WriteThrough(writer, Ramp(10));
+    writer.Commit();
+    EXPECT_EQ(dir.Names(), std::vector<std::string>{name});
+    EXPECT_THROW(AudioWriter::CheckPath(dir.File("n" + name)), Failure);
+}
+
+TEST_F(AudioWriterTest, AFileThatIsReplacedPassesItsPermissionsOn) {
+    WriteFile(dir.File("out.wav"), "old");
+    const fs::perms own = fs::perms::owner_read | fs::perms::owner_write;
+    for (const fs::perms permissions : {own, own | fs::perms::group_write}) {
+        fs::permissions(dir.File("out.wav"), permissions);
+        AudioWriter writer(dir.File("out.wav"), {32000, 1, SampleKind::kS16}, 10);
+        WriteThrough(writer, Ramp(10));
+        writer.Commit();
+        EXPECT_EQ(fs::status(dir.File("out.wav")).permissions(), permissions);
+    }
+}
+
+TEST_F(AudioWriterTest, AReadOnlyFileIsNotReplaced) {
+    WriteFile(dir.File("out.wav"), "to be kept");
+    fs::permissions(dir.File("out.wav"), fs::perms::owner_read);
+    fs::permissions(dir.File(""), fs::perms::all);
+    const auto checkAsUser = [this] {
+        const bool isUser = geteuid() != 0 || setuid(65534) == 0;  // root may write anything
+        try {
+            AudioWriter::CheckPath(dir.File("out.wav"));
+        } catch (const Failure& failure) {
+            std::cerr << failure.what();
+            std::exit(isUser ? 1 : 2);
+        }
+        std::exit(0);
+    };
+    EXPECT_EXIT(checkAsUser(), testing::ExitedWithCode(1), "out.wav: cannot be written");
+}
+
+TEST_F(AudioWriterTest, TheSameSamplesGiveTheSameBytesAtAnyTimeOfDay) {
+    const std::vector<float> samples = {0.5F, -0.25F, 1.0F};
+    AudioWriter writer(dir.File("out.wav"), {32000, 1, SampleKind::kFloat}, 3);
+    WriteThrough(writer, samples);
+    writer.Commit();
+    const std::string bytes = ReadFile(dir.File("out.wav"));
+    EXPECT_EQ(bytes.find("PEAK"), std::string::npos) << "that chunk holds a time stamp";
+    EXPECT_EQ(ReadSound<float>(dir.File("out.wav")).samples, samples);
+}
+
+TEST_F(AudioWriterTest, RatesThatFlacCannotHoldAreRefusedWithTheReason) {
+    const auto failureOf = [this](int rate) -> std::string {
+        try {
+            AudioWriter writer(dir.File("out.flac"), {rate, 1, SampleKind::kS16}, 100);
+            WriteThrough(writer, Ramp(100));
+            writer.Commit();
+        } catch (const Failure& failure) {
+            return failure.what();
+        }
+        return "";
+    };
+    for (const int rate : {1, 65535, 65540, 96000, 655350}) {
+        EXPECT_EQ(failureOf(rate), "") << rate;
+    }
+    for (const int rate : {65536, 100'001, 655'360, 700'000}) {
+        EXPECT_EQ(failureOf(rate), dir.File("out.flac") + ": FLAC cannot hold " +
+                                       std::to_string(rate) + " Hz; a .wav file can");
+    }
+}
+
+TEST_F(AudioWriterTest, AWavOf4GBLess65536BytesIsPlainAndOneFrameMoreMakesItRF64) {
+    // While it grows, a file that may become RF64 keeps room for the longer size after its name.
+    const auto keepsRoom = [this](SampleKind kind, int channels, std::int64_t frames) {
+        AudioWriter writer(dir.File("out.wav"), {32000, channels, kind}, frames);
+        const std::vector<short> silence(20'000);
+        writer.Write(silence.data(), 10'000);
+        return ReadFile(dir.File(dir.Names().at(0))).substr(12, 4) != "fmt ";
+    };
+    const std::int64_t most = 0xFFFF0000;
+    EXPECT_FALSE(keepsRoom(SampleKind::kS16, 1, most / 2));
+    EXPECT_TRUE(keepsRoom(SampleKind::kS16, 1, most / 2 + 1));
+    EXPECT_FALSE(keepsRoom(SampleKind::kFloat, 2, most / 8));
+    EXPECT_TRUE(keepsRoom(SampleKind::kFloat, 2, most / 8 + 1));
+}
+
+/// No file may grow beyond `bytes` while this lives.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) : mHandler(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &mBefore);
+        const rlimit limit = {bytes, mBefore.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &mBefore);
+        std::signal(SIGXFSZ, mHandler);
+    }
+    FileSizeLimit(const FileSizeLimit&) = delete;
+    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+private:
+    rlimit mBefore = {};
+    void (*mHandler)(int);
+};
+
+TEST_F(AudioWriterTest, ADiskThatIsFullAnywhereInTheLast4KBLeavesNothing) {
+    for (const char* name : {"out.wav", "out.flac"}) {
+        const auto isWritten = [&](rlim_t limit) {
+            const FileSizeLimit disk(limit);
+            try {
+                AudioWriter writer(dir.File(name), {32000, 1, SampleKind::kS16}, 30'000);
+                WriteThrough(writer, Ramp(30'000));
+                writer.Commit();
+                return true;
+            } catch (const Failure&) {
+                return false;
+            }
+        };
+        ASSERT_TRUE(isWritten(1'000'000));
+        const std::string whole = ReadFile(dir.File(name));
+        fs::remove(dir.File(name));
+        for (rlim_t missing = 1; missing <= 4096; missing += missing < 64 ? 1 : 61) {
+            EXPECT_FALSE(isWritten(whole.size() - missing)) << name << " " << missing;
+            EXPECT_EQ(dir.Names().size(), 0U) << name << " " << missing;
+        }
+        EXPECT_TRUE(isWritten(whole.size()));
+        EXPECT_EQ(ReadFile(dir.File(name)), whole);
+        fs::remove(dir.File(name));
+    }
 }
 
 TEST_F(AudioWriterTest, OutputsThatAreNotWavOrFlacFilesAreRefusedByName) {

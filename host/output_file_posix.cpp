@@ -1,0 +1,92 @@
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "host/output_file.h"
+
+namespace {
+
+OutputFile& OutputOf(void* self) {
+    return *static_cast<OutputFile*>(self);
+}
+
+}  // namespace
+
+OutputFile::~OutputFile() {
+    if (mFile >= 0) {
+        close(mFile);  // unsynced: what has not been closed before is to be removed
+    }
+}
+
+bool OutputFile::Create(const std::filesystem::path& path,
+                        std::optional<std::filesystem::perms> permissions) {
+    // A file that only its owner may read is not open to others while it grows, either.
+    const mode_t mode = permissions ? S_IRUSR | S_IWUSR : 0666;
+    mFile = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    mFailed =
+        mFile < 0 || (permissions && fchmod(mFile, static_cast<mode_t>(*permissions) & 0777U) != 0);
+    return !mFailed;
+}
+
+SNDFILE* OutputFile::Open(SF_INFO& info) {
+    SF_VIRTUAL_IO callbacks = Callbacks();
+    return sf_open_virtual(&callbacks, SFM_WRITE, &info, this);
+}
+
+bool OutputFile::Close() {
+    if (mFile >= 0) {
+        mFailed = mFailed || fsync(mFile) != 0;
+        mFailed = close(mFile) != 0 || mFailed;
+        mFile = -1;
+    }
+    return !mFailed;
+}
+
+bool OutputFile::MayBeReplaced(const std::filesystem::path& path) {
+    return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+}
+
+SF_VIRTUAL_IO OutputFile::Callbacks() {
+    SF_VIRTUAL_IO callbacks = {};
+    callbacks.get_filelen = [](void* self) { return OutputOf(self).Size(); };
+    callbacks.seek = [](sf_count_t offset, int whence, void* self) {
+        return OutputOf(self).Seek(offset, whence);
+    };
+    callbacks.read = [](void* bytes, sf_count_t count, void* self) {
+        return sf_count_t{read(OutputOf(self).mFile, bytes, static_cast<std::size_t>(count))};
+    };
+    callbacks.write = [](const void* bytes, sf_count_t count, void* self) {
+        return OutputOf(self).Write(static_cast<const char*>(bytes), count);
+    };
+    callbacks.tell = [](void* self) { return OutputOf(self).Seek(0, SEEK_CUR); };
+    return callbacks;
+}
+
+sf_count_t OutputFile::Size() {
+    struct stat status = {};
+    mFailed = fstat(mFile, &status) != 0 || mFailed;
+    return status.st_size;
+}
+
+sf_count_t OutputFile::Seek(sf_count_t offset, int whence) {
+    const off_t at = lseek(mFile, offset, whence);
+    mFailed = at < 0 || mFailed;
+    return at;
+}
+
+sf_count_t OutputFile::Write(const char* bytes, sf_count_t count) {
+    sf_count_t written = 0;
+    while (written < count) {
+        const ssize_t now =
+            write(mFile, bytes + written, static_cast<std::size_t>(count - written));
+        if (now > 0) {
+            written += now;
+        } else if (now == 0 || errno != EINTR) {
+            mFailed = true;
+            break;
+        }
+    }
+    return written;
+}
