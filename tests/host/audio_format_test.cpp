@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cfenv>
+
 namespace {
 
 TEST(AudioFormat, Every16BitSampleSurvivesTheWayThroughFloat) {
@@ -20,6 +22,14 @@ TEST(AudioFormat, FloatsBecome16BitRoundedAndSaturatedAndNaNBecomes0) {
     EXPECT_EQ(FromFloat<short>(INFINITY), 32767);
     EXPECT_EQ(FromFloat<short>(-INFINITY), -32768);
     EXPECT_EQ(FromFloat<short>(NAN), 0);
+}
+
+TEST(AudioFormat, NaNIsNeverRoundedToAnIntegerAsTheResultWouldBeAnything) {
+    volatile float nan = NAN;
+    std::feclearexcept(FE_INVALID);
+    volatile short sample = FromFloat<short>(nan);
+    EXPECT_EQ(std::fetestexcept(FE_INVALID), 0);
+    EXPECT_EQ(sample, 0);
 }
 
 TEST(AudioFormat, FloatsStayAsTheyAre) {

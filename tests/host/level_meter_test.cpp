@@ -63,6 +63,22 @@ TEST(CompareWindows, WithoutAWindow15dBAboveTheFloorThereIsNoSpeech) {
     EXPECT_EQ(levels.speechBefore, -INFINITY);
 }
 
+TEST(CompareWindows, AWindowExactly15dBAboveTheFloorIsSpeechAndTheNextNumberBelowIsNot) {
+    double at = std::pow(10.0, 1.5);  // above a floor of 1
+    while (10.0 * std::log10(at) < 15.0) {
+        at = std::nextafter(at, INFINITY);
+    }
+    while (10.0 * std::log10(std::nextafter(at, 0.0)) >= 15.0) {
+        at = std::nextafter(at, 0.0);
+    }
+    const WindowLevels with = CompareWindows({1.0, at}, {1.0, 0.1});
+    EXPECT_NEAR(with.speechBefore, 15.0, 1e-9);
+    EXPECT_NEAR(with.speechAfter, -10.0, 1e-9);
+    const WindowLevels without = CompareWindows({1.0, std::nextafter(at, 0.0)}, {1.0, 0.1});
+    EXPECT_EQ(without.speechBefore, -INFINITY);
+    EXPECT_EQ(without.speechAfter, -INFINITY);
+}
+
 TEST(CompareWindows, NothingHasNoLevels) {
     EXPECT_EQ(CompareWindows({}, {}).noiseFloorBefore, -INFINITY);
 }
