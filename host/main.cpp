@@ -6,6 +6,12 @@
 
 int main(int argc, char** argv) {
     NoteInterrupts();
-    return RunCommandLine(argc, argv, std::cout, std::cerr,
-                          IsErrorATerminal() ? &std::cerr : nullptr);
+    LetWritesFail();
+    const int status =
+        RunCommandLine(argc, argv, std::cout, std::cerr, IsErrorATerminal() ? &std::cerr : nullptr);
+    if (!std::cout.flush() && status == 0) {
+        std::cerr << "audio-filter: standard output cannot be written\n";
+        return 1;
+    }
+    return status;
 }
