@@ -20,7 +20,7 @@ using Clock = std::chrono::steady_clock;
 void RefuseSameFile(const CleanJob& job) {
     std::error_code error;
     if (std::filesystem::equivalent(job.input, job.output, error)) {
-        throw Failure(job.output + ": is the input itself");
+        throw Failure(job.output, "is the input itself");
     }
 }
 
