@@ -25,9 +25,10 @@ bool OutputFile::Create(const std::filesystem::path& path,
     // A file that only its owner may read is not open to others while it grows, either.
     const mode_t mode = permissions ? S_IRUSR | S_IWUSR : 0666;
     mFile = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-    mFailed =
-        mFile < 0 || (permissions && fchmod(mFile, static_cast<mode_t>(*permissions) & 0777U) != 0);
-    return !mFailed;
+    if (mFile >= 0 && permissions) {
+        fchmod(mFile, static_cast<mode_t>(*permissions) & 0777U);  // not every disk has them
+    }
+    return mFile >= 0;
 }
 
 SNDFILE* OutputFile::Open(SF_INFO& info) {
