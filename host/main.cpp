@@ -9,7 +9,7 @@ int main(int argc, char** argv) {
     LetWritesFail();
     const int status =
         RunCommandLine(argc, argv, std::cout, std::cerr, IsErrorATerminal() ? &std::cerr : nullptr);
-    if (!std::cout.flush() && status == 0) {
+    if (!std::cout.flush()) {
         std::cerr << "audio-filter: standard output cannot be written\n";
         return 1;
     }

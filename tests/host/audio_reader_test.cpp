@@ -133,10 +133,10 @@ TEST_F(AudioReaderTest, AWavCutRightAfterItsHeaderIsTruncatedToo) {
 }
 
 /// Puts a chunk right before the audio of a WAV file.
-void InsertChunk(const std::string& path, const std::string& id, std::string body) {
-    body.append(body.size() % 2, '\0');
+void InsertChunk(const std::string& path, const std::string& id, const std::string& body) {
     std::string bytes = ReadFile(path);
-    bytes.insert(bytes.find("data"), id + Number(body.size(), 4) + body);
+    const std::string padding(body.size() % 2, '\0');
+    bytes.insert(bytes.find("data"), id + Number(body.size(), 4) + body + padding);
     bytes.replace(4, 4, Number(bytes.size() - 8, 4));
     WriteFile(path, bytes);
 }
@@ -145,6 +145,7 @@ TEST_F(AudioReaderTest, ACutWavIsTruncatedWhateverStandsBeforeItsAudio) {
     for (const int format : {SF_FORMAT_WAV, SF_FORMAT_WAVEX}) {
         const std::string path = Write("a.wav", format | SF_FORMAT_PCM_16);
         InsertChunk(path, "LIST", "INFO" + std::string(40'000, 'x'));
+        InsertChunk(path, "odd ", "7 bytes");
         InsertChunk(path, "LIST", "INFOICMT" + Number(22, 4) + "\ndata : 1\n*** Calcula\n");
         EXPECT_EQ(FailureOf(path), "");
         fs::resize_file(path, fs::file_size(path) - 2);

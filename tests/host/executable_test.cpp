@@ -161,6 +161,7 @@ TEST_F(ExecutableTest, WithoutATerminalNoProgressIsDrawn) {
 TEST_F(ExecutableTest, OnATerminalProgressIsDrawn) {
     const int terminal = posix_openpt(O_RDWR | O_NOCTTY);
     ASSERT_GE(terminal, 0);
+    ASSERT_EQ(fcntl(terminal, F_SETFL, O_NONBLOCK), 0);
     ASSERT_EQ(grantpt(terminal), 0);
     ASSERT_EQ(unlockpt(terminal), 0);
     const std::string name = ptsname(terminal);
