@@ -1,0 +1,313 @@
+#include <gtest/gtest.h>
+
+#include <cstdio>
+
+#include "audio_filter/log_address.h"
+#include "filter_fixture.h"
+#include "support/seed.h"
+#include "support/signals.h"
+
+namespace {
+
+constexpr AVSourceType kMic = AV_SOURCE_MICROPHONE;
+
+template <typename... Args>
+std::string Text(const char* format, Args... args) {
+    char text[200];
+    std::snprintf(text, sizeof(text), format, args...);
+    return text;
+}
+
+class Entries : public FilterTest {
+protected:
+    static std::string Error(const char* function, int line, const std::string& text) {
+        return Text("[ERROR]MediaProcessLog:AudioFilter::%s:%d:", function, line) + text;
+    }
+
+    int Resample(std::vector<short>& samples, std::vector<AVSourceType> sources = {kMic}) {
+        std::vector<short> room(samples.size() + 960);
+        size = ByteCount(samples);
+        const int code =
+            filter->ProcessResample(BytesOf(samples), BytesOf(room), size, sources, param, 0);
+        out.assign(BytesOf(room), BytesOf(room) + size);
+        return code;
+    }
+
+    int Sync(std::vector<short>& samples, std::vector<AVSourceType> sources) {
+        std::vector<short> room(samples.size());
+        size = ByteCount(samples);
+        const int code = filter->SyncProcessDelay(BytesOf(samples), BytesOf(room), size, sources);
+        out.assign(BytesOf(room), BytesOf(room) + size);
+        return code;
+    }
+
+    std::vector<short> Noise(std::size_t samples) {
+        return As<short>(NoisySpeech(random, samples, 32000.0));
+    }
+
+    std::mt19937 random = SeededRandom();
+};
+
+TEST_F(Entries, ASecondPerSourceIsAcceptedAndOneByteMoreAnswers3) {
+    Start(8000, 1, SAMPLE_FMT_S16);
+    std::vector<char> bytes(16001);
+    size = 16000;
+    EXPECT_EQ(filter->Process(bytes.data(), bytes.data(), size, {kMic}, param, 0), 0);
+    size = 16001;
+    EXPECT_EQ(filter->Process(bytes.data(), bytes.data(), size, {kMic}, param, 0), 3);
+    EXPECT_EQ(size, 16001);
+    EXPECT_EQ(filter->SyncProcessDelay(bytes.data(), bytes.data(), size, {kMic}), 3);
+    bytes.resize(32002);
+    size = 32000;
+    EXPECT_EQ(filter->Process(bytes.data(), bytes.data(), size, {kMic, AV_SOURCE_1}, param, 0), 0);
+    size = 32002;
+    EXPECT_EQ(filter->Process(bytes.data(), bytes.data(), size, {kMic, AV_SOURCE_1}, param, 0), 3);
+}
+
+TEST_F(Entries, ThreeSourcesIn3001BytesAnswer3AndIn3000GiveTheFirst1000) {
+    Start(32000, 1, SAMPLE_FMT_S16);
+    std::vector<char> bytes(3001, 1);
+    std::vector<char> result(3001, 7);
+    const std::vector<AVSourceType> sources = {kMic, AV_SOURCE_1, AV_SOURCE_2};
+    size = 3001;
+    EXPECT_EQ(filter->Process(bytes.data(), result.data(), size, sources, param, 0), 3);
+    EXPECT_EQ(log.Lines(), Lines{Error("Process", 280, "Input parameter is error!!!")});
+    size = 3000;
+    EXPECT_EQ(filter->Process(bytes.data(), result.data(), size, sources, param, 0), 0);
+    EXPECT_EQ(size, 1000);
+    EXPECT_EQ(std::count(result.begin(), result.end(), 1), 1000);
+    EXPECT_EQ(result[1000], 7);
+}
+
+TEST_F(Entries, OneSourceNeverReachesTheMultiSourceChain) {
+    Start(32000, 1, SAMPLE_FMT_S16, {AP_MIXING});
+    std::vector<short> samples = Noise(320);
+    const std::vector<short> before = samples;
+    EXPECT_EQ(Process(samples, {kMic}), 0);
+    EXPECT_EQ(Out<short>(), before) << "through the mixer it would have lost an eighth";
+}
+
+TEST_F(Entries, AnEmptySourceListAnswers2AndLeavesNoSources) {
+    Start(32000, 1, SAMPLE_FMT_S16);
+    std::vector<short> samples(320);
+    EXPECT_EQ(Process(samples, {kMic}), 0);
+    EXPECT_EQ(filter->mSrcNum, 1);
+    EXPECT_EQ(Process(samples, {}), 2);
+    EXPECT_EQ(filter->mSrcNum, 0);
+    EXPECT_EQ(Process(samples, {kMic}), 0);
+    EXPECT_EQ(Sync(samples, {}), 2);
+    EXPECT_EQ(filter->mSrcNum, 0);
+}
+
+TEST_F(Entries, ANullOutputAnswers2EvenUninitialisedAndAValidCallThere4) {
+    std::vector<short> samples(320);
+    size = 640;
+    EXPECT_EQ(filter->Process(BytesOf(samples), nullptr, size, {kMic}, param, 0), 2);
+    EXPECT_EQ(filter->Process(nullptr, BytesOf(samples), size, {kMic}, param, 0), 2);
+    const int address = LogAddress(samples.data());
+    const char* text = "Input nothing!!!inData = %d, outData = %d, size = %d, mSrcNum = %d";
+    EXPECT_EQ(log.Lines(), (Lines{Error("Process", 275, Text(text, address, 0, 640, 1)),
+                                  Error("Process", 275, Text(text, 0, address, 640, 1))}));
+    EXPECT_EQ(Process(samples, {kMic}), 4);
+    EXPECT_EQ(Resample(samples), 4);
+    EXPECT_EQ(Sync(samples, {kMic}), 4);
+    EXPECT_EQ(log.Lines(),
+              (Lines{Error("Process", 285, "Have not been initialized yet!!!"),
+                     Error("ProcessResample", 328, "Have not been initialized yet!!!"),
+                     Error("SyncProcessDelay", 381, "Have not been initialized yet!!!")}));
+}
+
+TEST_F(Entries, EachEntrySaysNothingAndErrorInItsOwnWay) {
+    Start(32000, 1, SAMPLE_FMT_S16);
+    std::vector<short> samples(3);
+    const std::vector<AVSourceType> four = {kMic, AV_SOURCE_1, AV_SOURCE_2, AV_SOURCE_3};
+    EXPECT_EQ(Process(samples, four), 3);
+    EXPECT_EQ(Resample(samples, four), 3);
+    EXPECT_EQ(Sync(samples, four), 3);
+    size = 0;
+    char byte = 0;
+    EXPECT_EQ(filter->ProcessResample(&byte, &byte, size, {kMic}, param, 0), 2);
+    size = -1;
+    EXPECT_EQ(filter->SyncProcessDelay(&byte, &byte, size, {kMic}), 2);
+    const int address = LogAddress(&byte);
+    EXPECT_EQ(log.Lines(),
+              (Lines{Error("Process", 280, "Input parameter is error!!!"),
+                     Error("ProcessResample", 324, "Input parameter is error!!!"),
+                     Error("SyncProcessDelay", 376, "Input parameter is error!!!"),
+                     Error("ProcessResample", 320, "Input nothing!!!"),
+                     Error("SyncProcessDelay", 371,
+                           Text("Input nothing!!!inData = %d, outData = %d, size = -1, mSrcNum = 1",
+                                address, address))}));
+}
+
+TEST_F(Entries, ARefusedCallChangesNeitherSizeNorOutputNorParameters) {
+    Start(48000, 1, SAMPLE_FMT_S16, {AP_DENOISE});
+    std::vector<char> bytes(100, 3);
+    size = 99;
+    EXPECT_EQ(filter->Process(bytes.data(), bytes.data(), size, {kMic, kMic}, param, 0), 3);
+    EXPECT_EQ(size, 99);
+    EXPECT_EQ(param.audioSampleRate, -1);
+    EXPECT_EQ(std::count(bytes.begin(), bytes.end(), 3), 100);
+}
+
+TEST_F(Entries, AfterClearTheEarlierStreamStillBoundsTheSize) {
+    Start(8000, 1, SAMPLE_FMT_S16);
+    filter->Clear();
+    std::vector<short> fits(8000);
+    EXPECT_EQ(Process(fits, {kMic}), 4);
+    std::vector<short> tooLong(8001);
+    EXPECT_EQ(Process(tooLong, {kMic}), 3);
+    EXPECT_EQ(Process(tooLong, {kMic, kMic}), 4);
+}
+
+TEST_F(Entries, SoManySourcesThatTheBoundWrapsAreAnsweredWithoutOverflow) {
+    Start(48000, 2, SAMPLE_FMT_S16);
+    std::vector<short> samples(24000);
+    EXPECT_EQ(Process(samples, std::vector<AVSourceType>(12000)), 3) << "2304000000 has wrapped";
+    EXPECT_EQ(Process(samples, std::vector<AVSourceType>(24000)), 0) << "4608000000 has, too";
+    EXPECT_EQ(size, 2);
+}
+
+TEST_F(Entries, AnInPlaceCallIsNoted) {
+    Start(32000, 1, SAMPLE_FMT_S16);
+    std::vector<short> samples(640);
+    size = 640;
+    filter->Process(BytesOf(samples), BytesOf(samples), size, {kMic}, param, 0);
+    EXPECT_TRUE(filter->mInPlace);
+    size = 640;
+    filter->Process(BytesOf(samples), BytesOf(samples) + 640, size, {kMic}, param, 0);
+    EXPECT_FALSE(filter->mInPlace);
+}
+
+TEST_F(Entries, After9A48000HzStereoBufferAt32000IsSuppressedGainedAndAnswered12) {
+    Start(48000, 2, SAMPLE_FMT_S16, {AP_DENOISE, AP_GAIN});
+    std::vector<short> block = Noise(960);
+    EXPECT_EQ(Process(block, {kMic}), 9);
+    EXPECT_EQ(param.audioSampleRate, 32000);
+    EXPECT_EQ(param.audioChannels, 2);
+    EXPECT_EQ(param.audioSampleFmt, SAMPLE_FMT_S16);
+    log.Lines();
+
+    AudioDenoise denoise;
+    AudioGain gain;
+    denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
+    gain.Init(SAMPLE_FMT_S16);
+    for (int i = 0; i < 20; ++i) {
+        std::vector<short> resampled = Noise(700);
+        std::vector<short> expected(resampled.size() + 640);
+        int bytes = ByteCount(resampled);
+        denoise.Process(BytesOf(resampled), BytesOf(expected), bytes);
+        gain.Process(BytesOf(expected), bytes);
+        expected.resize(static_cast<std::size_t>(bytes) / 2);
+        EXPECT_EQ(Resample(resampled), 12);
+        EXPECT_EQ(Out<short>(), expected);
+    }
+    const Lines lines = log.Lines();
+    EXPECT_EQ(lines[0],
+              "[DEBUG]MediaProcessLog:AudioFilter::ProcessResample:342:"
+              "[ASRC resample]denoise processed");
+    EXPECT_EQ(lines[1],
+              "[DEBUG]MediaProcessLog:AudioFilter::ProcessResample:354:"
+              "[ASRC resample]AGC processed");
+    EXPECT_EQ(lines.size(), 40U);
+}
+
+TEST_F(Entries, ABufferOfAnotherFormatThanAskedForIsCopiedAndAnswered12) {
+    Start(48000, 2, SAMPLE_FMT_S16, {AP_DENOISE});
+    std::vector<short> block = Noise(960);
+    EXPECT_EQ(Process(block, {kMic}), 9);
+    const AVParam asked = param;
+    for (std::int32_t AVParam::*field :
+         {&AVParam::audioSampleRate, &AVParam::audioChannels, &AVParam::audioSampleFmt}) {
+        param = asked;
+        param.*field += 1;
+        EXPECT_EQ(Resample(block), 12);
+        EXPECT_EQ(Out<short>(), block);
+    }
+    param = asked;
+    EXPECT_EQ(Resample(block), 12);
+    EXPECT_NE(Out<short>(), block);
+}
+
+TEST_F(Entries, AfterAProcessOfTwoSourcesNothingIsSuppressed) {
+    Start(48000, 1, SAMPLE_FMT_S16, {AP_DENOISE, AP_MIXING});
+    std::vector<short> block = Noise(960);
+    EXPECT_EQ(Process(block, {kMic, AV_SOURCE_1}), 9);
+    std::vector<short> resampled = Noise(640);
+    EXPECT_EQ(Resample(resampled), 12);
+    EXPECT_EQ(Out<short>(), resampled);
+    EXPECT_EQ(filter->mSrcNum, 2) << "not written by ProcessResample";
+}
+
+TEST_F(Entries, AResampledBufferLongerThanOneSecondAnswers3WhateverItsSources) {
+    Start(8000, 1, SAMPLE_FMT_S16);
+    std::vector<short> samples(8002);
+    EXPECT_EQ(Resample(samples, {kMic, AV_SOURCE_1}), 3);
+    samples.resize(8000);
+    EXPECT_EQ(Resample(samples, {kMic, AV_SOURCE_1}), 12);
+    EXPECT_EQ(size, 8000) << "half of it";
+}
+
+TEST_F(Entries, ASuppressorsCode12CountsAsSuccessAndGainStillRuns) {
+    Start(48000, 3, SAMPLE_FMT_S16, {AP_DENOISE, AP_GAIN});
+    std::vector<short> block(960, 1000);
+    EXPECT_EQ(Process(block, {kMic}), 9);
+    EXPECT_EQ(Resample(block), 12);
+    AudioGain gain;
+    gain.Init(SAMPLE_FMT_S16);
+    gain.Process(BytesOf(block), ByteCount(block));
+    EXPECT_EQ(Out<short>(), block);
+    EXPECT_GT(block[0], 1000);
+}
+
+TEST_F(Entries, ASuppressorsOtherCodesAreLoggedAndAnsweredAndSkipTheGain) {
+    Start(48000, 2, SAMPLE_FMT_S16, {AP_DENOISE, AP_GAIN});
+    std::vector<short> block = Noise(960);
+    EXPECT_EQ(Process(block, {kMic}), 9);
+    log.Lines();
+    std::vector<char> odd(101, 1);
+    size = 101;
+    EXPECT_EQ(filter->ProcessResample(odd.data(), out.data(), size, {kMic}, param, 0), 3);
+    EXPECT_EQ(log.Lines(), (Lines{"[DEBUG]MediaProcessLog:AudioFilter::ProcessResample:342:"
+                                  "[ASRC resample]denoise processed",
+                                  Error("ProcessResample", 345, "Error in audio denoise!!!")}));
+}
+
+TEST_F(Entries, ADelayedSyncOfOneSourceIsACopyWhateverTheMixingSwitch) {
+    Start(32000, 1, SAMPLE_FMT_S16, {AP_MIXING, AP_GAIN, AP_DENOISE});
+    std::vector<short> samples = Noise(320);
+    EXPECT_EQ(Sync(samples, {kMic}), 0);
+    EXPECT_EQ(Out<short>(), samples);
+    EXPECT_EQ(log.Lines(), Lines{});
+}
+
+TEST_F(Entries, ADelayedSyncOfTwoSourcesMixesOrGivesTheFirstHalf) {
+    Start(32000, 1, SAMPLE_FMT_S16);
+    std::vector<short> samples = Noise(640);
+    EXPECT_EQ(Sync(samples, {kMic, AV_SOURCE_1}), 0);
+    EXPECT_EQ(Out<short>(), std::vector<short>(samples.begin(), samples.begin() + 320));
+
+    ProcessSwitchMap mixing = {{AP_MIXING, true}};
+    filter->SetMethod(&mixing);
+    log.Lines();
+    EXPECT_EQ(Sync(samples, {kMic, AV_SOURCE_1}), 0);
+    AudioMixing mixer;
+    mixer.Init(SAMPLE_FMT_S16);
+    std::vector<short> mixed(640);
+    int bytes = 1280;
+    mixer.Process(BytesOf(samples), BytesOf(mixed), bytes, 2);
+    mixed.resize(320);
+    EXPECT_EQ(Out<short>(), mixed);
+    EXPECT_EQ(log.Lines(), Lines{"[DEBUG]MediaProcessLog:AudioFilter::SyncProcessDelay:396:"
+                                 "[ASRC delayed]Mix processed"});
+}
+
+TEST_F(Entries, ADelayedSyncThatTheMixerRefusesIsLoggedAllTheSame) {
+    Start(32000, 1, SAMPLE_FMT_S16, {AP_MIXING});
+    std::vector<short> samples(17);
+    EXPECT_EQ(Sync(samples, std::vector<AVSourceType>(17)), 2) << "more than 16 sources";
+    EXPECT_EQ(log.Lines(), Lines{"[DEBUG]MediaProcessLog:AudioFilter::SyncProcessDelay:396:"
+                                 "[ASRC delayed]Mix processed"});
+}
+
+}  // namespace

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "audio_filter/audio_filter.h"
+#include "log_capture.h"
+#include "support/bytes.h"
+
+/// A filter with a listener, and what both say.
+class FilterTest : public testing::Test, public FilterListener {
+protected:
+    using Events = std::vector<std::pair<int, std::string>>;
+    using Lines = std::vector<std::string>;
+
+    FilterTest() { filter->SetListener(this); }
+
+    void OnEvent(int code, std::string message) override { events.emplace_back(code, message); }
+
+    /// Initialises with the given kinds on, and forgets what that said.
+    int Start(int rate, int channels, SampleFmt fmt, std::vector<ProcessType> kinds = {}) {
+        ProcessSwitchMap switches;
+        for (const ProcessType kind : kinds) {
+            switches[kind] = true;
+        }
+        const int code = filter->Init(rate, channels, fmt, &switches);
+        log.Lines();
+        events.clear();
+        return code;
+    }
+
+    /// Processes samples into a buffer with room for a frame more, and keeps what came out.
+    template <typename Sample>
+    int Process(std::vector<Sample>& samples, std::vector<AVSourceType> sources) {
+        std::vector<Sample> room(samples.size() + 320 * 3);
+        size = ByteCount(samples);
+        const int code = filter->Process(BytesOf(samples), BytesOf(room), size, sources, param, 0);
+        out.assign(BytesOf(room), BytesOf(room) + (size > 0 ? size : 0));
+        return code;
+    }
+
+    template <typename Sample>
+    std::vector<Sample> Out() const {
+        std::vector<Sample> samples(out.size() / sizeof(Sample));
+        std::memcpy(samples.data(), out.data(), samples.size() * sizeof(Sample));
+        return samples;
+    }
+
+    LogCapture log;
+    Events events;
+    AVParam param;
+    int size = 0;
+    std::vector<char> out;
+    std::unique_ptr<AudioFilter> filter = std::make_unique<AudioFilter>();
+};
+
+constexpr AVSourceType kUnknownSource = static_cast<AVSourceType>(5);

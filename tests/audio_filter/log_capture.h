@@ -1,0 +1,55 @@
+#pragma once
+
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "log/pr_file_log_writer.h"
+#include "log/pr_log.h"
+#include "support/temp_dir.h"
+
+/// Turns logging on, at all levels, for as long as it lives, and hands out what has been logged. The
+/// date is cut off, and source lines can be masked:
+///     [ERROR]MediaProcessLog:AudioFilter::Init:*:AGC init error, error code is 3
+class LogCapture {
+public:
+    LogCapture() {
+        PRFileLogParam param = {mDir.File("log"), 1, 0};
+        pr_log->AddLog(PROCESS_LOG_FILE, &param, 1);
+        PR_LOG_ENABLE(true);
+        mFile.open(mDir.File("log_0"));
+    }
+    ~LogCapture() {
+        PR_LOG_ENABLE(false);
+        pr_log->RemoveAllLog();
+    }
+    LogCapture(const LogCapture&) = delete;
+    LogCapture& operator=(const LogCapture&) = delete;
+
+    /// Lines since the last call. Those of Init, Clear and SetMethod bear their own source line,
+    /// which is masked.
+    std::vector<std::string> Lines() {
+        std::vector<std::string> lines;
+        mFile.clear();
+        for (std::string line; std::getline(mFile, line);) {
+            lines.push_back(Masked(line.substr(line.find('['))));
+        }
+        return lines;
+    }
+
+private:
+    static std::string Masked(std::string line) {
+        for (const std::string function :
+             {"AudioFilter::Init:", "AudioFilter::Clear:", "AudioFilter::SetMethod:"}) {
+            const std::size_t found = line.find(function);
+            if (found != std::string::npos) {
+                const std::size_t tag = found + function.size();
+                line = line.substr(0, tag).append("*").append(line.substr(line.find(':', tag)));
+            }
+        }
+        return line;
+    }
+
+    TempDir mDir;
+    std::ifstream mFile;
+};
