@@ -9,25 +9,25 @@
 #include <optional>
 #include <string>
 
-#include "host/audio_format.h"
+#include "host/audio_stream.h"
 #include "host/flac_input.h"
 
 /// Reads a WAV, FLAC or Ogg file. Throws Failure for whatever is not a whole file of one or two
 /// channels with at least one frame.
-class AudioReader {
+class AudioReader : public AudioSource {
 public:
     explicit AudioReader(const std::string& path);
-    ~AudioReader();
+    ~AudioReader() override;
 
     /// 16-bit for integers of up to 16 bits and for lossy codings, else float.
-    const AudioFormat& Format() const { return mFormat; }
+    const AudioFormat& Format() const override { return mFormat; }
 
     /// Length, where the file says it.
-    std::optional<std::int64_t> Frames() const { return mFrames; }
+    std::optional<std::int64_t> Frames() const override { return mFrames; }
 
     /// Reads up to `frames` frames of the format's kind. @return frames read; 0 at the end
-    std::size_t Read(short* samples, std::size_t frames);
-    std::size_t Read(float* samples, std::size_t frames);
+    std::size_t Read(short* samples, std::size_t frames) override;
+    std::size_t Read(float* samples, std::size_t frames) override;
 
 private:
     struct Close {

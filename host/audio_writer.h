@@ -9,12 +9,12 @@
 #include <optional>
 #include <string>
 
-#include "host/audio_format.h"
+#include "host/audio_stream.h"
 #include "host/output_file.h"
 
 /// Writes a WAV or FLAC file, which appears whole at Commit or not at all: it grows beside its
 /// place under another name. Throws Failure when that cannot be.
-class AudioWriter {
+class AudioWriter : public AudioSink {
 public:
     /// @param path ends in .wav or .flac
     /// @param format 16-bit samples are written as such; floats as floats to WAV, as 24 bits to
@@ -27,11 +27,11 @@ public:
     /// Says what stops a file from being written there, before any work is done for it.
     static void CheckPath(const std::string& path);
 
-    void Write(const short* samples, std::size_t frames);
-    void Write(const float* samples, std::size_t frames);
+    void Write(const short* samples, std::size_t frames) override;
+    void Write(const float* samples, std::size_t frames) override;
 
     /// Puts the file in its place, over one that is there and with the permissions of that.
-    void Commit();
+    void Commit() override;
 
 private:
     struct Close {

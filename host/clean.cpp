@@ -2,87 +2,291 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <deque>
 #include <filesystem>
+#include <memory>
 #include <system_error>
-#include <vector>
+#include <utility>
 
 #include "host/audio_reader.h"
 #include "host/audio_writer.h"
 #include "host/failure.h"
+#include "host/filter_stream.h"
 #include "host/interrupt.h"
+#include "host/log_file.h"
+#include "host/music_judge.h"
 #include "host/progress_bar.h"
-#include "host/stream_cleaner.h"
+#include "host/raw_stream.h"
+#include "host/source_feed.h"
+#include "units/audio_mixing.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
+using Sources = std::vector<std::unique_ptr<AudioSource>>;
 
-void RefuseSameFile(const CleanJob& job) {
-    std::error_code error;
-    if (std::filesystem::equivalent(job.input, job.output, error)) {
-        throw Failure(job.output, "is the input itself");
-    }
-}
+constexpr const char* kPipe = "-";
 
-template <typename Sample>
-Report CleanAs(const CleanJob& job, AudioReader& reader, std::ostream* progress) {
-    const Clock::time_point start = Clock::now();
-    const AudioFormat& format = reader.Format();
-    AudioWriter writer(job.output, format, reader.Frames());
-    LevelMeter before(format);
-    LevelMeter after(format);
-    const auto channels = static_cast<std::size_t>(format.channels);
-    StreamCleaner<Sample> cleaner(job.settings, format, [&](const std::vector<Sample>& cleaned) {
-        after.Add(cleaned);
-        writer.Write(cleaned.data(), cleaned.size() / channels);
-    });
-
-    const auto blockFrames = static_cast<std::size_t>(
-        std::max<std::int64_t>(1, std::int64_t{format.sampleRate} * job.blockMs / 1000));
-    std::int64_t frames = 0;
-    {
-        ProgressBar bar(progress, reader.Frames());
-        std::vector<Sample> block(blockFrames * channels);
-        while (const std::size_t read = reader.Read(block.data(), blockFrames)) {
-            block.resize(read * channels);
-            before.Add(block);
-            cleaner.Push(block);
-            block.resize(blockFrames * channels);
-            frames += static_cast<std::int64_t>(read);
-            bar.Advance(static_cast<std::int64_t>(read));
-            if (Interrupted()) {
-                throw Failure("interrupted");
-            }
+Sources Open(const CleanJob& job) {
+    Sources sources;
+    for (const InputFile& input : job.inputs) {
+        std::error_code error;
+        if (input.path == kPipe) {
+            sources.push_back(std::make_unique<RawReader>(stdin, *job.raw));
+            continue;
+        }
+        sources.push_back(std::make_unique<AudioReader>(input.path));
+        if (std::filesystem::equivalent(input.path, job.output, error)) {
+            throw Failure(job.output, "is the input itself");
         }
     }
-    cleaner.Finish();
-    writer.Commit();
-
-    Report report = {};
-    report.input = job.input;
-    report.output = job.output;
-    report.format = format;
-    report.processingRate = cleaner.ProcessingRate();
-    report.duration = static_cast<double>(frames) / format.sampleRate;
-    report.elapsed = std::chrono::duration<double>(Clock::now() - start).count();
-    report.loudnessBefore = before.Loudness();
-    report.loudnessAfter = after.Loudness();
-    report.peakBefore = before.Peak();
-    report.peakAfter = after.Peak();
-    report.levels = CompareWindows(before.Powers(), after.Powers());
-    report.settings = job.settings;
-    if (cleaner.Chain().ChecksPhase()) {
-        report.phaseCorrected =
-            static_cast<double>(cleaner.Chain().CorrectedFrames()) / cleaner.ProcessingRate();
-    }
-    return report;
+    return sources;
 }
+
+std::unique_ptr<AudioSink> OpenOutput(const CleanJob& job, const AudioFormat& format,
+                                      std::optional<std::int64_t> frames) {
+    if (job.output != kPipe) {
+        return std::make_unique<AudioWriter>(job.output, format, frames);
+    }
+    if (job.raw && RawFormatName(*job.raw) != RawFormatName(format)) {
+        throw Failure("standard output: would be " + RawFormatName(format) + ", not " +
+                      RawFormatName(*job.raw));
+    }
+    return std::make_unique<RawWriter>(stdout, format);
+}
+
+std::string FormatName(const AudioFormat& format) {
+    return std::to_string(format.sampleRate) + " Hz " + (format.channels == 1 ? "mono" : "stereo");
+}
+
+/// What has been done to an input so that it fits the first one.
+std::vector<std::string> Conversions(const CleanJob& job, const Sources& sources) {
+    std::vector<std::string> conversions;
+    const AudioFormat& common = sources.front()->Format();
+    for (std::size_t i = 1; i < sources.size(); ++i) {
+        const AudioFormat& own = sources[i]->Format();
+        if (own.sampleRate != common.sampleRate || own.channels != common.channels) {
+            conversions.push_back(job.inputs[i].path + ": brought from " + FormatName(own) +
+                                  " to " + FormatName(common));
+        }
+    }
+    return conversions;
+}
+
+/// Whether a level of noise suppression is asked for that is not the filter's own.
+bool AsksForALevel(const CleanJob& job) {
+    FilterSettings settings = job.settings;
+    bool asks = settings.denoiseLevel.value_or(3) != 3;
+    for (const SettingsChange& change : job.changes) {
+        for (const auto& [name, value] : change.values) {
+            ApplySetting(settings, name, value);
+        }
+        asks = asks || settings.denoiseLevel.value_or(3) != 3;
+    }
+    return asks;
+}
+
+/// One job, from the first block to the last.
+template <typename Sample>
+class Cleaning {
+public:
+    Cleaning(const CleanJob& job, Sources sources)
+        : mJob(job),
+          mConversions(Conversions(job, sources)),
+          mFormat(sources.front()->Format()),
+          mFilterFormat(mFormat),
+          mBefore(mFormat),
+          mAfter(mFormat),
+          mJudge(mFormat),
+          mSettings(job.settings) {
+        if (mFormat.channels == 1 && AsksForALevel(job)) {
+            // The filter does not keep the level of a mono stream: two equal channels stand for it.
+            mFilterFormat.channels = 2;
+        }
+        for (std::unique_ptr<AudioSource>& source : sources) {
+            mFeeds.emplace_back(std::move(source), mFilterFormat);
+        }
+        mMixing.Init(mFormat.kind == SampleKind::kS16 ? SAMPLE_FMT_S16 : SAMPLE_FMT_FLT);
+    }
+
+    Report Run(std::ostream* progress) {
+        const Clock::time_point start = Clock::now();
+        const std::optional<std::int64_t> length = Length();
+        const std::unique_ptr<AudioSink> sink = OpenOutput(mJob, mFormat, length);
+        FilterStream<Sample> stream(Settings(), mFilterFormat, Kinds(),
+                                    [&](const Block& cleaned) { Write(*sink, Narrowed(cleaned)); });
+        {
+            ProgressBar bar(progress, length);
+            while (const std::size_t frames = PushBlock(stream)) {
+                bar.Advance(static_cast<std::int64_t>(frames));
+                if (Interrupted()) {
+                    throw Failure("interrupted");
+                }
+            }
+        }
+        if (mFrames == 0) {
+            throw Failure(mJob.inputs.front().path, "holds no audio");
+        }
+        stream.Finish();
+        sink->Commit();
+        const double elapsed = std::chrono::duration<double>(Clock::now() - start).count();
+        return MakeReport(stream.Record(), elapsed);
+    }
+
+private:
+    using Block = std::vector<Sample>;
+
+    std::vector<AVSourceType> Kinds() const {
+        std::vector<AVSourceType> kinds;
+        for (const InputFile& input : mJob.inputs) {
+            kinds.push_back(input.kind);
+        }
+        return kinds;
+    }
+
+    /// Of the longest source, where all are known.
+    std::optional<std::int64_t> Length() const {
+        std::int64_t longest = 0;
+        for (const SourceFeed<Sample>& feed : mFeeds) {
+            const std::optional<std::int64_t> frames = feed.Frames();
+            if (!frames) {
+                return std::nullopt;
+            }
+            longest = std::max(longest, *frames);
+        }
+        return longest;
+    }
+
+    /// One block of each source, up to the next change. @return its frames; 0 at the end
+    std::size_t PushBlock(FilterStream<Sample>& stream) {
+        ApplyChanges(stream);
+        std::size_t wanted = mJob.blockSizes.Next(mFormat.sampleRate);
+        if (mChange < mJob.changes.size()) {
+            const std::int64_t left = FrameOf(mJob.changes[mChange]) - mFrames;
+            wanted = std::min(wanted, static_cast<std::size_t>(left));
+        }
+        std::size_t frames = 0;
+        for (SourceFeed<Sample>& feed : mFeeds) {
+            frames = std::max(frames, feed.Fill(wanted));
+        }
+        if (frames == 0) {
+            return 0;
+        }
+        Block blocks;
+        for (SourceFeed<Sample>& feed : mFeeds) {
+            feed.Take(frames, blocks);
+        }
+        const Block heard = Narrowed(Heard(blocks));
+        mBefore.Add(heard);
+        mJudge.Hear(heard);
+        stream.Push(std::move(blocks));
+        mFrames += static_cast<std::int64_t>(frames);
+        return frames;
+    }
+
+    void ApplyChanges(FilterStream<Sample>& stream) {
+        while (mChange < mJob.changes.size() && FrameOf(mJob.changes[mChange]) <= mFrames) {
+            for (const auto& [name, value] : mJob.changes[mChange].values) {
+                ApplySetting(mSettings, name, value);
+            }
+            stream.Apply(Settings());
+            ++mChange;
+        }
+    }
+
+    /// The current ones, as far as they mean anything to the format.
+    FilterSettings Settings() const {
+        FilterSettings settings = mSettings;
+        settings.phaseCheck = settings.phaseCheck && mFormat.channels == 2;
+        return settings;
+    }
+
+    std::int64_t FrameOf(const SettingsChange& change) const {
+        return std::llround(change.seconds * mFormat.sampleRate);
+    }
+
+    /// What the filter's chain begins with: the mix of all sources, or the first one.
+    Block Heard(const Block& blocks) {
+        const std::size_t perSource = blocks.size() / mFeeds.size();
+        Block heard(blocks.begin(), blocks.begin() + static_cast<std::ptrdiff_t>(perSource));
+        if (mFeeds.size() > 1 && mSettings.mix) {
+            int size = static_cast<int>(blocks.size() * sizeof(Sample));
+            mMixing.Process(reinterpret_cast<const char*>(blocks.data()),
+                            reinterpret_cast<char*>(heard.data()), size,
+                            static_cast<int>(mFeeds.size()));
+        }
+        return heard;
+    }
+
+    /// The left of two equal channels that stand for mono; anything else as it is.
+    Block Narrowed(const Block& block) const {
+        if (mFilterFormat.channels == mFormat.channels) {
+            return block;
+        }
+        Block left;
+        for (std::size_t i = 0; i < block.size(); i += 2) {
+            left.push_back(block[i]);
+        }
+        return left;
+    }
+
+    void Write(AudioSink& sink, const Block& cleaned) {
+        mAfter.Add(cleaned);
+        sink.Write(cleaned.data(), cleaned.size() / static_cast<std::size_t>(mFormat.channels));
+    }
+
+    Report MakeReport(const FilterRecord& record, double elapsed) const {
+        const auto seconds = [&](std::int64_t frames) {
+            return static_cast<double>(frames) / mFormat.sampleRate;
+        };
+        Report report = {};
+        for (const InputFile& input : mJob.inputs) {
+            report.inputs.push_back(input.path);
+        }
+        report.output = mJob.output;
+        report.format = mFormat;
+        report.duration = seconds(mFrames);
+        report.elapsed = elapsed;
+        report.loudnessBefore = mBefore.Loudness();
+        report.loudnessAfter = mAfter.Loudness();
+        report.peakBefore = mBefore.Peak();
+        report.peakAfter = mAfter.Peak();
+        report.levels = CompareWindows(mBefore.Powers(), mAfter.Powers());
+        report.settings = mJob.settings;
+        report.settings.phaseCheck = report.settings.phaseCheck && mFormat.channels == 2;
+        report.record = record;
+        report.conversions = mConversions;
+        report.music = seconds(mJudge.MusicFrames());
+        report.phaseCorrected = seconds(record.correctedFrames);
+        return report;
+    }
+
+    // A copy, as its block sizes are drawn one after another.
+    CleanJob mJob;
+    std::vector<std::string> mConversions;
+    AudioFormat mFormat;        ///< of the output
+    AudioFormat mFilterFormat;  ///< of what the filter gets
+    LevelMeter mBefore;
+    LevelMeter mAfter;
+    MusicJudge<Sample> mJudge;
+    AudioMixing mMixing;
+    FilterSettings mSettings;  ///< current
+    std::deque<SourceFeed<Sample>> mFeeds;
+    std::size_t mChange = 0;   ///< the next one
+    std::int64_t mFrames = 0;  ///< pushed so far
+};
 
 }  // namespace
 
 Report Clean(const CleanJob& job, std::ostream* progress) {
-    AudioReader reader(job.input);
-    RefuseSameFile(job);
-    return reader.Format().kind == SampleKind::kS16 ? CleanAs<short>(job, reader, progress)
-                                                    : CleanAs<float>(job, reader, progress);
+    Sources sources = Open(job);
+    std::optional<LogFile> log;
+    if (!job.log.empty()) {
+        log.emplace(job.log);
+    }
+    return sources.front()->Format().kind == SampleKind::kS16
+               ? std::make_unique<Cleaning<short>>(job, std::move(sources))->Run(progress)
+               : std::make_unique<Cleaning<float>>(job, std::move(sources))->Run(progress);
 }

@@ -1,12 +1,15 @@
 #include "host/command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <exception>
 #include <ostream>
 #include <string>
+#include <vector>
 
 #include "host/clean.h"
 #include "host/failure.h"
+#include "host/raw_stream.h"
 #include "host/report.h"
 
 namespace {
@@ -16,24 +19,52 @@ constexpr int kNotUnderstood = 2;
 
 struct Arguments {
     CleanJob job;
+    std::vector<std::string> files;
+    std::vector<std::string> sources;
     std::string denoise = "3";
     std::string gain = "off";
     std::string phaseCheck = "on";
+    std::string mix = "on";
+    std::vector<std::string> changes;
+    std::string blockMs = "10";
+    std::string raw;
     bool json = false;
     bool quiet = false;
 };
 
-/// Takes "off" or a number from 0 to `highest`, whole or not.
-template <typename Number>
-CLI::Validator OffOrUpTo(Number highest, const std::string& description) {
-    const auto check = [highest](const std::string& text) {
-        Number number = 0;
-        const bool good = text == "off" || (CLI::detail::lexical_cast(text, number) &&
-                                            number >= 0 && number <= highest);
-        return good ? std::string()
-                    : "'" + text + "' is neither off nor in 0.." + std::to_string(highest);
+/// Takes what can be parsed.
+template <typename Parse>
+CLI::Validator Parsed(const Parse& parse, const std::string& form) {
+    const auto check = [parse, form](const std::string& text) {
+        return parse(text) ? std::string() : "'" + text + "' is not " + form;
     };
-    return CLI::Validator(check, description);
+    return CLI::Validator(check, form);
+}
+
+/// Takes what the setting takes.
+CLI::Validator SettingOf(const std::string& name, const std::string& form) {
+    const auto parse = [name](const std::string& text) {
+        FilterSettings scratch;
+        return ApplySetting(scratch, name, text);
+    };
+    return Parsed(parse, form);
+}
+
+/// Reads "microphone=talk.wav", "0=talk.wav" or "2=bed.ogg".
+std::optional<InputFile> ParseSource(const std::string& text) {
+    const std::size_t equals = text.find('=');
+    const std::string kind = text.substr(0, equals);
+    if (equals == std::string::npos || equals + 1 == text.size()) {
+        return std::nullopt;
+    }
+    const InputFile input = {text.substr(equals + 1), AV_SOURCE_MICROPHONE};
+    if (kind == "microphone") {
+        return input;
+    }
+    if (kind.size() != 1 || kind[0] < '0' || kind[0] > '3') {
+        return std::nullopt;
+    }
+    return InputFile{input.path, static_cast<AVSourceType>(kind[0] - '0')};
 }
 
 void Declare(CLI::App& app, Arguments& arguments) {
@@ -42,38 +73,89 @@ void Declare(CLI::App& app, Arguments& arguments) {
     app.require_subcommand(1);
 
     CLI::App& clean = *app.add_subcommand("clean", "Clean a recording");
-    clean.add_option("IN", arguments.job.input, "WAV, FLAC or Ogg file, mono or stereo")
+    clean.add_option(
+        "IN", arguments.files,
+        "WAV, FLAC or Ogg files, mono or stereo: the first is the microphone, more are "
+        "other sources; - for raw samples on standard input");
+    clean.add_option("--source", arguments.sources, "one more file, and the kind of its source")
+        ->check(Parsed(ParseSource, "KIND=FILE, where KIND is microphone, 1, 2 or 3"))
+        ->type_name("KIND=FILE");
+    clean
+        .add_option("-o,--output", arguments.job.output,
+                    "WAV or FLAC file to write; - for raw samples on standard output")
         ->required();
-    clean.add_option("-o,--output", arguments.job.output, "WAV or FLAC file to write")->required();
+    clean.add_option("--raw", arguments.raw, "what the raw samples are")
+        ->check(Parsed(ParseRawFormat, "s16|f32:RATE:CHANNELS"));
     clean
         .add_option("--denoise", arguments.denoise,
                     "noise suppression: 0 mild to 3 most aggressive")
-        ->check(OffOrUpTo(3, "LEVEL 0..3|off"))
+        ->check(SettingOf("denoise", "LEVEL 0..3|off"))
         ->capture_default_str();
     clean.add_option("--gain", arguments.gain, "strength of the gain curve")
-        ->check(OffOrUpTo(1.0F, "GAIN 0..1|off"))
+        ->check(SettingOf("gain", "GAIN 0..1|off"))
         ->capture_default_str();
     clean.add_option("--phase-check", arguments.phaseCheck, "correct a reversed left channel")
-        ->check(CLI::IsMember({"on", "off"}))
+        ->check(SettingOf("phase-check", "on|off"))
         ->capture_default_str();
-    clean.add_option("--block-ms", arguments.job.blockMs, "how much to process at a time, in ms")
-        ->check(CLI::Range(1, 1000))
+    clean.add_option("--mix", arguments.mix, "mix several sources, or take the first one alone")
+        ->check(SettingOf("mix", "on|off"))
         ->capture_default_str();
+    clean
+        .add_option("--at", arguments.changes,
+                    "change settings on the way, such as "
+                    "3.5s:denoise=off,gain=0.4")
+        ->check(Parsed(ParseChange, "TIME:SETTING=VALUE,..."));
+    clean.add_option("--block-ms", arguments.blockMs, "how much to process at a time, in ms")
+        ->check(Parsed(BlockSizes::Parse, "1..1000|random:SEED"))
+        ->capture_default_str();
+    clean.add_option("--log", arguments.job.log, "file for the library's own log lines");
     clean.add_flag("--json", arguments.json, "print the summary as one JSON object");
     clean.add_flag("--quiet", arguments.quiet, "print no progress and no table");
 }
 
 CleanJob JobOf(const Arguments& arguments) {
     CleanJob job = arguments.job;
-    job.settings.denoiseLevel.reset();
-    if (arguments.denoise != "off") {
-        job.settings.denoiseLevel = std::stoi(arguments.denoise);
+    for (const std::string& file : arguments.files) {
+        const auto kind = static_cast<AVSourceType>(std::min<std::size_t>(job.inputs.size(), 3));
+        job.inputs.push_back({file, kind});
     }
-    if (arguments.gain != "off") {
-        job.settings.gain = std::stof(arguments.gain);
+    for (const std::string& source : arguments.sources) {
+        job.inputs.push_back(*ParseSource(source));
     }
-    job.settings.phaseCheck = arguments.phaseCheck == "on";
+    ApplySetting(job.settings, "denoise", arguments.denoise);
+    ApplySetting(job.settings, "gain", arguments.gain);
+    ApplySetting(job.settings, "phase-check", arguments.phaseCheck);
+    ApplySetting(job.settings, "mix", arguments.mix);
+    for (const std::string& change : arguments.changes) {
+        job.changes.push_back(*ParseChange(change));
+    }
+    std::stable_sort(job.changes.begin(), job.changes.end(),
+                     [](const auto& a, const auto& b) { return a.seconds < b.seconds; });
+    job.blockSizes = *BlockSizes::Parse(arguments.blockMs);
+    job.raw = ParseRawFormat(arguments.raw);
     return job;
+}
+
+/// What no option can know of itself. Throws CLI::ValidationError.
+void CheckTogether(const CleanJob& job, bool json) {
+    constexpr std::size_t kMostInputs = 16;
+    const auto piped = std::count_if(job.inputs.begin(), job.inputs.end(),
+                                     [](const InputFile& input) { return input.path == "-"; });
+    if (job.inputs.empty()) {
+        throw CLI::ValidationError("IN", "is required");
+    }
+    if (job.inputs.size() > kMostInputs) {
+        throw CLI::ValidationError("IN", "more than 16 sources");
+    }
+    if (piped > 1) {
+        throw CLI::ValidationError("IN", "standard input can be one source only");
+    }
+    if (piped == 1 && !job.raw) {
+        throw CLI::ValidationError("--raw", "says what comes from standard input, and is missing");
+    }
+    if (job.output == "-" && json) {
+        throw CLI::ValidationError("--json", "standard output already takes the samples");
+    }
 }
 
 std::string FirstLine(const std::string& text) {
@@ -84,16 +166,18 @@ std::string FirstLine(const std::string& text) {
 
 int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::ostream& err,
                    std::ostream* progress) {
-    CLI::App app("Cleans up recordings: phase check, noise suppression, gain");
+    CLI::App app("Cleans up recordings: phase check, mixing, noise suppression, gain");
     Arguments arguments;
     Declare(app, arguments);
     try {
         app.parse(argc, argv);
-        const Report report = Clean(JobOf(arguments), arguments.quiet ? nullptr : progress);
+        const CleanJob job = JobOf(arguments);
+        CheckTogether(job, arguments.json);
+        const Report report = Clean(job, arguments.quiet ? nullptr : progress);
         if (arguments.json) {
             PrintJson(out, report);
         } else if (!arguments.quiet) {
-            PrintTable(out, report);
+            PrintTable(job.output == "-" ? err : out, report);
         }
         return 0;
     } catch (const CLI::ParseError& error) {

@@ -33,14 +33,29 @@ const char* KindName(SampleKind kind) {
     return kind == SampleKind::kS16 ? "16-bit" : "float";
 }
 
-/// At these rates most of what the suppressor is fed is padding, and the output has gaps.
-bool HasGaps(const Report& report) {
-    return report.settings.denoiseLevel && report.processingRate < 32000;
+bool IsSuppressed(const Report& report) {
+    return report.settings.denoiseLevel.has_value();
 }
 
-constexpr const char* kGapsNote =
-    "the suppressor is made for 32000 Hz; at this rate its output has gaps: convert the file to "
-    "32000 Hz first, or use --denoise off";
+/// What the user should know of this run.
+std::vector<std::string> Notes(const Report& report) {
+    std::vector<std::string> notes = report.conversions;
+    if (IsSuppressed(report) && report.record.processingRate < 32000) {
+        notes.push_back("the suppressor is made for 32000 Hz; at " +
+                        std::to_string(report.record.processingRate) +
+                        " Hz its output has gaps: convert the file to 32000 Hz first, or use "
+                        "--denoise off");
+    }
+    return notes;
+}
+
+std::string Joined(const std::vector<std::string>& words, const char* separator) {
+    std::string joined;
+    for (const std::string& word : words) {
+        joined += (joined.empty() ? "" : separator) + word;
+    }
+    return joined;
+}
 
 template <typename... Args>
 std::string Format(const char* format, Args... args) {
@@ -60,49 +75,55 @@ nlohmann::ordered_json Number(double value, double scale) {
 }  // namespace
 
 void PrintTable(std::ostream& out, const Report& report) {
-    const ChainSettings& settings = report.settings;
-    out << report.input << " -> " << report.output << "\n"
+    const FilterSettings& settings = report.settings;
+    const FilterRecord& record = report.record;
+    out << Joined(report.inputs, " + ") << " -> " << report.output << "\n"
         << Format("%.2f s, %d Hz, %s, %s; ", report.duration, report.format.sampleRate,
                   report.format.channels == 1 ? "mono" : "stereo", KindName(report.format.kind))
-        << Format("processed at %d Hz, %.0f x real time\n", report.processingRate, Speed(report))
+        << Format("%.0f x real time\n", Speed(report))
         << Format("%-13s %-5s %8s %8s %8s\n", "", "", "before", "after", "change");
     for (const Row& row : Rows(report)) {
         out << Format("%-13s %-5s %8.1f %8.1f", row.label, row.unit, row.before, row.after);
         const double change = row.after - row.before;
         out << (std::isnan(change) ? "\n" : Format(" %+8.1f\n", change));
     }
-    out << "phase check   ";
-    if (report.phaseCorrected) {
-        out << Format("left channel turned round for %.2f s\n", *report.phaseCorrected);
-    } else {
-        out << "off\n";
+    out << Format("phase check   %s, left channel turned round for %.2f s\n",
+                  settings.phaseCheck ? "on" : "off", report.phaseCorrected)
+        << "suppression   "
+        << (settings.denoiseLevel ? Format("level %d", *settings.denoiseLevel) : "off")
+        << Format(", %lld blocks by way of %d Hz\n", static_cast<long long>(record.handOffs),
+                  record.processingRate)
+        << "gain          "
+        << (settings.gain ? Format("%.2f\n", static_cast<double>(*settings.gain)) : "off\n")
+        << Format("music         %.2f s\n", report.music);
+    for (const FilterEvent& event : record.events) {
+        out << Format("event         %.3f s, %d ", event.seconds, event.code) << event.text << "\n";
     }
-    out << "suppression   "
-        << (settings.denoiseLevel ? Format("level %d\n", *settings.denoiseLevel) : "off\n");
-    out << "gain          "
-        << (settings.gain ? Format("%.2f\n", static_cast<double>(*settings.gain)) : "off\n");
-    if (HasGaps(report)) {
-        out << "note          " << kGapsNote << "\n";
+    for (const auto& [call, times] : record.refused) {
+        out << "refused       " << call << Format(", %d times\n", times);
+    }
+    for (const std::string& note : Notes(report)) {
+        out << "note          " << note << "\n";
     }
 }
 
 void PrintJson(std::ostream& out, const Report& report) {
+    const FilterRecord& record = report.record;
     nlohmann::ordered_json json;
-    json["input"] = report.input;
+    json["inputs"] = report.inputs;
     json["output"] = report.output;
     json["duration_s"] = Number(report.duration, 1e6);
     json["sample_rate_hz"] = report.format.sampleRate;
     json["channels"] = report.format.channels;
     json["samples"] = KindName(report.format.kind);
-    json["processing_rate_hz"] = report.processingRate;
     json["speed"] = Number(Speed(report), 10.0);
     for (const Row& row : Rows(report)) {
         json[row.key] = {{"before", Number(row.before, 100.0)},
                          {"after", Number(row.after, 100.0)},
                          {"change", Number(row.after - row.before, 100.0)}};
     }
-    json["phase_corrected_s"] =
-        report.phaseCorrected ? Number(*report.phaseCorrected, 1e6) : nullptr;
+    json["phase_check"] = report.settings.phaseCheck;
+    json["phase_corrected_s"] = Number(report.phaseCorrected, 1e6);
     json["denoise_level"] = nullptr;
     if (report.settings.denoiseLevel) {
         json["denoise_level"] = *report.settings.denoiseLevel;
@@ -111,10 +132,16 @@ void PrintJson(std::ostream& out, const Report& report) {
     if (report.settings.gain) {
         json["gain"] = *report.settings.gain;
     }
-    json["notes"] = nlohmann::ordered_json::array();
-    if (HasGaps(report)) {
-        json["notes"].push_back(kGapsNote);
+    json["hand_offs"] = record.handOffs;
+    json["processing_rate_hz"] = record.processingRate;
+    json["music_s"] = Number(report.music, 1e6);
+    json["events"] = nlohmann::ordered_json::array();
+    for (const FilterEvent& event : record.events) {
+        json["events"].push_back(
+            {{"time_s", Number(event.seconds, 1e6)}, {"code", event.code}, {"text", event.text}});
     }
+    json["refused"] = record.refused;
+    json["notes"] = Notes(report);
     // A path need not be UTF-8.
     out << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
 }

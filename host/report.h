@@ -1,28 +1,31 @@
 #pragma once
 
 #include <iosfwd>
-#include <optional>
 #include <string>
+#include <vector>
 
 #include "host/audio_format.h"
+#include "host/filter_record.h"
+#include "host/filter_settings.h"
 #include "host/level_meter.h"
-#include "host/unit_chain.h"
 
 /// What was done to a recording, and what it did.
 struct Report {
-    std::string input;
+    std::vector<std::string> inputs;
     std::string output;
     AudioFormat format;
-    int processingRate;  ///< Hz
-    double duration;     ///< s
-    double elapsed;      ///< s
+    double duration;  ///< s
+    double elapsed;   ///< s
     double loudnessBefore;
     double loudnessAfter;
     double peakBefore;
     double peakAfter;
     WindowLevels levels;
-    ChainSettings settings;
-    std::optional<double> phaseCorrected;  ///< s; none where no phase check ran
+    FilterSettings settings;  ///< at the start
+    FilterRecord record;
+    std::vector<std::string> conversions;  ///< of inputs that did not fit the first
+    double music;                          ///< s judged music
+    double phaseCorrected;                 ///< s, of all sources
 };
 
 /// For people: a short table.

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <random>
+#include <string>
+
+/// How much the filter gets at a time: one size, or any at random.
+class BlockSizes {
+public:
+    /// Reads "10" (ms, 1..1000) or "random:SEED". @return none for anything else
+    static std::optional<BlockSizes> Parse(const std::string& text);
+
+    /// @return frames, at least 1 and at most a second's
+    std::size_t Next(int sampleRate);
+
+private:
+    static constexpr int kLongestMs = 1000;
+
+    int mMs = 10;
+    std::optional<std::mt19937> mRandom;
+};

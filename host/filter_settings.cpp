@@ -1,0 +1,82 @@
+#include "host/filter_settings.h"
+
+#include <charconv>
+#include <sstream>
+
+namespace {
+
+/// The whole text as a number.
+template <typename Number>
+std::optional<Number> Parse(const std::string& text) {
+    Number number = 0;
+    const char* end = text.data() + text.size();
+    const auto [stopped, error] = std::from_chars(text.data(), end, number);
+    const bool good = error == std::errc() && stopped == end;
+    return good ? std::optional<Number>(number) : std::nullopt;
+}
+
+/// "off", or a number from 0 to `highest`.
+template <typename Number>
+bool SetNumber(std::optional<Number>& setting, const std::string& value, Number highest) {
+    if (value == "off") {
+        setting.reset();
+        return true;
+    }
+    const std::optional<Number> number = Parse<Number>(value);
+    if (!number || !(*number >= Number(0) && *number <= highest)) {
+        return false;
+    }
+    setting = number;
+    return true;
+}
+
+bool SetSwitch(bool& setting, const std::string& value) {
+    if (value != "on" && value != "off") {
+        return false;
+    }
+    setting = value == "on";
+    return true;
+}
+
+}  // namespace
+
+bool ApplySetting(FilterSettings& settings, const std::string& name, const std::string& value) {
+    if (name == "denoise") {
+        return SetNumber(settings.denoiseLevel, value, 3);
+    }
+    if (name == "gain") {
+        return SetNumber(settings.gain, value, 1.0F);
+    }
+    if (name == "phase-check") {
+        return SetSwitch(settings.phaseCheck, value);
+    }
+    return name == "mix" && SetSwitch(settings.mix, value);
+}
+
+std::optional<SettingsChange> ParseChange(const std::string& text) {
+    const std::size_t colon = text.find(':');
+    if (colon == std::string::npos) {
+        return std::nullopt;
+    }
+    std::string time = text.substr(0, colon);
+    if (!time.empty() && time.back() == 's') {
+        time.pop_back();
+    }
+    const std::optional<double> seconds = Parse<double>(time);
+    if (!seconds || !(*seconds >= 0.0 && *seconds < 1e9)) {
+        return std::nullopt;
+    }
+    SettingsChange change = {*seconds, {}};
+    FilterSettings scratch;
+    std::istringstream items(text.substr(colon + 1));
+    for (std::string item; std::getline(items, item, ',');) {
+        const std::size_t equals = item.find('=');
+        const std::string name = item.substr(0, equals);
+        const std::string value = equals == std::string::npos ? "" : item.substr(equals + 1);
+        if (!ApplySetting(scratch, name, value)) {
+            return std::nullopt;
+        }
+        change.values.emplace_back(name, value);
+    }
+    return change.values.empty() ? std::nullopt : std::optional(change);
+}

@@ -1,0 +1,36 @@
+#include "host/log_file.h"
+
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#include "host/failure.h"
+#include "log/media_process_log.h"
+#include "log/pr_file_log_writer.h"
+#include "log/pr_log.h"
+
+namespace {
+
+/// A file writer with a limit of size, which it never reaches, numbers its files from 0.
+std::string NameOfWriter(const std::string& path) {
+    return path + "_0";
+}
+
+}  // namespace
+
+LogFile::LogFile(const std::string& path) : mPath(path) {
+    // The writer itself only complains on standard error.
+    if (!std::ofstream(path) || !std::ofstream(NameOfWriter(path))) {
+        throw Failure(path, "cannot be written");
+    }
+    PRFileLogParam param = {path, 1, 0};
+    mId = pr_log->AddLog(PROCESS_LOG_FILE, &param, PROCESS_LOG_DEBUG);
+    PR_LOG_ENABLE(true);
+}
+
+LogFile::~LogFile() {
+    PR_LOG_ENABLE(false);
+    pr_log->RemoveLog(mId);
+    std::error_code ignored;
+    std::filesystem::rename(NameOfWriter(mPath), mPath, ignored);
+}

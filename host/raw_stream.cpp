@@ -1,0 +1,103 @@
+#include "host/raw_stream.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+
+#include "host/failure.h"
+
+namespace {
+
+/// The rate's bound keeps a second of two floats well inside an int of bytes.
+constexpr int kHighestRate = 768000;
+
+std::optional<int> ParseInt(const std::string& text) {
+    int number = 0;
+    const char* end = text.data() + text.size();
+    const auto [stopped, error] = std::from_chars(text.data(), end, number);
+    return error == std::errc() && stopped == end ? std::optional(number) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<AudioFormat> ParseRawFormat(const std::string& text) {
+    const std::size_t first = text.find(':');
+    const std::size_t second = first == std::string::npos ? first : text.find(':', first + 1);
+    if (second == std::string::npos) {
+        return std::nullopt;
+    }
+    const std::string kind = text.substr(0, first);
+    const std::optional<int> rate = ParseInt(text.substr(first + 1, second - first - 1));
+    const std::optional<int> channels = ParseInt(text.substr(second + 1));
+    if ((kind != "s16" && kind != "f32") || !rate || *rate < 1 || *rate > kHighestRate ||
+        !channels || *channels < 1 || *channels > 2) {
+        return std::nullopt;
+    }
+    return AudioFormat{*rate, *channels, kind == "s16" ? SampleKind::kS16 : SampleKind::kFloat};
+}
+
+std::string RawFormatName(const AudioFormat& format) {
+    return (format.kind == SampleKind::kS16 ? "s16:" : "f32:") + std::to_string(format.sampleRate) +
+           ":" + std::to_string(format.channels);
+}
+
+RawReader::RawReader(std::FILE* file, const AudioFormat& format) : mFile(file), mFormat(format) {}
+
+std::size_t RawReader::Read(short* samples, std::size_t frames) {
+    const auto channels = static_cast<std::size_t>(mFormat.channels);
+    if (mFormat.kind == SampleKind::kS16) {
+        return ReadBytes(reinterpret_cast<char*>(samples), frames, channels * sizeof(short));
+    }
+    std::vector<float> floats(frames * channels);
+    const std::size_t read = Read(floats.data(), frames);
+    std::transform(floats.begin(), floats.begin() + static_cast<std::ptrdiff_t>(read * channels),
+                   samples, FromFloat<short>);
+    return read;
+}
+
+std::size_t RawReader::Read(float* samples, std::size_t frames) {
+    const auto channels = static_cast<std::size_t>(mFormat.channels);
+    if (mFormat.kind == SampleKind::kFloat) {
+        return ReadBytes(reinterpret_cast<char*>(samples), frames, channels * sizeof(float));
+    }
+    std::vector<short> shorts(frames * channels);
+    const std::size_t read = Read(shorts.data(), frames);
+    std::transform(shorts.begin(), shorts.begin() + static_cast<std::ptrdiff_t>(read * channels),
+                   samples, [](short sample) { return ToFloat(sample); });
+    return read;
+}
+
+std::size_t RawReader::ReadBytes(char* bytes, std::size_t frames, std::size_t frameBytes) {
+    const std::size_t read = std::fread(bytes, 1, frames * frameBytes, mFile);
+    if (std::ferror(mFile) != 0) {
+        throw Failure("standard input: cannot be read");
+    }
+    if (read % frameBytes != 0) {
+        throw Failure("standard input: ends inside a frame of " + std::to_string(frameBytes) +
+                      " bytes");
+    }
+    return read / frameBytes;
+}
+
+RawWriter::RawWriter(std::FILE* file, const AudioFormat& format) : mFile(file), mFormat(format) {}
+
+void RawWriter::Write(const short* samples, std::size_t frames) {
+    WriteBytes(samples, frames, sizeof(short));
+}
+
+void RawWriter::Write(const float* samples, std::size_t frames) {
+    WriteBytes(samples, frames, sizeof(float));
+}
+
+void RawWriter::WriteBytes(const void* bytes, std::size_t frames, std::size_t sampleBytes) {
+    const std::size_t samples = frames * static_cast<std::size_t>(mFormat.channels);
+    if (std::fwrite(bytes, sampleBytes, samples, mFile) != samples) {
+        throw Failure("standard output: cannot be written");
+    }
+}
+
+void RawWriter::Commit() {
+    if (std::fflush(mFile) != 0) {
+        throw Failure("standard output: cannot be written");
+    }
+}

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstdio>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/audio_stream.h"
+
+/// Samples without a header, in the machine's byte order, as they come through a pipe.
+
+/// Reads "s16:48000:2" or "f32:44100:1". @return none for anything else
+std::optional<AudioFormat> ParseRawFormat(const std::string& text);
+
+/// The same, written.
+std::string RawFormatName(const AudioFormat& format);
+
+/// Throws Failure when the stream cannot be read, or ends inside a frame.
+class RawReader : public AudioSource {
+public:
+    RawReader(std::FILE* file, const AudioFormat& format);
+
+    const AudioFormat& Format() const override { return mFormat; }
+    std::optional<std::int64_t> Frames() const override { return std::nullopt; }
+    std::size_t Read(short* samples, std::size_t frames) override;
+    std::size_t Read(float* samples, std::size_t frames) override;
+
+private:
+    std::size_t ReadBytes(char* bytes, std::size_t frames, std::size_t frameBytes);
+
+    std::FILE* mFile;
+    AudioFormat mFormat;
+};
+
+/// Throws Failure when the stream cannot be written.
+class RawWriter : public AudioSink {
+public:
+    RawWriter(std::FILE* file, const AudioFormat& format);
+
+    void Write(const short* samples, std::size_t frames) override;
+    void Write(const float* samples, std::size_t frames) override;
+    void Commit() override;
+
+private:
+    void WriteBytes(const void* bytes, std::size_t frames, std::size_t sampleBytes);
+
+    std::FILE* mFile;
+    AudioFormat mFormat;
+};

@@ -1,0 +1,88 @@
+#include "host/source_feed.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <utility>
+
+template <typename Sample>
+SourceFeed<Sample>::SourceFeed(std::unique_ptr<AudioSource> source, const AudioFormat& format)
+    : mSource(std::move(source)), mFormat(format) {
+    const int own = mSource->Format().sampleRate;
+    if (own != format.sampleRate) {
+        mConverter.emplace(own, format.sampleRate, format.channels);
+    }
+}
+
+template <typename Sample>
+std::optional<std::int64_t> SourceFeed<Sample>::Frames() const {
+    const std::optional<std::int64_t> frames = mSource->Frames();
+    if (!frames) {
+        return std::nullopt;
+    }
+    const double ratio = static_cast<double>(mFormat.sampleRate) / mSource->Format().sampleRate;
+    return static_cast<std::int64_t>(std::llround(static_cast<double>(*frames) * ratio));
+}
+
+template <typename Sample>
+std::size_t SourceFeed<Sample>::Fill(std::size_t frames) {
+    const auto channels = static_cast<std::size_t>(mFormat.channels);
+    while (!mEnded && mAhead.size() < frames * channels) {
+        ReadMore(frames);
+    }
+    return std::min(frames, mAhead.size() / channels);
+}
+
+template <typename Sample>
+void SourceFeed<Sample>::Take(std::size_t frames, std::vector<Sample>& block) {
+    const std::size_t wanted = frames * static_cast<std::size_t>(mFormat.channels);
+    const auto end = mAhead.begin() + static_cast<std::ptrdiff_t>(std::min(wanted, mAhead.size()));
+    const std::size_t start = block.size();
+    block.insert(block.end(), mAhead.begin(), end);
+    block.resize(start + wanted);
+    mAhead.erase(mAhead.begin(), end);
+}
+
+template <typename Sample>
+void SourceFeed<Sample>::ReadMore(std::size_t frames) {
+    const AudioFormat& own = mSource->Format();
+    const auto ownChannels = static_cast<std::size_t>(own.channels);
+    if (!mConverter && own.channels == mFormat.channels) {
+        const std::size_t held = mAhead.size();
+        mAhead.resize(held + frames * ownChannels);
+        const std::size_t read = mSource->Read(mAhead.data() + held, frames);
+        mAhead.resize(held + read * ownChannels);
+        mEnded = read == 0;
+        return;
+    }
+    std::vector<float> block(frames * ownChannels);
+    const std::size_t read = mSource->Read(block.data(), frames);
+    block.resize(read * ownChannels);
+    mEnded = read == 0;
+    block = WithChannels(block);
+    if (mConverter) {
+        block = mConverter->Convert(block, mEnded);
+    }
+    std::transform(block.begin(), block.end(), std::back_inserter(mAhead), FromFloat<Sample>);
+}
+
+template <typename Sample>
+std::vector<float> SourceFeed<Sample>::WithChannels(const std::vector<float>& in) const {
+    if (mSource->Format().channels == mFormat.channels) {
+        return in;
+    }
+    std::vector<float> out;
+    if (mFormat.channels == 2) {
+        for (const float sample : in) {
+            out.insert(out.end(), {sample, sample});
+        }
+    } else {
+        for (std::size_t i = 0; i < in.size(); i += 2) {
+            out.push_back(0.5F * (in[i] + in[i + 1]));
+        }
+    }
+    return out;
+}
+
+template class SourceFeed<short>;
+template class SourceFeed<float>;

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "host/audio_format.h"
+#include "host/audio_stream.h"
+#include "host/rate_converter.h"
+
+/// One source of several, brought to the format that they share: mono to two equal channels, stereo
+/// to the mean of both, any rate to the common one.
+template <typename Sample>
+class SourceFeed {
+public:
+    /// @param format of the kind of Sample
+    SourceFeed(std::unique_ptr<AudioSource> source, const AudioFormat& format);
+
+    /// Length in the common format, where it is known.
+    std::optional<std::int64_t> Frames() const;
+
+    /// Reads ahead. @return frames that are there, at most as many as wanted; fewer at the end
+    std::size_t Fill(std::size_t frames);
+
+    /// Appends so many frames to a block; silence where the source has ended.
+    void Take(std::size_t frames, std::vector<Sample>& block);
+
+private:
+    void ReadMore(std::size_t frames);
+    std::vector<float> WithChannels(const std::vector<float>& in) const;
+
+    std::unique_ptr<AudioSource> mSource;
+    AudioFormat mFormat;
+    std::optional<RateConverter> mConverter;
+    std::vector<Sample> mAhead;  ///< read, and not yet taken
+    bool mEnded = false;
+};
