@@ -74,7 +74,8 @@ bool AudioClassifier::MusicCheck(unsigned char* data, unsigned int length) {
         return mSmoothedResult;
     }
     const algoParam param = getAlgoParam(static_cast<unsigned short>(mSampleRate));
-    const std::size_t samples = std::min<std::size_t>(length / mChannels / mBytesPerSample, Room());
+    const std::size_t samples =
+        std::min<std::size_t>(length / mChannels / mBytesPerSample, mChannels * Room());
     Hear(data, static_cast<int>(samples));
     if (mGathered < kHopsGathered * param.hop + param.frameLength) {
         Gather(samples);
@@ -86,7 +87,7 @@ bool AudioClassifier::MusicCheck(unsigned char* data, unsigned int length) {
     return mSmoothedResult;
 }
 
-/// Samples per channel that a block, and the history, can hold.
+/// Samples that the history can hold. The buffers of a block hold as many for every channel.
 std::size_t AudioClassifier::Room() const {
     return mHistory.size() / mBytesPerSample;
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <array>
+#include <functional>
 #include <memory>
 #include <new>
 
@@ -87,7 +88,7 @@ float** AudioClassifier::frameSeg(float* signal, unsigned short signalLength,
 }
 
 float* AudioClassifier::fft(float* signal, unsigned int count, unsigned int size) {
-    const std::size_t bins = size == 0 ? 0 : size / 2 + 1;
+    const std::size_t bins = size / 2 + 1;
     auto magnitudes = std::make_unique<float[]>(bins);
     Spectrum({signal, count}, size, {magnitudes.get(), bins});
     return magnitudes.release();
@@ -137,7 +138,7 @@ bool AudioClassifier::musicCheckByFft(float* signal, unsigned int count, unsigne
                                       float** centres) {
     constexpr unsigned short kCentres = 4;
     const std::size_t start = getAlgoParam(static_cast<unsigned short>(mSampleRate)).bandStart;
-    std::vector<float> magnitudes(fftSize == 0 ? 0 : fftSize / 2 + 1);
+    std::vector<float> magnitudes(fftSize / 2 + 1);
     Spectrum({signal, count}, fftSize, magnitudes);
     std::array<float, 3> ratios = SubBandRatios(magnitudes, start);
     const float* nearest = nearestCenter(ratios.data(), centres, kCentres, ratios.size());

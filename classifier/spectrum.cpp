@@ -38,7 +38,7 @@ void Stage(std::vector<complex>& elements, std::size_t size, std::size_t half) {
 
 void Spectrum(std::span<const float> signal, std::size_t size, std::span<float> magnitudes) {
     const std::vector<std::size_t> source = IndexTable(size);
-    std::vector<complex> elements(3 * size);
+    std::vector<complex> elements(3 * size + 1);  // a transform of nothing has one element, too
     for (std::size_t i = 0; i < size; ++i) {
         elements[i].real = source[i] < signal.size() ? signal[source[i]] : 0.0F;
     }

@@ -1,0 +1,131 @@
+#include "classifier/spectrum.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <complex>
+#include <vector>
+
+#include "classifier/complex.h"
+#include "classifier/plain_model.h"
+#include "support/bytes.h"
+#include "support/seed.h"
+
+namespace {
+
+std::vector<float> Noise(std::mt19937& random, std::size_t samples, float amplitude = 1.0F) {
+    std::uniform_real_distribution<float> any(-amplitude, amplitude);
+    std::vector<float> noise(samples);
+    for (float& sample : noise) {
+        sample = any(random);
+    }
+    return noise;
+}
+
+std::vector<float> Magnitudes(const std::vector<float>& signal, std::size_t size) {
+    std::vector<float> magnitudes(size / 2 + 1, -1.0F);
+    Spectrum(signal, size, magnitudes);
+    return magnitudes;
+}
+
+TEST(Spectrum, Sizes0To70WithMissingAllAndTooManySamplesFollowThePlainModelToTheBit) {
+    std::mt19937 random = SeededRandom();
+    for (std::size_t size = 0; size <= 70; ++size) {
+        for (const std::size_t count : {std::size_t{0}, size / 2, size, size + 9}) {
+            const std::vector<float> signal = Noise(random, count);
+            ASSERT_TRUE(SameBits(Magnitudes(signal, size), PlainSpectrum(signal, size)))
+                << "size " << size << ", " << count << " samples";
+        }
+    }
+}
+
+TEST(Spectrum, Sizes63998And88198And95998FollowThePlainModelToTheBit) {
+    std::mt19937 random = SeededRandom();
+    for (const std::size_t size : {63998U, 88198U, 95998U}) {
+        for (const std::size_t count : {size / 2, size, size + 100}) {
+            const std::vector<float> signal = Noise(random, count, 32768.0F);
+            ASSERT_TRUE(SameBits(Magnitudes(signal, size), PlainSpectrum(signal, size)))
+                << "size " << size << ", " << count << " samples";
+        }
+    }
+}
+
+TEST(Spectrum, OfPowersOfTwoIsADiscreteFourierTransform) {
+    std::mt19937 random = SeededRandom();
+    for (std::size_t size = 1; size <= 1024; size *= 2) {
+        const std::vector<float> signal = Noise(random, size);
+        const std::vector<float> magnitudes = Magnitudes(signal, size);
+        for (std::size_t bin = 0; bin < magnitudes.size(); ++bin) {
+            std::complex<double> sum;
+            for (std::size_t n = 0; n < size; ++n) {
+                const double turns =
+                    static_cast<double>(bin * n % size) / static_cast<double>(size);
+                sum +=
+                    static_cast<double>(signal[n]) * std::polar(1.0, 2.0 * std::acos(-1.0) * turns);
+            }
+            ASSERT_NEAR(magnitudes[bin], std::abs(sum), 1e-6 * static_cast<double>(size) + 1e-6)
+                << "size " << size << ", bin " << bin;
+        }
+    }
+}
+
+TEST(Spectrum, Of63998SamplesIsNoFourierTransform) {
+    std::vector<float> sine(63998);
+    for (std::size_t n = 0; n < sine.size(); ++n) {
+        sine[n] = static_cast<float>(
+            std::sin(2.0 * std::acos(-1.0) * static_cast<double>(n * 1000 % 63998) / 63998.0));
+    }
+    const std::vector<float> magnitudes = Magnitudes(sine, 63998);
+    EXPECT_LT(magnitudes[1000], 31999.0F / 2);
+}
+
+TEST(Spectrum, Of63998SamplesTakesNothingFromBeyondSample32767) {
+    std::vector<float> late(63998, 0.0F);
+    std::fill(late.begin() + 32768, late.end(), 1.0F);
+    for (const float magnitude : Magnitudes(late, 63998)) {
+        ASSERT_EQ(magnitude, 0.0F);
+    }
+    late[32767] = 1.0F;
+    EXPECT_GT(Magnitudes(late, 63998)[0], 0.0F);
+}
+
+TEST(Spectrum, Size0IsOneZeroAndSize1TheSampleItself) {
+    EXPECT_EQ(Magnitudes({5.0F}, 0), std::vector<float>{0.0F});
+    EXPECT_EQ(Magnitudes({-5.0F, 7.0F}, 1), std::vector<float>{5.0F});
+}
+
+TEST(Spectrum, Size3Of1And2And4ReachesPastTheSignalIntoZeros) {
+    // The table of 3 is 0, 1, 0: the elements 1, 2, 1 and a zero beyond them.
+    const std::vector<float> magnitudes = Magnitudes({1.0F, 2.0F, 4.0F}, 3);
+    EXPECT_EQ(magnitudes, PlainSpectrum({1.0F, 2.0F, 4.0F}, 3));
+    EXPECT_EQ(magnitudes[0], 4.0F);  // 1 + 2 + 1, where a Fourier transform has 7
+}
+
+TEST(Spectrum, SingleNaNsStayInNaNsAndNothingElseBreaks) {
+    std::vector<float> signal(64, 1.0F);
+    signal[5] = NAN;
+    for (const float magnitude : Magnitudes(signal, 64)) {
+        EXPECT_TRUE(std::isnan(magnitude));
+    }
+}
+
+TEST(Complex, Is0FromConstructionOnAndTwoFloatsLong) {
+    const complex zero;
+    EXPECT_EQ(zero.real, 0.0F);
+    EXPECT_EQ(zero.imag, 0.0F);
+    EXPECT_EQ(sizeof(complex), 2 * sizeof(float));
+    EXPECT_EQ(reinterpret_cast<const float*>(&zero), &zero.real);
+}
+
+TEST(Complex, AddsSubtractsAndMultiplies1Plus2iAnd3Minus4i) {
+    const complex a(1.0F, 2.0F);
+    const complex b(3.0F, -4.0F);
+    EXPECT_EQ((a + b).real, 4.0F);
+    EXPECT_EQ((a + b).imag, -2.0F);
+    EXPECT_EQ((a - b).real, -2.0F);
+    EXPECT_EQ((a - b).imag, 6.0F);
+    EXPECT_EQ((a * b).real, 11.0F);
+    EXPECT_EQ((a * b).imag, 2.0F);
+}
+
+}  // namespace
