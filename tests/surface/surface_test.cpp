@@ -7,8 +7,16 @@
 #include <memory>
 #include <vector>
 
+#include "audio_filter/audio_filter.h"
+#include "audio_filter/filter_listener.h"
+#include "audio_filter/process_param.h"
+#include "classifier/audio_classifier.h"
+#include "classifier/complex.h"
+#include "common/av_param.h"
 #include "common/export.h"
 #include "common/media_process.h"
+#include "common/process_data.h"
+#include "common/process_data_pool.h"
 #include "common/process_lock.h"
 #include "log/media_process_log.h"
 #include "log/pr_console_log_writer.h"
@@ -141,6 +149,120 @@ TEST(Surface, Suppression) {
     EXPECT_EQ(size, 1280);
     EXPECT_TRUE(denoise.Reset());
     EXPECT_TRUE(denoise.Clear());
+}
+
+TEST(Surface, Records) {
+    VBGParams background;
+    AIPar recognition;
+    BeautyInitParams beauty;
+    ProcessUsrData bytes;
+    AVParam param;
+    const BeautyInitParams beautyCopy = beauty;
+    const AVParam copy = param;
+    param = copy;
+    param.virtualBackground = background;
+    param.recognition = recognition;
+    beauty = beautyCopy;
+    EXPECT_EQ(param.audioSampleRate, -1);
+    EXPECT_EQ(bytes.size, -1);
+}
+
+TEST(Surface, Pool) {
+    ProcessDataPool pool(3, true, 10, 1000);
+    char payload[4] = {1, 2, 3, 4};
+    AVParam param;
+    ProcessData* entry = pool.GetProcessData(payload, 4, param, 7, nullptr);
+    ASSERT_NE(entry, nullptr);
+    EXPECT_EQ(pool.GetFrontInputData(), entry);
+    EXPECT_TRUE(pool.CheckData(entry));
+    EXPECT_EQ(entry->SelfCopy()->GetRefCount(), 2);
+    entry->SelfRelease();
+    entry->SelfRelease();
+    EXPECT_EQ(pool.GetFreeDataSize(), 3);
+    EXPECT_EQ(pool.GetMaxDataSize(), 3);
+    EXPECT_EQ(pool.GetUsedDataSize(), 0);
+    entry = pool.GetProcessData(payload, 4, 8, nullptr);
+    EXPECT_EQ(entry->WriteData(payload, 4, param, 9, nullptr), 0);
+    EXPECT_EQ(entry->WriteData(payload, 4, 9, nullptr), 0);
+    EXPECT_EQ(entry->Reset(8), 8);
+    EXPECT_GE(entry->GetLastReleaseTime(), 0U);
+    ProcessDataPool::DataFree(&pool, entry);
+    pool.RecycleData(entry);
+    pool.CheckPool();
+    pool.FreeUnused();
+    entry->SetFree(nullptr, nullptr);
+    entry->Free();
+}
+
+TEST(Surface, Classifier) {
+    AudioClassifier classifier;
+    EXPECT_EQ(classifier.Init(1, 32000, SAMPLE_FMT_S16), 0);
+    EXPECT_TRUE(classifier.IsInited());
+    std::vector<unsigned char> block(640);
+    EXPECT_FALSE(classifier.MusicCheck(block.data(), 640));
+    EXPECT_FALSE(classifier.GetRealTimeCheckRet());
+    EXPECT_EQ(classifier.getSampleByte(SAMPLE_FMT_NONE), 4);
+    algoParam param = classifier.getAlgoParam(44100);
+    EXPECT_EQ(param.fftSize, 88198U);
+    unsigned char left[4] = {};
+    unsigned char right[4] = {};
+    classifier.splitLR(reinterpret_cast<char*>(block.data()), left, right, 2, SAMPLE_FMT_S16);
+    std::unique_ptr<float[]> signal(classifier.emphasis(block.data(), 320, 0.97F));
+    std::unique_ptr<float[]> window(classifier.hammingWindow(320, 1.0F));
+    classifier.hadmanMulti(signal.get(), window.get(), 320);
+    float** frames = classifier.frameSeg(signal.get(), 320, 64, 32);
+    ASSERT_EQ(classifier.mFrameCount, 9);
+    classifier.lowEnergyFrameRate(frames, 64, 9, 0.5F);
+    classifier.musicCheckByLowEnergyFrameRate(frames, 64, 9, param.lowEnergyThresholds,
+                                              param.lowEnergyCentres);
+    classifier.array2dDelete(reinterpret_cast<void**>(frames), 9);
+    classifier.array2dDelete(classifier.array2dCreate(2, 3, 4), 2);
+    std::unique_ptr<float[]> magnitudes(classifier.fft(signal.get(), 320, 63998));
+    std::unique_ptr<float[]> ratios(classifier.subBandEnergyRate(magnitudes.get()));
+    float* centres[4] = {param.subBandCentres[0], param.subBandCentres[1], param.subBandCentres[2],
+                         param.subBandCentres[3]};
+    classifier.musicCheckByFft(signal.get(), 320, 63998, centres);
+    EXPECT_EQ(classifier.nearestCenter(param.subBandCentres[2], centres, 4, 3), centres[2]);
+    EXPECT_EQ(classifier.distance(centres[1], centres[1], 3), 0.0F);
+    EXPECT_TRUE(classifier.preRetRefer(true, 0));
+    const complex zero;
+    EXPECT_EQ(zero.real + zero.imag, 0.0F);
+}
+
+class SilentListener : public FilterListener {
+public:
+    void OnEvent(int, std::string) override {}
+};
+
+TEST(Surface, Filter) {
+    const auto filter = std::make_unique<AudioFilter>();
+    SilentListener listener;
+    MediaProcessLog logger;
+    EXPECT_TRUE(filter->SetListener(&listener));
+    EXPECT_TRUE(filter->SetLogger(&logger));
+    ProcessSwitchMap switches = {{AP_GAIN, true}};
+    EXPECT_EQ(filter->Init(48000, 1, SAMPLE_FMT_S16, &switches), 0);
+    EXPECT_TRUE(filter->SetMethod(&switches));
+    ProcessParam gain = {0.5F, 0};
+    EXPECT_TRUE(filter->SetParameter(&gain, AP_GAIN));
+    std::vector<char> in(960);
+    std::vector<char> out(2240);
+    AVParam param;
+    int size = 960;
+    EXPECT_EQ(filter->Process(in.data(), out.data(), size, {AV_SOURCE_MICROPHONE}, param, 0), 0);
+    EXPECT_EQ(
+        filter->ProcessResample(in.data(), out.data(), size, {AV_SOURCE_MICROPHONE}, param, 0), 12);
+    EXPECT_EQ(filter->SyncProcessDelay(in.data(), out.data(), size, {AV_SOURCE_MICROPHONE}), 0);
+    EXPECT_EQ(filter->GetSampleByteSize(SAMPLE_FMT_DBLP), 8);
+    EXPECT_TRUE(filter->HaveMicSrc({AV_SOURCE_MICROPHONE}));
+    EXPECT_FALSE(filter->CheckMultiMicSrc({AV_SOURCE_MICROPHONE}));
+    EXPECT_TRUE(filter->CheckSameSrcType({AV_SOURCE_1, AV_SOURCE_1}));
+    EXPECT_EQ(filter->SingleProcess(in.data(), out.data(), size, AV_SOURCE_MICROPHONE, param), 0);
+    filter->mSrcNum = 2;
+    size = 480;
+    EXPECT_EQ(filter->MulitProcess(in.data(), out.data(), size, {AV_SOURCE_1, AV_SOURCE_2}, param),
+              0);
+    EXPECT_TRUE(filter->Clear());
 }
 
 }  // namespace
