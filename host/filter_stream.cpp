@@ -8,8 +8,6 @@
 
 namespace {
 
-constexpr int kDefaultLevel = 3;
-
 template <typename Sample>
 char* Bytes(std::vector<Sample>& block) {
     return reinterpret_cast<char*>(block.data());
@@ -97,9 +95,11 @@ void FilterStream<Sample>::Switch(const FilterSettings& settings, bool first) {
     if (switches[AP_GAIN] && !mFilter.SetParameter(&param, AP_GAIN)) {
         Refused("setting the gain", "false");
     }
-    const bool usualLevel = first && param.level == kDefaultLevel;
-    if (switches[AP_DENOISE] && !usualLevel && !mFilter.SetParameter(&param, AP_DENOISE)) {
-        Refused("setting the level of noise suppression", "false");
+    if (switches[AP_DENOISE] && param.level != mLevel) {
+        mLevel = param.level;
+        if (!mFilter.SetParameter(&param, AP_DENOISE)) {
+            Refused("setting the level of noise suppression", "false");
+        }
     }
     const bool suppressed = mSuppresses;
     mSuppresses = switches[AP_DENOISE] && Hears(settings);

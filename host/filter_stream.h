@@ -64,6 +64,7 @@ private:
     Sink mSink;
     AudioFilter mFilter;
     FilterRecord mRecord;
+    int mLevel = 3;            ///< of noise suppression, as last set; the filter begins with 3
     bool mSuppresses = false;  ///< at the current settings
     std::int64_t mIn = 0;      ///< frames of the stream
     std::int64_t mOut = 0;

@@ -2,7 +2,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "blocks.h"
+#include "../support/blocks.h"
 #include "support/bare_suppressor.h"
 
 namespace {

@@ -4,7 +4,7 @@
 
 #include <memory>
 
-#include "blocks.h"
+#include "../support/blocks.h"
 
 namespace {
 
