@@ -4,7 +4,7 @@
 
 #include <thread>
 
-#include "support/open_files.h"
+#include "open_files.h"
 #include "support/temp_dir.h"
 
 namespace {

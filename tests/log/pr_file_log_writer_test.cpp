@@ -3,7 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "fake_wall_clock.h"
-#include "support/open_files.h"
+#include "open_files.h"
 #include "support/temp_dir.h"
 #include "variable_arguments.h"
 

@@ -8,7 +8,7 @@
 #include "fake_wall_clock.h"
 #include "log/pr_console_log_writer.h"
 #include "log/pr_file_log_writer.h"
-#include "support/open_files.h"
+#include "open_files.h"
 #include "support/temp_dir.h"
 #include "support/virtual_slots.h"
 
