@@ -48,6 +48,7 @@ class AUDIO_FILTER_API AudioFilter {
 public:
     /// [setup] Not initialised, everything off.
     AudioFilter();
+    /// [setup] Clears it. Listener and logger stay their owner's.
     ~AudioFilter();
     AudioFilter(const AudioFilter&) = delete;
     AudioFilter& operator=(const AudioFilter&) = delete;
@@ -99,8 +100,8 @@ public:
     /// @param outData room for size bytes and one frame of 10 ms of every channel more; may be
     ///        inData
     /// @param size bytes, 1 .. one second a source, a multiple of the sources; on return (0, 9) the
-    ///        bytes in outData, up to one frame more or less than a block had, and for a mix that
-    ///        is refused (of more than 16 sources) up to the size of the work buffer. Otherwise
+    ///        bytes in outData: up to one frame more or less than a block had, or, where the mixer
+    ///        refuses the blocks, up to the work buffer's one second and a frame. Otherwise
     ///        untouched.
     /// @param sources one kind a block; taken by value, which allocates at the caller's side
     /// @param param the audio format is set on 9, and only then
@@ -201,7 +202,7 @@ private:
     bool mNeedResample = false;  ///< noise suppression cannot take the rate
     bool mMusicCheck = false;    ///< music is detected at the rate
     std::int32_t mSrcNum = 0;    ///< of the last Process or SyncProcessDelay, refused or not
-    char* mBuffer = nullptr;     ///< one second and one frame more
+    char* mBuffer = nullptr;     ///< one second, and of one or two channels a frame more
     char* mBuffer2 = nullptr;    ///< as large
     ProcessSwitchMap mSwitchState;
     PhaseCheck mPhaseCheck[3];

@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <limits>
 #include <new>
 
@@ -46,7 +47,7 @@ void AudioFilter::SetRate(int sampleRate) {
     mProcessRate = sampleRate > 16000 ? 32000 : sampleRate > 8000 ? 16000 : 8000;
 }
 
-/// One second and what the suppressor may give back beyond it, in zeros: bytes of the heap are
+/// One second, and what the suppressor may give back beyond it. In zeros: bytes of the heap are
 /// nothing to be heard.
 void AudioFilter::AllocateBuffers() {
     ReleaseBuffers();
@@ -55,14 +56,14 @@ void AudioFilter::AllocateBuffers() {
     if (frameBytes > kLimit / mSampleRate) {
         throw std::bad_alloc();
     }
-    const auto frames = static_cast<std::size_t>(mSampleRate) + kFrameSamples;
-    mBufferBytes = frames * static_cast<std::size_t>(frameBytes);
-    try {
-        mBuffer = new char[mBufferBytes]();
-        mBuffer2 = new char[mBufferBytes]();
-    } catch (const std::bad_alloc&) {
+    const std::int64_t spare = mChannels <= 2 ? std::int64_t{kFrameSamples} : 0;
+    const auto bytes = static_cast<std::size_t>((mSampleRate + spare) * frameBytes);
+    mBuffer = static_cast<char*>(std::calloc(bytes, 1));
+    mBuffer2 = static_cast<char*>(std::calloc(bytes, 1));
+    mBufferBytes = bytes;
+    if (bytes > 0 && (mBuffer == nullptr || mBuffer2 == nullptr)) {
         ReleaseBuffers();
-        throw;
+        throw std::bad_alloc();
     }
 }
 

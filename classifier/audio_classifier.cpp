@@ -43,11 +43,13 @@ int AudioClassifier::Init(unsigned short channels, int sampleRate, SampleFmt for
     mFormat = format;
 
     const std::int64_t history = std::int64_t{mBytesPerSample} * std::max(sampleRate, 0) * 4;
-    if (history * std::max<std::int64_t>(channels, 1) > std::numeric_limits<std::int32_t>::max()) {
+    // More than two channels are never listened to.
+    const std::int64_t heardChannels = std::min<std::int64_t>(channels, 2);
+    if (history * heardChannels > std::numeric_limits<std::int32_t>::max()) {
         throw std::bad_alloc();
     }
     const auto historyBytes = static_cast<std::size_t>(history);
-    const std::size_t blockBytes = historyBytes * channels;
+    const auto blockBytes = static_cast<std::size_t>(history * heardChannels);
     const std::size_t splitBytes = channels == 2 ? blockBytes : 0;
     mHistory = Bytes(historyBytes);
     mDenoised = Bytes(blockBytes + kFrameSamples * mBytesPerSample);  // a frame may come on top
@@ -74,8 +76,8 @@ bool AudioClassifier::MusicCheck(unsigned char* data, unsigned int length) {
         return mSmoothedResult;
     }
     const algoParam param = getAlgoParam(static_cast<unsigned short>(mSampleRate));
-    const std::size_t samples =
-        std::min<std::size_t>(length / mChannels / mBytesPerSample, mChannels * Room());
+    const std::size_t samples = std::min<std::size_t>(
+        length / mChannels / mBytesPerSample, mDenoised.size() / mBytesPerSample - kFrameSamples);
     Hear(data, static_cast<int>(samples));
     if (mGathered < kHopsGathered * param.hop + param.frameLength) {
         Gather(samples);
@@ -87,7 +89,7 @@ bool AudioClassifier::MusicCheck(unsigned char* data, unsigned int length) {
     return mSmoothedResult;
 }
 
-/// Samples that the history can hold. The buffers of a block hold as many for every channel.
+/// Samples that the history can hold. The buffers of a block hold as many for each of two channels.
 std::size_t AudioClassifier::Room() const {
     return mHistory.size() / mBytesPerSample;
 }

@@ -6,7 +6,7 @@
 ///   [audio]  may run on the audio thread: it allocates nothing and waits for nothing, except for a
 ///            lock that its own class is said to hold.
 ///   [setup]  may allocate or touch files; call it while no audio runs through the object.
-///   [any]    from any thread at any time.
+///   [any]    from any thread at any time, but not beside a [setup] operation of the same object.
 /// An object whose class names no lock serves one thread at a time, whatever the tag.
 ///
 /// AUDIO_FILTER_API stands on the class itself, so that all of its members are exported with it.

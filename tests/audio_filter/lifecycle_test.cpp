@@ -185,6 +185,20 @@ TEST_F(Lifecycle, ASecondThatNoIntCanCountIsAnAllocationFailureAndLeavesNoBuffer
     EXPECT_TRUE(filter->Clear());
 }
 
+TEST_F(Lifecycle, AStreamOf9000ChannelsOrABillionHzIsTakenWithNoMoreMemoryThanItsSeconds) {
+    EXPECT_EQ(Start(32000, 9000, SAMPLE_FMT_S16, {AP_GAIN}), 0);
+    EXPECT_TRUE(filter->mSwitchState[AP_GAIN]);
+    EXPECT_EQ(Start(1, 1'000'000'000, SAMPLE_FMT_U8), 0);
+    EXPECT_EQ(filter->mBufferBytes, 1'000'000'000U);
+}
+
+TEST_F(Lifecycle, AnInitWithoutDetectionLeavesTheDetectorAsItWas) {
+    Start(44100, 1, SAMPLE_FMT_S16);
+    filter->mClassifier.mGathered = 40000;
+    Start(8000, 1, SAMPLE_FMT_S16);
+    EXPECT_EQ(filter->mClassifier.mGathered, 40000U);
+}
+
 TEST_F(Lifecycle, ADetectorOfNoChannelsAsOf65536IsAskedWithoutDividingByThem) {
     Start(32000, 1, SAMPLE_FMT_S16, {AP_DENOISE});
     EXPECT_EQ(filter->mClassifier.Init(static_cast<unsigned short>(65536U), 32000, SAMPLE_FMT_S16),

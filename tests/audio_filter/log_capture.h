@@ -17,7 +17,6 @@ public:
         PRFileLogParam param = {mDir.File("log"), 1, 0};
         pr_log->AddLog(PROCESS_LOG_FILE, &param, 1);
         PR_LOG_ENABLE(true);
-        mFile.open(mDir.File("log_0"));
     }
     ~LogCapture() {
         PR_LOG_ENABLE(false);
@@ -30,8 +29,13 @@ public:
     /// which is masked.
     std::vector<std::string> Lines() {
         std::vector<std::string> lines;
-        mFile.clear();
-        for (std::string line; std::getline(mFile, line);) {
+        std::ifstream file(mDir.File("log_0"), std::ios::binary);
+        file.seekg(mRead);
+        for (std::string line; std::getline(file, line);) {
+            mRead = file.tellg();
+            if (line.back() == '\r') {  // the line ends of the platform
+                line.pop_back();
+            }
             lines.push_back(Masked(line.substr(line.find('['))));
         }
         return lines;
@@ -51,5 +55,5 @@ private:
     }
 
     TempDir mDir;
-    std::ifstream mFile;
+    std::streamoff mRead = 0;
 };

@@ -56,7 +56,8 @@ int PlainFilter::Init(int sampleRate, int channelCount, SampleFmt fmt, ProcessSw
     static const std::map<int, int> bytes = {{0, 1}, {1, 2}, {2, 4}, {3, 4}, {4, 8},
                                              {5, 1}, {6, 2}, {7, 4}, {8, 4}, {9, 8}};
     mSampleBytes = bytes.count(fmt) != 0 ? bytes.at(fmt) : 0;
-    mWork.assign(static_cast<std::size_t>((mRate + 320) * mChannels * mSampleBytes), 0);
+    const int spare = mChannels <= 2 ? 320 : 0;
+    mWork.assign(static_cast<std::size_t>((mRate + spare) * mChannels * mSampleBytes), 0);
     for (PhaseCheck& check : mChecks) {
         check.Init(sampleRate, fmt >= 5 && fmt <= 9);
     }

@@ -147,16 +147,16 @@ TEST_F(PRFileLogWriterTest, AFileThatCannotBeOpenedIsSaidAndWritesReturnMinus1) 
     EXPECT_EQ(WriteTo(writer, 0, "p", "m"), 0) << "below the level comes first";
 }
 
-TEST_F(PRFileLogWriterTest, ARotationIntoAVanishedFolderIsSaidAndReturnsMinus1) {
-    std::filesystem::create_directory(dir.File("sub"));
-    PRFileLogParam param = {dir.File("sub/log"), 0, 1};
+TEST_F(PRFileLogWriterTest, ARotationOntoAFolderOfThatNameIsSaidAndReturnsMinus1) {
+    PRFileLogParam param = {dir.File("log"), 0, 1};
     ASSERT_EQ(writer.Init(&param), 0);
-    std::filesystem::remove_all(dir.File("sub"));
     TheWallClock().seconds += 2;
+    TheWallClock().local.millisecond = 42;
+    std::filesystem::create_directory(dir.File("log_2024_03_07_09_05_02_042"));
     CaptureStderr();
     EXPECT_EQ(WriteTo(writer, 2, "p", "m"), -1);
     EXPECT_EQ(GetCapturedStderr(),
-              "could not open log file " + dir.File("sub/log_2024_03_07_09_05_02_041"));
+              "could not open log file " + dir.File("log_2024_03_07_09_05_02_042"));
 }
 
 TEST_F(PRFileLogWriterTest, InitAgainClosesTheFileAndTruncatesTheNewOne) {

@@ -37,7 +37,7 @@ private:
 
 inline std::string ReadFile(const std::string& path) {
     std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
+    text << std::ifstream(path).rdbuf();  // as text: the line ends of the platform become \n
     return text.str();
 }
 
