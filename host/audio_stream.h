@@ -16,8 +16,8 @@ public:
     /// Length, where it is known.
     virtual std::optional<std::int64_t> Frames() const = 0;
 
-    /// Reads up to `frames` frames, as samples of either kind; both kinds reach full scale at the
-    /// same level.
+    /// Reads up to `frames` frames: as floats, which reach full scale at 1 whatever the format's
+    /// kind, or as samples of the format's kind.
     /// @return frames read; 0 at the end
     virtual std::size_t Read(short* samples, std::size_t frames) = 0;
     virtual std::size_t Read(float* samples, std::size_t frames) = 0;
