@@ -45,6 +45,20 @@ Sources Open(const CleanJob& job) {
     return sources;
 }
 
+/// A log over a recording would be the end of one of them.
+void CheckLogPath(const CleanJob& job) {
+    std::error_code error;
+    for (const InputFile& input : job.inputs) {
+        if (std::filesystem::equivalent(input.path, job.log, error)) {
+            throw Failure(job.log + ": is the input itself");
+        }
+    }
+    if (std::filesystem::weakly_canonical(job.log, error) ==
+        std::filesystem::weakly_canonical(job.output, error)) {
+        throw Failure(job.log + ": is the output itself");
+    }
+}
+
 std::unique_ptr<AudioSink> OpenOutput(const CleanJob& job, const AudioFormat& format,
                                       std::optional<std::int64_t> frames) {
     if (job.output != kPipe) {
@@ -284,6 +298,7 @@ Report Clean(const CleanJob& job, std::ostream* progress) {
     Sources sources = Open(job);
     std::optional<LogFile> log;
     if (!job.log.empty()) {
+        CheckLogPath(job);
         log.emplace(job.log);
     }
     return sources.front()->Format().kind == SampleKind::kS16

@@ -79,6 +79,7 @@ void Declare(CLI::App& app, Arguments& arguments) {
         "other sources; - for raw samples on standard input");
     clean.add_option("--source", arguments.sources, "one more file, and the kind of its source")
         ->check(Parsed(ParseSource, "KIND=FILE, where KIND is microphone, 1, 2 or 3"))
+        ->allow_extra_args(false)
         ->type_name("KIND=FILE");
     clean
         .add_option("-o,--output", arguments.job.output,
@@ -104,7 +105,8 @@ void Declare(CLI::App& app, Arguments& arguments) {
         .add_option("--at", arguments.changes,
                     "change settings on the way, such as "
                     "3.5s:denoise=off,gain=0.4")
-        ->check(Parsed(ParseChange, "TIME:SETTING=VALUE,..."));
+        ->check(Parsed(ParseChange, "TIME:SETTING=VALUE,..."))
+        ->allow_extra_args(false);
     clean.add_option("--block-ms", arguments.blockMs, "how much to process at a time, in ms")
         ->check(Parsed(BlockSizes::Parse, "1..1000|random:SEED"))
         ->capture_default_str();

@@ -68,6 +68,9 @@ std::optional<SettingsChange> ParseChange(const std::string& text) {
     }
     SettingsChange change = {*seconds, {}};
     FilterSettings scratch;
+    if (text.back() == ',') {
+        return std::nullopt;
+    }
     std::istringstream items(text.substr(colon + 1));
     for (std::string item; std::getline(items, item, ',');) {
         const std::size_t equals = item.find('=');
