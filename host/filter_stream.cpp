@@ -8,6 +8,10 @@
 
 namespace {
 
+/// What is remembered of the past: 50 ms, which reaches further back than the suppressor and both
+/// conversions do.
+constexpr int kPastPerSecond = 20;
+
 template <typename Sample>
 char* Bytes(std::vector<Sample>& block) {
     return reinterpret_cast<char*>(block.data());
@@ -56,7 +60,10 @@ std::int64_t SuppressorDelay(int suppressorRate) {
 template <typename Sample>
 FilterStream<Sample>::FilterStream(const FilterSettings& settings, const AudioFormat& format,
                                    std::vector<AVSourceType> sources, Sink sink)
-    : mFormat(format), mSources(std::move(sources)), mSink(std::move(sink)) {
+    : mFormat(format),
+      mSources(std::move(sources)),
+      mSink(std::move(sink)),
+      mPast(mSources.size()) {
     mFilter.SetListener(this);
     mRecord.processingRate = SuppressorRate(format.sampleRate);
     Switch(settings, true);
@@ -91,13 +98,14 @@ void FilterStream<Sample>::Switch(const FilterSettings& settings, bool first) {
             Refused("switching on " + kProcessTypeNames[kind], "not ready");
         }
     }
-    ProcessParam param = {settings.gain.value_or(0.0F), settings.denoiseLevel.value_or(0)};
+    ProcessParam param = {settings.gain.value_or(0.0F), settings.denoiseLevel.value_or(mLevel)};
     if (switches[AP_GAIN] && !mFilter.SetParameter(&param, AP_GAIN)) {
         Refused("setting the gain", "false");
     }
     if (switches[AP_DENOISE] && param.level != mLevel) {
-        mLevel = param.level;
-        if (!mFilter.SetParameter(&param, AP_DENOISE)) {
+        if (mFilter.SetParameter(&param, AP_DENOISE)) {
+            mLevel = param.level;
+        } else {
             Refused("setting the level of noise suppression", "false");
         }
     }
@@ -116,16 +124,26 @@ bool FilterStream<Sample>::Hears(const FilterSettings& settings) const {
            std::find(mSources.begin(), end, AV_SOURCE_MICROPHONE) != end;
 }
 
-/// What comes out first is what the suppressor still holds of earlier, and its delay.
+/// What comes out first is what the suppressor still holds of earlier, and its delay. It has to hear
+/// what has been before, to go on from there instead of from silence.
 template <typename Sample>
 void FilterStream<Sample>::StartSuppression() {
     const int rate = mRecord.processingRate;
     mToDrop = SuppressorDelay(rate) + mSuppressed % (rate / 100);
+    mToSkip = FramesOf(mPast.front());
+    if (mToSkip > 0) {
+        Block blocks;
+        for (const Block& past : mPast) {
+            blocks.insert(blocks.end(), past.begin(), past.end());
+        }
+        Repeat(std::move(blocks));
+    }
 }
 
 template <typename Sample>
 void FilterStream<Sample>::Push(Block blocks) {
     mIn += FramesOf(blocks) / static_cast<std::int64_t>(mSources.size());
+    Remember(blocks);
     Process(std::move(blocks));
 }
 
@@ -186,15 +204,13 @@ void FilterStream<Sample>::HandOff(Block block) {
         // The filter suppresses what has been resampled only after a call with one source; and one
         // source is what the mix has become.
         int size = ByteCount(block);
-        mFilter.SyncProcessDelay(Bytes(block), Bytes(block), size, {AV_SOURCE_MICROPHONE});
+        const int code =
+            mFilter.SyncProcessDelay(Bytes(block), Bytes(block), size, {AV_SOURCE_MICROPHONE});
+        if (code != 0) {
+            Refused("SyncProcessDelay", std::to_string(code));
+        }
     }
-    Resampled(Convert(*mThere, block, false));
-}
-
-template <typename Sample>
-void FilterStream<Sample>::Resampled(const Block& block) {
-    mResampledIn += FramesOf(block);
-    ProcessResampled(block);
+    ProcessResampled(Convert(*mThere, block, false));
 }
 
 /// In pieces of no more frames than a second of the stream has, which is what the filter takes.
@@ -216,13 +232,13 @@ void FilterStream<Sample>::ProcessResampled(Block block) {
             Refused("ProcessResample", std::to_string(code));
             out = std::move(piece);
         }
-        mResampledOut += Limit(out, mResampledIn - mResampledOut);
         Emit(Convert(*mBack, out, false));
     }
 }
 
 template <typename Sample>
 void FilterStream<Sample>::Emit(Block block) {
+    mToSkip -= Drop(block, mToSkip);
     mOut += Limit(block, mIn - mOut);
     mSink(block);
 }
@@ -232,26 +248,58 @@ void FilterStream<Sample>::Finish() {
     Drain();
 }
 
-/// Silence pushes out what the suppressor holds back: its delay, and a frame that is not full yet.
+/// What is held back has to be pushed out. What comes next is not known yet; what has been, turned
+/// round, joins on without a step.
 template <typename Sample>
 void FilterStream<Sample>::Drain() {
-    if (mThere) {
-        Resampled(Convert<Sample>(*mThere, {}, true));
-        while (mResampledOut < mResampledIn) {
-            ProcessResampled(Silence(mParam.audioSampleRate / 100));
+    const std::int64_t frames = std::max(1, mFormat.sampleRate / 100);
+    for (std::int64_t back = 0; mSuppresses && mOut < mIn; back += frames) {
+        Block blocks;
+        for (const Block& past : mPast) {
+            const Block reversed = Backwards(past, back, frames);
+            blocks.insert(blocks.end(), reversed.begin(), reversed.end());
         }
-        Emit(Convert<Sample>(*mBack, {}, true));
-        mThere.reset();
-        mBack.reset();
-    } else {
-        const auto sources = static_cast<std::int64_t>(mSources.size());
-        while (mSuppresses && mOut < mIn) {
-            Process(Silence(mFormat.sampleRate / 100 * sources));
-        }
+        Repeat(std::move(blocks));
     }
-    if (mOut < mIn) {  // a frame that two conversions have rounded away
-        Emit(Silence(mIn - mOut));
+    mThere.reset();
+    mBack.reset();
+    mToSkip = 0;
+}
+
+/// So many frames, backwards, from `back` before the latest one; silence before the first.
+template <typename Sample>
+std::vector<Sample> FilterStream<Sample>::Backwards(const Block& past, std::int64_t back,
+                                                    std::int64_t frames) const {
+    Block reversed = Silence(frames);
+    const std::int64_t latest = FramesOf(past) - 1 - back;
+    for (std::int64_t i = 0; i < frames && i <= latest; ++i) {
+        const auto from = past.begin() + (latest - i) * mFormat.channels;
+        std::copy(from, from + mFormat.channels, reversed.begin() + i * mFormat.channels);
     }
+    return reversed;
+}
+
+/// Keeps the latest frames of each source.
+template <typename Sample>
+void FilterStream<Sample>::Remember(const Block& blocks) {
+    const std::size_t perSource = blocks.size() / mPast.size();
+    auto start = blocks.begin();
+    for (Block& past : mPast) {
+        const auto end = start + static_cast<std::ptrdiff_t>(perSource);
+        past.insert(past.end(), start, end);
+        Drop(past, std::max<std::int64_t>(0, FramesOf(past) - mFormat.sampleRate / kPastPerSecond));
+        start = end;
+    }
+}
+
+/// Sends through what only serves to run the suppressor in or out.
+template <typename Sample>
+void FilterStream<Sample>::Repeat(Block blocks) {
+    const std::int64_t handOffs = mRecord.handOffs;
+    const std::int64_t correctedFrames = mRecord.correctedFrames;
+    Process(std::move(blocks));
+    mRecord.handOffs = handOffs;
+    mRecord.correctedFrames = correctedFrames;
 }
 
 template <typename Sample>

@@ -47,10 +47,12 @@ private:
     void Process(Block blocks);
     void NoteCorrections(const Block& before, const Block& after);
     void HandOff(Block block);
-    void Resampled(const Block& block);
     void ProcessResampled(Block block);
     void Emit(Block block);
     void Drain();
+    Block Backwards(const Block& past, std::int64_t back, std::int64_t frames) const;
+    void Remember(const Block& blocks);
+    void Repeat(Block blocks);
     void StartSuppression();
     void Refused(const std::string& call, const std::string& answer);
 
@@ -64,17 +66,17 @@ private:
     Sink mSink;
     AudioFilter mFilter;
     FilterRecord mRecord;
-    int mLevel = 3;            ///< of noise suppression, as last set; the filter begins with 3
+    int mLevel = 3;            ///< of noise suppression, that the filter has; 3 from the start
     bool mSuppresses = false;  ///< at the current settings
     std::int64_t mIn = 0;      ///< frames of the stream
     std::int64_t mOut = 0;
-    std::int64_t mToDrop = 0;      ///< frames still to be dropped of what the suppressor gives out
+    std::vector<Block> mPast;      ///< the latest frames of each source
+    std::int64_t mToSkip = 0;      ///< frames still to be dropped of what comes out
+    std::int64_t mToDrop = 0;      ///< the same of what the suppressor gives out, before
     std::int64_t mSuppressed = 0;  ///< frames that the suppressor has been given, ever
 
     // Where the filter hands blocks back.
     AVParam mParam;
     std::optional<RateConverter> mThere;
     std::optional<RateConverter> mBack;
-    std::int64_t mResampledIn = 0;  ///< frames at the suppressor's rate
-    std::int64_t mResampledOut = 0;
 };
