@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cmath>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 #include <iostream>
 #include <nlohmann/json.hpp>
@@ -78,6 +80,8 @@ TEST_F(CommandLineTest, BadInputGetsOneLineAndAStatusAndNoOutputFile) {
     fs::create_hard_link(good, File("same.wav"));
     fs::create_symlink(good, File("link.wav"));
     const std::string out = File("out.wav");
+    Words seventeen = {"clean", "-o", out};
+    seventeen.insert(seventeen.end(), 17, good);
 
     struct Case {
         Words words;
@@ -87,16 +91,18 @@ TEST_F(CommandLineTest, BadInputGetsOneLineAndAStatusAndNoOutputFile) {
     const std::vector<Case> cases = {
         {{}, 2, "subcommand"},
         {{"tidy"}, 2, "subcommand"},
-        {{"clean"}, 2, "IN"},
+        {{"clean"}, 2, "--output"},
+        {{"clean", "-o", out}, 2, "IN"},
         {{"clean", good}, 2, "--output"},
         {{"clean", good, "-o"}, 2, "output"},
-        {{"clean", good, good, "-o", out}, 2, "in.wav"},
         {{"clean", good, "-o", out, "--loud"}, 2, "--loud"},
         {{"clean", good, "-o", out, "--denoise", "4"}, 2, "4"},
         {{"clean", good, "-o", out, "--denoise", "-1"}, 2, "-1"},
         {{"clean", good, "-o", out, "--denoise", "1.5"}, 2, "1.5"},
         {{"clean", good, "-o", out, "--denoise", "much"}, 2, "much"},
         {{"clean", good, "-o", out, "--denoise", ""}, 2, "--denoise"},
+        {{"clean", good, "-o", out, "--denoise", "0x2"}, 2, "0x2"},
+        {{"clean", good, "-o", out, "--gain", "1e-50"}, 2, "1e-50"},
         {{"clean", good, "-o", out, "--gain", "1.1"}, 2, "1.1"},
         {{"clean", good, "-o", out, "--gain", "nan"}, 2, "nan"},
         {{"clean", good, "-o", out, "--gain", "-0.5"}, 2, "-0.5"},
@@ -105,6 +111,42 @@ TEST_F(CommandLineTest, BadInputGetsOneLineAndAStatusAndNoOutputFile) {
         {{"clean", good, "-o", out, "--block-ms", "0"}, 2, "0"},
         {{"clean", good, "-o", out, "--block-ms", "1001"}, 2, "1001"},
         {{"clean", good, "-o", out, "--block-ms", "ten"}, 2, "ten"},
+        {{"clean", good, "-o", out, "--block-ms", "random"}, 2, "random"},
+        {{"clean", good, "-o", out, "--block-ms", "random:"}, 2, "random:"},
+        {{"clean", good, "-o", out, "--block-ms", "random:-1"}, 2, "random:-1"},
+        {{"clean", good, "-o", out, "--mix", "maybe"}, 2, "maybe"},
+        {{"clean", good, "-o", out, "--at", "1s"}, 2, "1s"},
+        {{"clean", good, "-o", out, "--at", "1s:"}, 2, "1s:"},
+        {{"clean", good, "-o", out, "--at", "-1s:mix=on"}, 2, "-1s:mix=on"},
+        {{"clean", good, "-o", out, "--at", "soon:mix=on"}, 2, "soon:mix=on"},
+        {{"clean", good, "-o", out, "--at", "1s:gain=2"}, 2, "1s:gain=2"},
+        {{"clean", good, "-o", out, "--at", "1s:denoise=0x2"}, 2, "1s:denoise=0x2"},
+        {{"clean", good, "-o", out, "--at", "1s:volume=1"}, 2, "1s:volume=1"},
+        {{"clean", good, "-o", out, "--at", "1s:mix=on,"}, 2, "1s:mix=on,"},
+        {{"clean", good, "-o", out, "--source", good}, 2, "in.wav"},
+        {{"clean", good, "-o", out, "--source", "1="}, 2, "1="},
+        {{"clean", good, "-o", out, "--source", "4=" + good}, 2, "4="},
+        {{"clean", good, "-o", out, "--source", "speaker=" + good}, 2, "speaker="},
+        {{"clean", good, "-o", out, "--source", "=" + good}, 2, "in.wav"},
+        {{"clean", good, "-o", out, "--source", "1=" + File("none.wav")}, 1, "none.wav: no such"},
+        {{"clean", good, File("none.wav"), "-o", out}, 1, "none.wav: no such file"},
+        {{"clean", good, cutFlac, "-o", out}, 1, "cut.flac: is truncated"},
+        {{"clean", good, File("same.wav"), "-o", File("same.wav")}, 1, "is the input itself"},
+        {seventeen, 2, "16"},
+        {{"clean", "-", "-o", out}, 2, "--raw"},
+        {{"clean", good, "--source", "1=-", "-o", out}, 2, "--raw"},
+        {{"clean", "-", "-", "-o", out, "--raw", "s16:32000:1"}, 2, "standard input"},
+        {{"clean", "-", "-o", out, "--raw", "s24:32000:1"}, 2, "s24:32000:1"},
+        {{"clean", "-", "-o", out, "--raw", "s16:32000"}, 2, "s16:32000"},
+        {{"clean", "-", "-o", out, "--raw", "s16:0:1"}, 2, "s16:0:1"},
+        {{"clean", "-", "-o", out, "--raw", "s16:32000:3"}, 2, "s16:32000:3"},
+        {{"clean", good, "-o", out, "--raw", "wav"}, 2, "wav"},
+        {{"clean", good, "-o", "-", "--json"}, 2, "--json"},
+        {{"clean", good, "-o", out, "--log", File("no/such/log")}, 1, "log: cannot be written"},
+        {{"clean", good, "-o", out, "--log", good}, 1, "in.wav: is the input itself"},
+        {{"clean", good, "-o", out, "--log", File("link.wav")}, 1, "link.wav: is the input"},
+        {{"clean", good, "-o", out, "--log", out}, 1, "out.wav: is the output itself"},
+        {{"clean", good, "-o", out, "--log", File("folder/../out.wav")}, 1, "is the output"},
         {{"clean", File("none.wav"), "-o", out}, 1, "none.wav: no such file"},
         {{"clean", File("folder"), "-o", out}, 1, "folder: not a regular file"},
         {{"clean", File("text.wav"), "-o", out}, 1, "text.wav: not a WAV, FLAC or Ogg file"},
@@ -146,7 +188,7 @@ TEST_F(CommandLineTest, BadInputGetsOneLineAndAStatusAndNoOutputFile) {
             EXPECT_EQ(dir.Names().size(), before.size()) << line;
         }
     }
-    EXPECT_EQ(ReadFile(good), original);
+    EXPECT_TRUE(ReadFile(good) == original);
 }
 
 TEST_F(CommandLineTest, AFailureLeavesAnEarlierOutputAsItWas) {
@@ -253,7 +295,7 @@ TEST_F(CommandLineTest, WithEverythingOffTheSamplesAreUntouched) {
 TEST_F(CommandLineTest, TheBlockSizeDoesNotChangeTheOutput) {
     const std::string in = Speech();
     ASSERT_EQ(RunHost({"clean", in, "-o", File("a.wav"), "--gain", "0.5"}).status, 0);
-    for (const char* ms : {"1", "7", "1000"}) {
+    for (const char* ms : {"1", "7", "1000", "random:1", "random:99"}) {
         ASSERT_EQ(
             RunHost({"clean", in, "-o", File("b.wav"), "--gain", "0.5", "--block-ms", ms}).status,
             0);
@@ -325,9 +367,11 @@ TEST_F(CommandLineTest, HelpAndVersionGoToStandardOutputWithStatus0) {
 TEST_F(CommandLineTest, NoisySpeechComesOutWithItsFloor15dBLowerAndItsSpeechWithin3dB) {
     std::mt19937 random(3);
     std::normal_distribution<double> gauss(0.0, 0.004);
-    std::vector<float> speech(32000 * 8);
+    // At a rate at which no music is looked for: to the filter, these steady overtones are some.
+    constexpr int kRate = 48000;
+    std::vector<float> speech(kRate * 8);
     for (std::size_t i = 0; i < speech.size(); ++i) {
-        const double t = static_cast<double>(i) / 32000.0;
+        const double t = static_cast<double>(i) / kRate;
         const double syllable = std::max(0.0, std::sin(6.283185307 * 4.0 * t));
         const double word = t > 2.0 && std::fmod(t, 2.0) < 1.0 ? syllable : 0.0;
         double voice = 0.0;
@@ -338,13 +382,225 @@ TEST_F(CommandLineTest, NoisySpeechComesOutWithItsFloor15dBLowerAndItsSpeechWith
         speech[i] = static_cast<float>(0.2 * word * voice + gauss(random));
     }
     WriteSound<short>(File("in.wav"),
-                      {32000, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16, As<short>(speech)});
+                      {kRate, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16, As<short>(speech)});
     const Outcome outcome = RunHost({"clean", File("in.wav"), "-o", File("o.wav"), "--json"});
     ASSERT_EQ(outcome.status, 0);
     const nlohmann::json json = nlohmann::json::parse(outcome.out);
     EXPECT_LT(json["noise_floor_dbfs"]["change"], -15.0);
     EXPECT_GT(json["speech_dbfs"]["change"], -3.0);
     EXPECT_LT(json["speech_dbfs"]["change"], 3.0);
+}
+
+TEST_F(CommandLineTest, SeveralInputsAreBroughtToTheFormatOfTheFirstAndTheLengthOfTheLongest) {
+    const std::string in = Speech();
+    const std::string bed =
+        Record<short>("bed.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 44100, 2, 2.0);
+    const Outcome mixed =
+        RunHost({"clean", in, bed, "-o", File("o.wav"), "--denoise", "off", "--json"});
+    ASSERT_EQ(mixed.status, 0) << mixed.err;
+    const nlohmann::json json = nlohmann::json::parse(mixed.out);
+    EXPECT_EQ(json["inputs"], (nlohmann::json{in, bed}));
+    EXPECT_EQ(json["notes"],
+              nlohmann::json::array({bed + ": brought from 44100 Hz stereo to 32000 Hz mono"}));
+    EXPECT_EQ(json["duration_s"], 2.0);
+    const Sound<short> both = ReadSound<short>(File("o.wav"));
+    EXPECT_EQ(both.sampleRate, 32000);
+    EXPECT_EQ(both.channels, 1);
+    EXPECT_EQ(both.samples.size(), 64000U);
+    const std::vector<short> silence(32000);
+    EXPECT_FALSE(std::equal(silence.begin(), silence.end(), both.samples.begin() + 32000));
+
+    ASSERT_EQ(
+        RunHost({"clean", in, bed, "-o", File("o.wav"), "--denoise", "off", "--mix", "off"}).status,
+        0);
+    std::vector<short> padded = ReadSound<short>(in).samples;
+    padded.resize(64000);
+    EXPECT_EQ(ReadSound<short>(File("o.wav")).samples, padded) << "the first one alone";
+}
+
+TEST_F(CommandLineTest, WithoutAMicrophoneAmongTheSourcesNothingIsSuppressed) {
+    const std::string in = Speech();
+    const auto cleaned = [&](const std::string& kind) {
+        const Outcome outcome =
+            RunHost({"clean", "-o", File("o.wav"), "--source", kind + "=" + in, "--quiet"});
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        return ReadSound<short>(File("o.wav")).samples;
+    };
+    const std::vector<short> untouched = ReadSound<short>(in).samples;
+    EXPECT_EQ(cleaned("1"), untouched);
+    EXPECT_EQ(cleaned("3"), untouched);
+    EXPECT_NE(cleaned("microphone"), untouched);
+    EXPECT_EQ(cleaned("microphone"), cleaned("0"));
+}
+
+TEST_F(CommandLineTest, AnOptionThatMayBeRepeatedTakesOneWordAtATime) {
+    const std::string in = Speech();
+    EXPECT_EQ(RunHost({"clean", "--at", "0.1s:gain=0.5", in, "-o", File("a.wav")}).status, 0);
+    EXPECT_EQ(RunHost({"clean", "--source", "1=" + in, in, "-o", File("a.wav")}).status, 0);
+}
+
+TEST_F(CommandLineTest, SettingsChangeAtTheFrameThatIsSaidAndTheEventsSayWhen) {
+    for (const int rate : {32000, 48000}) {
+        const std::string in = Speech("in.wav", rate);
+        const Outcome outcome =
+            RunHost({"clean", in, "-o", File("o.wav"), "--json", "--at", "0.75s:gain=off,denoise=3",
+                     "--at", "0.25005s:denoise=off", "--at", "0.5s:gain=0.4"});
+        ASSERT_EQ(outcome.status, 0) << outcome.err;
+        const nlohmann::json json = nlohmann::json::parse(outcome.out);
+        EXPECT_EQ(json["refused"], nlohmann::json::object());
+        std::vector<std::pair<double, std::string>> events;
+        for (const nlohmann::json& event : json["events"]) {
+            events.emplace_back(event["time_s"], event["text"]);
+        }
+        const double first = std::round(0.25005 * rate);
+        const std::vector<std::pair<double, std::string>> expected = {
+            {0.0, "AP_DENOISE turn on"},
+            {std::round(first / rate * 1e6) / 1e6, "AP_DENOISE turn off"},
+            {0.5, "AP_GAIN turn on"},
+            {0.75, "AP_DENOISE turn on"},
+            {0.75, "AP_GAIN turn off"}};
+        EXPECT_EQ(events, expected);
+        const std::vector<short> before = ReadSound<short>(in).samples;
+        const std::vector<short> after = ReadSound<short>(File("o.wav")).samples;
+        ASSERT_EQ(after.size(), before.size());
+        const auto from = static_cast<std::ptrdiff_t>(first);
+        EXPECT_TRUE(
+            std::equal(before.begin() + from, before.begin() + rate / 2, after.begin() + from));
+        EXPECT_FALSE(std::equal(before.begin() + from - 50, before.begin() + from,
+                                after.begin() + from - 50));
+        EXPECT_NE(after[static_cast<std::size_t>(rate) / 2],
+                  before[static_cast<std::size_t>(rate) / 2]);
+    }
+}
+
+TEST_F(CommandLineTest, ALevelOtherThan3HoldsForMonoTooAndNothingIsRefused) {
+    const std::string mono = Speech();
+    std::vector<short> samples;
+    for (const short sample : ReadSound<short>(mono).samples) {
+        samples.insert(samples.end(), {sample, sample});
+    }
+    WriteSound<short>(File("s.wav"), {32000, 2, SF_FORMAT_WAV | SF_FORMAT_PCM_16, samples});
+    const auto cleaned = [&](const std::string& in) {
+        const Outcome outcome =
+            RunHost({"clean", in, "-o", File("o.wav"), "--denoise", "0", "--json"});
+        EXPECT_EQ(nlohmann::json::parse(outcome.out)["refused"], nlohmann::json::object());
+        return ReadSound<short>(File("o.wav")).samples;
+    };
+    const std::vector<short> narrow = cleaned(mono);
+    const std::vector<short> wide = cleaned(File("s.wav"));
+    ASSERT_EQ(wide.size(), 2 * narrow.size());
+    for (std::size_t i = 0; i < narrow.size(); ++i) {
+        ASSERT_EQ(narrow[i], wide[2 * i]) << i;
+    }
+}
+
+TEST_F(CommandLineTest, APhaseCheckThatIsRefusedAt96000HzIsSaid) {
+    const std::string in = Record<short>("in.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 96000, 2);
+    const Outcome outcome = RunHost({"clean", in, "-o", File("o.wav"), "--denoise", "off"});
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_NE(outcome.out.find("refused       switching on AudioPhaseCheck: not ready, 1 times\n"),
+              std::string::npos)
+        << outcome.out;
+}
+
+TEST_F(CommandLineTest, ASecondAt48000HzIs100HandOffsOf10msAndAnyRandomBlocksKeepTheLength) {
+    const std::string in = Speech("in.wav", 48000);
+    const Outcome outcome = RunHost({"clean", in, "-o", File("o.wav"), "--json"});
+    ASSERT_EQ(outcome.status, 0);
+    EXPECT_EQ(nlohmann::json::parse(outcome.out)["hand_offs"], 100);
+    for (const char* blocks : {"1", "1000", "random:4"}) {
+        ASSERT_EQ(RunHost({"clean", in, "-o", File("o.wav"), "--block-ms", blocks}).status, 0);
+        EXPECT_EQ(ReadSound<short>(File("o.wav")).samples.size(), 48000U);
+    }
+}
+
+TEST_F(CommandLineTest, TheLogHoldsTheLibrarysOwnLines) {
+    const std::string in = Speech();
+    ASSERT_EQ(RunHost({"clean", in, "-o", File("o.wav"), "--log", File("log")}).status, 0);
+    EXPECT_EQ(dir.Names().size(), 3U);
+    const std::string log = ReadFile(File("log"));
+    EXPECT_NE(log.find("AP_DENOISE turn on"), std::string::npos);
+    EXPECT_NE(log.find("SingleProcess"), std::string::npos);
+}
+
+/// What the built program makes of standard input, through pipes.
+class PipeTest : public CommandLineTest {
+protected:
+    int RunProgram(const std::string& words) {
+        const std::string command = "cat '" + File("in") + "' | '" + AUDIO_FILTER_EXECUTABLE + "' " +
+                                    words + " 2>'" + File("err") + "' >'" + File("out") + "'";
+        return WEXITSTATUS(std::system(command.c_str()));
+    }
+    template <typename Sample>
+    std::string BytesOfSound(const std::string& path) {
+        const std::vector<Sample> samples = ReadSound<Sample>(path).samples;
+        return {reinterpret_cast<const char*>(samples.data()), samples.size() * sizeof(Sample)};
+    }
+};
+
+TEST_F(PipeTest, RawSamplesThroughPipesGetWhatAFileGets) {
+    struct Case {
+        const char* raw;
+        int rate;
+        int channels;
+        bool floats;
+    };
+    for (const Case& c :
+         {Case{"s16:32000:1", 32000, 1, false}, Case{"s16:48000:2", 48000, 2, false},
+          Case{"f32:44100:1", 44100, 1, true}}) {
+        const int format = SF_FORMAT_WAV | (c.floats ? SF_FORMAT_FLOAT : SF_FORMAT_PCM_16);
+        const std::string in = Record<float>("in.wav", format, c.rate, c.channels, 0.5);
+        ASSERT_EQ(RunHost({"clean", in, "-o", File("o.wav")}).status, 0);
+        const auto bytes = [&](const std::string& path) {
+            return c.floats ? BytesOfSound<float>(path) : BytesOfSound<short>(path);
+        };
+        WriteFile(File("in"), bytes(in));
+        const std::string raw = std::string(" --raw ") + c.raw;
+        ASSERT_EQ(RunProgram("clean - -o -" + raw), 0) << ReadFile(File("err"));
+        EXPECT_TRUE(ReadFile(File("out")) == bytes(File("o.wav"))) << c.raw;
+        EXPECT_NE(ReadFile(File("err")).find("- -> -\n"), std::string::npos)
+            << "the table goes where no samples are";
+
+        ASSERT_EQ(RunProgram("clean - --json -o '" + File("p.wav") + "'" + raw), 0);
+        EXPECT_TRUE(nlohmann::json::accept(ReadFile(File("out"))));
+        EXPECT_TRUE(bytes(File("p.wav")) == bytes(File("o.wav"))) << c.raw;
+        ASSERT_EQ(RunProgram("clean '" + in + "' --quiet -o -" + raw), 0);
+        EXPECT_TRUE(ReadFile(File("out")) == bytes(File("o.wav"))) << c.raw;
+        EXPECT_EQ(ReadFile(File("err")), "");
+    }
+}
+
+TEST_F(PipeTest, RawOutputOfAFileIsOfItsFormatAndOfNoOther) {
+    const std::string in = Speech("in.wav");
+    WriteFile(File("in"), "");
+    const std::string off = "clean '" + in + "' --denoise off --quiet -o -";
+    ASSERT_EQ(RunProgram(off), 0);
+    EXPECT_TRUE(ReadFile(File("out")) == BytesOfSound<short>(in));
+    EXPECT_EQ(RunProgram(off + " --raw s16:48000:1"), 1);
+    EXPECT_EQ(ReadFile(File("err")),
+              "audio-filter: standard output: would be s16:32000:1, not s16:48000:1\n");
+    EXPECT_EQ(ReadFile(File("out")), "");
+}
+
+TEST_F(PipeTest, AStreamWithoutAFrameOrThatEndsInsideOneIsSaidAndLeavesNothing) {
+    for (const auto& [bytes, message] : std::vector<std::pair<std::size_t, std::string>>{
+             {0, "audio-filter: -: holds no audio\n"},
+             {4003, "audio-filter: standard input: ends inside a frame of 4 bytes\n"}}) {
+        WriteFile(File("in"), std::string(bytes, 'x'));
+        EXPECT_EQ(RunProgram("clean - --raw s16:32000:2 -o '" + File("o.wav") + "'"), 1);
+        EXPECT_EQ(ReadFile(File("err")), message);
+        EXPECT_EQ(ReadFile(File("out")), "");
+        EXPECT_EQ(dir.Names().size(), 3U) << "in, out and err";
+    }
+}
+
+TEST_F(PipeTest, AFullDiskBehindStandardOutputIsSaid) {
+    WriteFile(File("in"), std::string(64000, 'x'));
+    const std::string command = std::string("'") + AUDIO_FILTER_EXECUTABLE +
+                                "' clean - -o - --raw s16:32000:1 <'" + File("in") + "' 2>'" +
+                                File("err") + "' >/dev/full";
+    EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1);
+    EXPECT_EQ(ReadFile(File("err")), "audio-filter: standard output: cannot be written\n");
 }
 
 }  // namespace

@@ -1,0 +1,110 @@
+#include "host/filter_settings.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Values = std::vector<std::pair<std::string, std::string>>;
+
+TEST(FilterSettings, UnlessToldOtherwiseLevel3NoGainPhaseCheckAndMix) {
+    const FilterSettings settings;
+    EXPECT_EQ(settings.denoiseLevel, 3);
+    EXPECT_EQ(settings.gain, std::nullopt);
+    EXPECT_TRUE(settings.phaseCheck);
+    EXPECT_TRUE(settings.mix);
+}
+
+TEST(FilterSettings, EachNameSetsItsSetting) {
+    FilterSettings settings;
+    EXPECT_TRUE(ApplySetting(settings, "denoise", "0"));
+    EXPECT_TRUE(ApplySetting(settings, "gain", "0.4"));
+    EXPECT_TRUE(ApplySetting(settings, "phase-check", "off"));
+    EXPECT_TRUE(ApplySetting(settings, "mix", "off"));
+    EXPECT_EQ(settings.denoiseLevel, 0);
+    EXPECT_EQ(settings.gain, 0.4F);
+    EXPECT_FALSE(settings.phaseCheck);
+    EXPECT_FALSE(settings.mix);
+    EXPECT_TRUE(ApplySetting(settings, "denoise", "off"));
+    EXPECT_TRUE(ApplySetting(settings, "gain", "off"));
+    EXPECT_TRUE(ApplySetting(settings, "phase-check", "on"));
+    EXPECT_TRUE(ApplySetting(settings, "mix", "on"));
+    EXPECT_EQ(settings.denoiseLevel, std::nullopt);
+    EXPECT_EQ(settings.gain, std::nullopt);
+    EXPECT_TRUE(settings.phaseCheck);
+    EXPECT_TRUE(settings.mix);
+}
+
+TEST(FilterSettings, TheEndsOfTheRangesAreTaken) {
+    FilterSettings settings;
+    EXPECT_TRUE(ApplySetting(settings, "denoise", "3"));
+    EXPECT_TRUE(ApplySetting(settings, "gain", "0"));
+    EXPECT_TRUE(ApplySetting(settings, "gain", "1"));
+    EXPECT_TRUE(ApplySetting(settings, "gain", "1.0"));
+    EXPECT_TRUE(ApplySetting(settings, "gain", "1e-3"));
+}
+
+TEST(FilterSettings, WhatIsNotInRangeOrNotANumberIsRefusedAndSetsNothing) {
+    const Values bad = {{"denoise", "4"},    {"denoise", "-1"},
+                        {"denoise", "1.5"},  {"denoise", ""},
+                        {"denoise", "0x2"},  {"denoise", " 2"},
+                        {"denoise", "2 "},   {"denoise", "on"},
+                        {"denoise", "OFF"},  {"denoise", "99999999999"},
+                        {"gain", "1.1"},     {"gain", "-0.1"},
+                        {"gain", "nan"},     {"gain", "inf"},
+                        {"gain", "1e-50"},   {"gain", "1e50"},
+                        {"gain", "0.5x"},    {"gain", "0,5"},
+                        {"gain", ""},        {"gain", "0x1p-1"},
+                        {"phase-check", ""}, {"phase-check", "1"},
+                        {"mix", "maybe"},    {"volume", "on"},
+                        {"", "on"},          {"Gain", "0.5"}};
+    for (const auto& [name, value] : bad) {
+        FilterSettings settings;
+        settings.gain = 0.25F;
+        EXPECT_FALSE(ApplySetting(settings, name, value)) << name << "=" << value;
+        EXPECT_EQ(settings.denoiseLevel, 3);
+        EXPECT_EQ(settings.gain, 0.25F);
+        EXPECT_TRUE(settings.phaseCheck && settings.mix);
+    }
+}
+
+TEST(FilterSettings, AChangeIsATimeAndItsSettingsInTheirOrder) {
+    const std::optional<SettingsChange> change = ParseChange("3.5s:denoise=off,gain=0.4");
+    ASSERT_TRUE(change);
+    EXPECT_EQ(change->seconds, 3.5);
+    EXPECT_EQ(change->values, (Values{{"denoise", "off"}, {"gain", "0.4"}}));
+    EXPECT_EQ(ParseChange("2:mix=on")->seconds, 2.0);
+    EXPECT_EQ(ParseChange("0s:phase-check=off")->seconds, 0.0);
+    EXPECT_EQ(ParseChange("0.001s:gain=1")->seconds, 0.001);
+}
+
+TEST(FilterSettings, WhatIsNoChangeIsRefused) {
+    for (const char* text : {"",
+                             ":",
+                             "1s",
+                             "1s:",
+                             "s:mix=on",
+                             ":mix=on",
+                             "-1s:mix=on",
+                             "x:mix=on",
+                             "nan:mix=on",
+                             "inf:mix=on",
+                             "1e9s:mix=on",
+                             "1ms:mix=on",
+                             "1 s:mix=on",
+                             "0x1s:mix=on",
+                             "1s:mix",
+                             "1s:mix=",
+                             "1s:=on",
+                             "1s:mix=on;gain=1",
+                             "1s:gain=2",
+                             "1s:denoise=0,gain=2",
+                             "1s:,mix=on",
+                             "1s:mix=on,,gain=1",
+                             "1s:mix=on,",
+                             "1s:mix=on:gain=1",
+                             "1s:volume=1"}) {
+        EXPECT_FALSE(ParseChange(text)) << text;
+    }
+}
+
+}  // namespace
