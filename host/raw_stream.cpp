@@ -91,7 +91,7 @@ void RawWriter::Write(const float* samples, std::size_t frames) {
 
 void RawWriter::WriteBytes(const void* bytes, std::size_t frames, std::size_t sampleBytes) {
     const std::size_t samples = frames * static_cast<std::size_t>(mFormat.channels);
-    if (std::fwrite(bytes, sampleBytes, samples, mFile) != samples) {
+    if (samples > 0 && std::fwrite(bytes, sampleBytes, samples, mFile) != samples) {
         throw Failure("standard output: cannot be written");
     }
 }

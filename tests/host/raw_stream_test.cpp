@@ -119,6 +119,7 @@ TEST(RawStream, WhatIsWrittenIsReadAgain) {
     const std::vector<float> samples = {0.25F, -1.5F, 1e-9F, 3.0F};
     RawWriter writer(file.get(), {8000, 2, SampleKind::kFloat});
     writer.Write(samples.data(), 1);
+    writer.Write(static_cast<const float*>(nullptr), 0);
     writer.Write(samples.data() + 2, 1);
     writer.Commit();
     std::rewind(file.get());
