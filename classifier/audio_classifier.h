@@ -46,6 +46,7 @@ class AUDIO_FILTER_API AudioClassifier {
 public:
     /// [setup] Not initialised.
     AudioClassifier();
+    /// [setup]
     ~AudioClassifier();
     AudioClassifier(const AudioClassifier&) = delete;
     AudioClassifier& operator=(const AudioClassifier&) = delete;

@@ -12,21 +12,11 @@
 #include "classifier/framing.h"
 #include "classifier/spectrum.h"
 #include "classifier/vote.h"
+#include "common/interleave.h"
 #include "common/pcm_view.h"
 #include "common/sample_format.h"
 
 namespace {
-
-template <typename Sample>
-void Deinterleave(const char* in, unsigned char* left, unsigned char* right, std::size_t frames) {
-    const PcmView<const Sample> both(in, 2 * frames);
-    PcmView<Sample> l(left, frames);
-    PcmView<Sample> r(right, frames);
-    for (std::size_t i = 0; i < frames; ++i) {
-        l.Set(i, both.Get(2 * i));
-        r.Set(i, both.Get(2 * i + 1));
-    }
-}
 
 std::vector<double> Energies(float** frames, std::size_t frameLength, std::size_t count) {
     std::vector<double> energies(count);
@@ -47,9 +37,9 @@ void AudioClassifier::splitLR(char* in, unsigned char* left, unsigned char* righ
                               int samplesPerChannel, SampleFmt format) {
     const auto frames = static_cast<std::size_t>(std::max(samplesPerChannel, 0));
     if (IsS16(format)) {
-        Deinterleave<std::int16_t>(in, left, right, frames);
+        Deinterleave<std::int16_t>(in, frames, left, right);
     } else if (IsFloat(format)) {
-        Deinterleave<float>(in, left, right, frames);
+        Deinterleave<float>(in, frames, left, right);
     }
 }
 

@@ -1,33 +1,25 @@
 #include "host/block_sizes.h"
 
 #include <algorithm>
-#include <charconv>
 
-namespace {
-
-template <typename Number>
-bool ParseWhole(const std::string& text, Number& number) {
-    const char* end = text.data() + text.size();
-    const auto [stopped, error] = std::from_chars(text.data(), end, number);
-    return error == std::errc() && stopped == end;
-}
-
-}  // namespace
+#include "host/parse_number.h"
 
 std::optional<BlockSizes> BlockSizes::Parse(const std::string& text) {
-    constexpr const char* kRandom = "random:";
+    const std::string random = "random:";
     BlockSizes sizes;
-    if (text.rfind(kRandom, 0) == 0) {
-        std::uint32_t seed = 0;
-        if (!ParseWhole(text.substr(7), seed)) {
+    if (text.rfind(random, 0) == 0) {
+        const auto seed = ParseNumber<std::uint32_t>(text.substr(random.size()));
+        if (!seed) {
             return std::nullopt;
         }
-        sizes.mRandom.emplace(seed);
+        sizes.mRandom.emplace(*seed);
         return sizes;
     }
-    if (!ParseWhole(text, sizes.mMs) || sizes.mMs < 1 || sizes.mMs > kLongestMs) {
+    const std::optional<int> ms = ParseNumber<int>(text);
+    if (!ms || *ms < 1 || *ms > kLongestMs) {
         return std::nullopt;
     }
+    sizes.mMs = *ms;
     return sizes;
 }
 

@@ -1,19 +1,10 @@
 #include "host/filter_settings.h"
 
-#include <charconv>
 #include <sstream>
 
-namespace {
+#include "host/parse_number.h"
 
-/// The whole text as a number.
-template <typename Number>
-std::optional<Number> Parse(const std::string& text) {
-    Number number = 0;
-    const char* end = text.data() + text.size();
-    const auto [stopped, error] = std::from_chars(text.data(), end, number);
-    const bool good = error == std::errc() && stopped == end;
-    return good ? std::optional<Number>(number) : std::nullopt;
-}
+namespace {
 
 /// "off", or a number from 0 to `highest`.
 template <typename Number>
@@ -22,7 +13,7 @@ bool SetNumber(std::optional<Number>& setting, const std::string& value, Number 
         setting.reset();
         return true;
     }
-    const std::optional<Number> number = Parse<Number>(value);
+    const std::optional<Number> number = ParseNumber<Number>(value);
     if (!number || !(*number >= Number(0) && *number <= highest)) {
         return false;
     }
@@ -62,7 +53,7 @@ std::optional<SettingsChange> ParseChange(const std::string& text) {
     if (!time.empty() && time.back() == 's') {
         time.pop_back();
     }
-    const std::optional<double> seconds = Parse<double>(time);
+    const std::optional<double> seconds = ParseNumber<double>(time);
     if (!seconds || !(*seconds >= 0.0 && *seconds < 1e9)) {
         return std::nullopt;
     }

@@ -1,22 +1,15 @@
 #include "host/raw_stream.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstring>
 
 #include "host/failure.h"
+#include "host/parse_number.h"
 
 namespace {
 
 /// The rate's bound keeps a second of two floats well inside an int of bytes.
 constexpr int kHighestRate = 768000;
-
-std::optional<int> ParseInt(const std::string& text) {
-    int number = 0;
-    const char* end = text.data() + text.size();
-    const auto [stopped, error] = std::from_chars(text.data(), end, number);
-    return error == std::errc() && stopped == end ? std::optional(number) : std::nullopt;
-}
 
 }  // namespace
 
@@ -27,8 +20,8 @@ std::optional<AudioFormat> ParseRawFormat(const std::string& text) {
         return std::nullopt;
     }
     const std::string kind = text.substr(0, first);
-    const std::optional<int> rate = ParseInt(text.substr(first + 1, second - first - 1));
-    const std::optional<int> channels = ParseInt(text.substr(second + 1));
+    const std::optional<int> rate = ParseNumber<int>(text.substr(first + 1, second - first - 1));
+    const std::optional<int> channels = ParseNumber<int>(text.substr(second + 1));
     if ((kind != "s16" && kind != "f32") || !rate || *rate < 1 || *rate > kHighestRate ||
         !channels || *channels < 1 || *channels > 2) {
         return std::nullopt;

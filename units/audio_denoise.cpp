@@ -5,35 +5,13 @@
 #include <cstring>
 #include <limits>
 
-#include "common/pcm_view.h"
+#include "common/interleave.h"
 #include "common/sample_format.h"
 #include "units/frame.h"
 
 namespace {
 
 constexpr int kFrameBufferSamples = static_cast<int>(kFrameSamples);
-
-template <typename Sample>
-void Deinterleave(const char* in, std::size_t frames, char* left, char* right) {
-    const PcmView<const Sample> both(in, 2 * frames);
-    PcmView<Sample> l(left, frames);
-    PcmView<Sample> r(right, frames);
-    for (std::size_t i = 0; i < frames; ++i) {
-        l.Set(i, both.Get(2 * i));
-        r.Set(i, both.Get(2 * i + 1));
-    }
-}
-
-template <typename Sample>
-void Interleave(const char* left, const char* right, std::size_t frames, char* out) {
-    const PcmView<const Sample> l(left, frames);
-    const PcmView<const Sample> r(right, frames);
-    PcmView<Sample> both(out, 2 * frames);
-    for (std::size_t i = 0; i < frames; ++i) {
-        both.Set(2 * i, l.Get(i));
-        both.Set(2 * i + 1, r.Get(i));
-    }
-}
 
 }  // namespace
 

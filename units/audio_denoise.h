@@ -26,7 +26,9 @@
 /// through unprocessed. One object serves one thread at a time.
 class AUDIO_FILTER_API AudioDenoise {
 public:
+    /// [setup] Not initialised.
     AudioDenoise();
+    /// [setup]
     ~AudioDenoise();
 
     /// [setup] Starts a stream, whatever ran before. Throws std::bad_alloc when memory runs out:

@@ -24,7 +24,9 @@ class Suppressor;
 /// One object serves one thread at a time.
 class AUDIO_FILTER_API NSWrap {
 public:
+    /// [setup] Not initialised.
     NSWrap();
+    /// [setup]
     ~NSWrap();
 
     /// [setup] Starts the suppressor anew. The memories of the band filters are kept if the format
