@@ -527,8 +527,9 @@ TEST_F(CommandLineTest, TheLogHoldsTheLibrarysOwnLines) {
 class PipeTest : public CommandLineTest {
 protected:
     int RunProgram(const std::string& words) {
-        const std::string command = "cat '" + File("in") + "' | '" + AUDIO_FILTER_EXECUTABLE + "' " +
-                                    words + " 2>'" + File("err") + "' >'" + File("out") + "'";
+        const std::string command = "cat '" + File("in") + "' | '" + AUDIO_FILTER_EXECUTABLE +
+                                    "' " + words + " 2>'" + File("err") + "' >'" + File("out") +
+                                    "'";
         return WEXITSTATUS(std::system(command.c_str()));
     }
     template <typename Sample>
