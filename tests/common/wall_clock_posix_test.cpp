@@ -19,7 +19,7 @@ std::tuple<int, int, int, int, int, int, int> FieldsAt(std::time_t seconds, long
     return {t.year, t.month, t.day, t.hour, t.minute, t.second, t.millisecond};
 }
 
-TEST(WallClock, LocalTimeIsThatOfTheTimeZoneToTheMillisecond) {
+TEST(WallClockPosix, LocalTimeIsThatOfTheTimeZoneToTheMillisecond) {
     constexpr std::time_t kMarch = 1709802302;  // 2024-03-07 09:05:02 UTC
     EXPECT_EQ(FieldsAt(kMarch, 41'999'999, "UTC0"), std::make_tuple(2024, 3, 7, 9, 5, 2, 41));
     EXPECT_EQ(FieldsAt(kMarch, 999'999'999, "XYZ-14"), std::make_tuple(2024, 3, 7, 23, 5, 2, 999));
@@ -28,7 +28,7 @@ TEST(WallClock, LocalTimeIsThatOfTheTimeZoneToTheMillisecond) {
     EXPECT_EQ(FieldsAt(kNewYear, 0, "XYZ-1"), std::make_tuple(2026, 1, 1, 0, 59, 59, 0));
 }
 
-TEST(WallClock, CalendarTimeIsTheSecondsOfTheEpoch) {
+TEST(WallClockPosix, CalendarTimeIsTheSecondsOfTheEpoch) {
     ThePosixClock() = {};
     ThePosixClock().time = 5'000'000'000;
     EXPECT_EQ(CalendarSecondsNow(), 5'000'000'000);
