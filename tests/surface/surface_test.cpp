@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <new>
 #include <vector>
 
 #include "audio_filter/audio_filter.h"
@@ -262,6 +263,12 @@ TEST(Surface, Filter) {
     size = 480;
     EXPECT_EQ(filter->MulitProcess(in.data(), out.data(), size, {AV_SOURCE_1, AV_SOURCE_2}, param),
               0);
+    EXPECT_TRUE(filter->Clear());
+}
+
+TEST(Surface, AnAllocationFailureIsCaughtOnTheHostsSide) {
+    const auto filter = std::make_unique<AudioFilter>();
+    EXPECT_THROW(filter->Init(2147483647, 2, SAMPLE_FMT_S16, nullptr), std::bad_alloc);
     EXPECT_TRUE(filter->Clear());
 }
 
