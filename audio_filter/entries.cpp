@@ -44,7 +44,8 @@ int AudioFilter::CheckCall(const EntryTags& tags, const char* inData, const char
 }
 
 int AudioFilter::Process(const char* inData, char* outData, int& size,
-                         std::vector<AVSourceType> sources, AVParam& param, unsigned long long) {
+                         std::vector<AVSourceType> sources, AVParam& param,
+                         unsigned long long /*timestamp*/) {
     const ProcessAutolock hold(&mLock);
     mSrcNum = static_cast<std::int32_t>(sources.size());
     if (const int refused = CheckCall({"AudioFilter::Process", kNothingWithValues, 275, 280, 285},
@@ -62,7 +63,7 @@ int AudioFilter::Process(const char* inData, char* outData, int& size,
 
 int AudioFilter::ProcessResample(const char* inData, char* outData, int& size,
                                  std::vector<AVSourceType> sources, AVParam& param,
-                                 unsigned long long) {
+                                 unsigned long long /*timestamp*/) {
     const ProcessAutolock hold(&mLock);
     const auto count = static_cast<int>(sources.size());
     if (const int refused =

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdlib>
 #include <limits>
 #include <new>
@@ -57,11 +58,11 @@ void AudioFilter::AllocateBuffers() {
         throw std::bad_alloc();
     }
     const std::int64_t spare = mChannels <= 2 ? std::int64_t{kFrameSamples} : 0;
-    const auto bytes = static_cast<std::size_t>((mSampleRate + spare) * frameBytes);
-    mBuffer = static_cast<char*>(std::calloc(bytes, 1));
-    mBuffer2 = static_cast<char*>(std::calloc(bytes, 1));
-    mBufferBytes = bytes;
-    if (bytes > 0 && (mBuffer == nullptr || mBuffer2 == nullptr)) {
+    mBufferBytes = static_cast<std::size_t>((mSampleRate + spare) * frameBytes);
+    for (char** buffer : {&mBuffer, &mBuffer2}) {
+        *buffer = static_cast<char*>(std::calloc(std::max<std::size_t>(mBufferBytes, 1), 1));
+    }
+    if (mBuffer == nullptr || mBuffer2 == nullptr) {
         ReleaseBuffers();
         throw std::bad_alloc();
     }

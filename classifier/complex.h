@@ -5,7 +5,7 @@
 /// A complex number in single precision; 0 from construction on.
 class AUDIO_FILTER_API complex {
 public:
-    complex() {}
+    complex() = default;
     complex(float realPart, float imaginaryPart) : real(realPart), imag(imaginaryPart) {}
 
     float real = 0.0F;

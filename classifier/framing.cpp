@@ -10,7 +10,7 @@ void HammingWindow(std::span<float> window, float gain) {
     const std::size_t length = window.size();
     for (std::size_t i = 0; i < (length + 1) / 2; ++i) {
         const float angle = static_cast<float>(i) * twoPi / static_cast<float>(length - 1);
-        const double cosine = static_cast<double>(std::cos(angle));
+        const auto cosine = static_cast<double>(std::cos(angle));
         const auto weight = static_cast<float>((0.54 - 0.46 * cosine) * static_cast<double>(gain));
         window[i] = weight;
         window[length - 1 - i] = weight;

@@ -17,6 +17,9 @@ public:
     /// Takes a buffer back.
     using ReleaseCallback = void (*)(void* context, ProcessData* entry);
 
+    ProcessData(const ProcessData&) = delete;
+    ProcessData& operator=(const ProcessData&) = delete;
+
     /// [any] One reference more. @return this
     ProcessData* SelfCopy();
 
@@ -55,8 +58,6 @@ private:
 
     ProcessData() = default;
     ~ProcessData();
-    ProcessData(const ProcessData&) = delete;
-    ProcessData& operator=(const ProcessData&) = delete;
 
     /// Fills the buffer and gives it its one reference. The form without parameters keeps those of
     /// the entry's earlier use.

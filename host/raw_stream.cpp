@@ -42,7 +42,8 @@ std::size_t RawReader::Read(short* samples, std::size_t frames) {
         return ReadBytes(reinterpret_cast<char*>(samples), frames, channels * sizeof(short));
     }
     std::vector<float> floats(frames * channels);
-    const std::size_t read = Read(floats.data(), frames);
+    const std::size_t read =
+        ReadBytes(reinterpret_cast<char*>(floats.data()), frames, channels * sizeof(float));
     std::transform(floats.begin(), floats.begin() + static_cast<std::ptrdiff_t>(read * channels),
                    samples, FromFloat<short>);
     return read;
@@ -54,7 +55,8 @@ std::size_t RawReader::Read(float* samples, std::size_t frames) {
         return ReadBytes(reinterpret_cast<char*>(samples), frames, channels * sizeof(float));
     }
     std::vector<short> shorts(frames * channels);
-    const std::size_t read = Read(shorts.data(), frames);
+    const std::size_t read =
+        ReadBytes(reinterpret_cast<char*>(shorts.data()), frames, channels * sizeof(short));
     std::transform(shorts.begin(), shorts.begin() + static_cast<std::ptrdiff_t>(read * channels),
                    samples, [](short sample) { return ToFloat(sample); });
     return read;
