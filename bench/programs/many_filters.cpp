@@ -1,0 +1,105 @@
+/// How the cost of a stream grows with the number of filters, and where a filter's memory is. Mono
+/// 16-bit streams of 32000 Hz with everything on, block by block in turn.
+
+#include <malloc.h>
+
+#include <cstdio>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "audio_filter/audio_filter.h"
+#include "bench/programs/stopwatch.h"
+#include "support/signals.h"
+
+namespace {
+
+constexpr int kBlocks = 64 * 120;  ///< of all filters together
+constexpr int kRuns = 5;
+
+using Filters = std::vector<std::unique_ptr<AudioFilter>>;
+
+Filters Make(int count) {
+    Filters filters;
+    for (int i = 0; i < count; ++i) {
+        filters.push_back(std::make_unique<AudioFilter>());
+        ProcessSwitchMap switches = {{AP_DENOISE, true}, {AP_PHASE_CHECK, true}, {AP_GAIN, true}};
+        filters.back()->Init(32000, 1, SAMPLE_FMT_S16, &switches);
+    }
+    return filters;
+}
+
+/// Microseconds of this thread for a block, over filters taken in turn.
+double PerBlock(Filters& filters, const std::vector<short>& signal) {
+    std::vector<short> out(640);
+    const std::vector<AVSourceType> sources = {AV_SOURCE_MICROPHONE};
+    AVParam param;
+    const double start = ThreadMicroseconds();
+    for (std::size_t block = 0; block < kBlocks; ++block) {
+        int size = 640;
+        filters[block % filters.size()]->Process(
+            reinterpret_cast<const char*>(&signal[block / filters.size() % 500 * 320]),
+            reinterpret_cast<char*>(out.data()), size, sources, param, 0);
+    }
+    return (ThreadMicroseconds() - start) / kBlocks;
+}
+
+double Best(int count, const std::vector<short>& signal, int threads) {
+    double best = 1e9;
+    for (int run = 0; run < kRuns; ++run) {
+        std::vector<double> each(static_cast<std::size_t>(threads));
+        std::vector<std::thread> running;
+        for (double& result : each) {
+            running.emplace_back([&] {
+                Filters filters = Make((count + threads - 1) / threads);
+                PerBlock(filters, signal);  // warm
+                result = PerBlock(filters, signal);
+            });
+        }
+        for (std::thread& thread : running) {
+            thread.join();
+        }
+        best = std::min(best, *std::max_element(each.begin(), each.end()));
+    }
+    return best;
+}
+
+std::size_t InUse() {
+    const auto info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
+template <typename Init>
+void PrintHeap(const char* part, const Init& init) {
+    const std::size_t before = InUse();
+    init();
+    std::printf("| %s | %.1f |\n", part, static_cast<double>(InUse() - before) / 1024.0);
+}
+
+}  // namespace
+
+int main() {
+    std::mt19937 random(1);
+    const std::vector<short> signal = As<short>(NoisySpeech(random, 500 * 320, 32000.0));
+    std::printf("| filters | threads | us a block | relative to 1 |\n|---|---|---|---|\n");
+    double one = 0.0;
+    for (const int threads : {1, 2}) {
+        for (const int count : {1, 8, 64, 256}) {
+            const double cost = Best(count, signal, threads);
+            one = one == 0.0 ? cost : one;
+            std::printf("| %d | %d | %.2f | %.2f |\n", count, threads, cost, cost / one);
+        }
+    }
+
+    std::printf("\n| part of a filter | KiB |\n|---|---|\n");
+    std::printf("| the object itself | %.1f |\n",
+                static_cast<double>(sizeof(AudioFilter)) / 1024.0);
+    std::printf("| of that the mixer | %.1f |\n",
+                static_cast<double>(sizeof(AudioMixing)) / 1024.0);
+    const auto denoise = std::make_unique<AudioDenoise>();
+    PrintHeap("noise suppression, a channel", [&] { denoise->Init(32000, 1, SAMPLE_FMT_S16, 3); });
+    const auto classifier = std::make_unique<AudioClassifier>();
+    PrintHeap("music detection", [&] { classifier->Init(1, 32000, SAMPLE_FMT_S16); });
+    PrintHeap("all of a mono filter at 32000 Hz", [&] { static Filters filters = Make(1); });
+    return 0;
+}

@@ -1,0 +1,141 @@
+/// What a processing call asks of the system: the allocator and the calls that may wait are counted
+/// on their way to the C library. In an executable of its own, as it stands in for them.
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+#include <cstdlib>
+#include <memory>
+#include <vector>
+
+#include "audio_filter/audio_filter.h"
+#include "support/signals.h"
+
+namespace {
+
+thread_local bool counting = false;
+thread_local int allocations = 0;
+thread_local int locks = 0;
+thread_local int waits = 0;
+
+template <typename Function>
+Function* Next(const char* name) {
+    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+extern "C" {
+
+void* __libc_malloc(std::size_t size);
+void* __libc_calloc(std::size_t count, std::size_t size);
+void* __libc_realloc(void* block, std::size_t size);
+void __libc_free(void* block);
+
+void* malloc(std::size_t size) {
+    allocations += counting ? 1 : 0;
+    return __libc_malloc(size);
+}
+void* calloc(std::size_t count, std::size_t size) {
+    allocations += counting ? 1 : 0;
+    return __libc_calloc(count, size);
+}
+void* realloc(void* block, std::size_t size) {
+    allocations += counting ? 1 : 0;
+    return __libc_realloc(block, size);
+}
+void free(void* block) {
+    allocations += counting && block != nullptr ? 1 : 0;
+    __libc_free(block);
+}
+int pthread_mutex_lock(pthread_mutex_t* mutex) {
+    static const auto next = Next<int(pthread_mutex_t*)>("pthread_mutex_lock");
+    locks += counting ? 1 : 0;
+    return next(mutex);
+}
+int pthread_cond_wait(pthread_cond_t* cond, pthread_mutex_t* mutex) {
+    static const auto next = Next<int(pthread_cond_t*, pthread_mutex_t*)>("pthread_cond_wait");
+    waits += counting ? 1 : 0;
+    return next(cond, mutex);
+}
+int nanosleep(const timespec* time, timespec* left) {
+    static const auto next = Next<int(const timespec*, timespec*)>("nanosleep");
+    waits += counting ? 1 : 0;
+    return next(time, left);
+}
+}
+
+namespace {
+
+struct Asked {
+    int allocations = 0;  ///< and releases
+    int locks = 0;
+    int waits = 0;
+    int calls = 0;
+    int allocatingCalls = 0;
+};
+
+/// Ten seconds of blocks of 10 ms with everything on, and what the calls asked for.
+Asked TenSeconds(int rate, int channels, SampleFmt fmt, std::vector<AVSourceType> sources) {
+    const auto filter = std::make_unique<AudioFilter>();
+    ProcessSwitchMap switches = {
+        {AP_DENOISE, true}, {AP_PHASE_CHECK, true}, {AP_GAIN, true}, {AP_MIXING, true}};
+    filter->Init(rate, channels, fmt, &switches);
+    std::mt19937 random(3);
+    const auto samples = static_cast<std::size_t>(rate / 100 * channels) * sources.size();
+    const std::vector<float> signal = NoisySpeech(random, samples * 1000, rate);
+    const std::vector<short> shorts = As<short>(signal);
+    const std::size_t width = fmt == SAMPLE_FMT_S16 ? 2 : 4;
+    const char* bytes = width == 2 ? reinterpret_cast<const char*>(shorts.data())
+                                   : reinterpret_cast<const char*>(signal.data());
+    std::vector<char> in(samples * width);
+    std::vector<char> out(samples * width + 320 * 8);
+    AVParam param;
+    Asked asked;
+    for (std::size_t block = 0; block < 1000; ++block) {
+        std::copy(bytes + block * in.size(), bytes + (block + 1) * in.size(), in.begin());
+        // The lists are the caller's to make: before the counting begins.
+        std::vector<AVSourceType> list = sources;
+        std::vector<AVSourceType> one = {AV_SOURCE_MICROPHONE};
+        int size = static_cast<int>(in.size());
+        allocations = locks = waits = 0;
+        counting = true;
+        const int code = filter->Process(in.data(), out.data(), size, std::move(list), param, 0);
+        if (code == 9) {
+            filter->ProcessResample(in.data(), out.data(), size, std::move(one), param, 0);
+        }
+        counting = false;
+        // The list that a call has been given is released with it.
+        const int given = code == 9 ? 2 : 1;
+        asked.allocations += allocations - given;
+        asked.allocatingCalls += allocations > given ? 1 : 0;
+        asked.locks += locks;
+        asked.waits += waits;
+        asked.calls += given;
+    }
+    return asked;
+}
+
+TEST(ProcessingPath, AllocatesNothingTakesItsOwnLockAloneAndNeverWaits) {
+    const std::vector<AVSourceType> microphone = {AV_SOURCE_MICROPHONE};
+    const std::vector<AVSourceType> three = {AV_SOURCE_MICROPHONE, AV_SOURCE_1, AV_SOURCE_2};
+    for (const int rate : {8000, 16000, 32000, 44100, 48000}) {
+        for (const int channels : {1, 2}) {
+            for (const SampleFmt fmt : {SAMPLE_FMT_S16, SAMPLE_FMT_FLT}) {
+                for (const auto& sources : {microphone, three}) {
+                    const Asked asked = TenSeconds(rate, channels, fmt, sources);
+                    const std::string stream = std::to_string(rate) + " Hz, " +
+                                               std::to_string(channels) + " channels, format " +
+                                               std::to_string(fmt);
+                    EXPECT_EQ(asked.allocations, 0) << stream;
+                    EXPECT_EQ(asked.allocatingCalls, 0) << stream;
+                    EXPECT_EQ(asked.locks, asked.calls) << stream;
+                    EXPECT_EQ(asked.waits, 0) << stream;
+                }
+            }
+        }
+    }
+}
+
+}  // namespace
