@@ -1,0 +1,25 @@
+#include "classifier/spectrum.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <vector>
+
+namespace {
+
+/// The magnitudes of all bins of a tone that fills the transform.
+void OneSpectrum(benchmark::State& state) {
+    const auto size = static_cast<std::size_t>(state.range(0));
+    std::vector<float> signal(size);
+    for (std::size_t n = 0; n < size; ++n) {
+        signal[n] = 10000.0F * std::sin(0.37F * static_cast<float>(n));
+    }
+    std::vector<float> magnitudes(size / 2 + 1);
+    for (auto _ : state) {
+        Spectrum(signal, size, magnitudes);
+        benchmark::ClobberMemory();
+    }
+}
+BENCHMARK(OneSpectrum)->ArgName("size")->Arg(63998)->Arg(88198)->Arg(95998);
+
+}  // namespace
