@@ -3,51 +3,167 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
-#include <vector>
-
-#include "classifier/complex.h"
 
 namespace {
 
-/// Where each element comes from.
-std::vector<std::size_t> IndexTable(std::size_t size) {
-    std::vector<std::size_t> table(size);
-    const int bits = std::max(static_cast<int>(std::bit_width(size)), 2);
-    for (std::size_t i = 1; i < size; ++i) {
-        table[i] = (table[i >> 1] >> 1) | ((i & 1) << (bits - 2));
+constexpr std::size_t kWhole = static_cast<std::size_t>(-1);
+constexpr unsigned int kSmallestBits = 7;  // below, it is not worth more than the plain walk
+
+/// The lowest `bits` bits of a number in reverse.
+std::size_t Reversed(std::size_t number, unsigned int bits) {
+    std::size_t reversed = 0;
+    for (unsigned int bit = 0; bit < bits; ++bit) {
+        reversed = (reversed << 1) | ((number >> bit) & 1);
     }
-    return table;
+    return reversed;
 }
 
-/// All butterflies of one stage. They may reach up to twice past the size.
-void Stage(std::vector<complex>& elements, std::size_t size, std::size_t half) {
-    const float angle = std::acos(-1.0F) / static_cast<float>(half);
-    const complex rotation(std::cos(angle), std::sin(angle));
-    for (std::size_t start = 0; start < size; start += 2 * half) {
-        complex w(1.0F, 0.0F);
-        for (std::size_t k = start; k < start + half; ++k) {
-            const complex t = elements[k + half] * w;
-            elements[k + half] = elements[k] - t;
-            elements[k] = elements[k] + t;
-            w = w * rotation;
-        }
-    }
+/// After the leaves, stages come in twos, and so do the last ones.
+std::size_t LeafLength(unsigned int bits) {
+    return bits % 2 == 0 ? 32 : 16;
 }
 
 }  // namespace
 
+SpectrumTransform::SpectrumTransform(std::size_t size)
+    : mSize(size),
+      mBits(std::max(static_cast<unsigned int>(std::bit_width(size)), 2U) - 1),
+      mLength(std::size_t{1} << mBits),
+      mLeaf(LeafLength(mBits)),
+      mRotations(Rotations::UpTo(mLength)),
+      mW{mRotations->Real(), mRotations->Imag()} {
+    const bool small = mBits < kSmallestBits;
+    mReal.resize(small ? 2 * mLength : mLength + mLength / 2);
+    mImag.resize(mReal.size());
+}
+
+void SpectrumTransform::Run(std::span<const float> signal, std::size_t first,
+                            std::span<float> magnitudes) {
+    mSignal = signal;
+    if (mBits < kSmallestBits) {
+        RunSmall(first, magnitudes);
+        return;
+    }
+    Leaves();
+    // The repetition breaks off in one of the halves.
+    const std::size_t half = mLength / 2;
+    const std::size_t repeated = mSize - mLength;
+    const bool second = repeated >= half;
+    Finish(0, half, second ? kWhole : repeated);
+    Finish(half, half, second ? repeated - half : kWhole);
+    LastTwoStages({mReal.data(), mImag.data()}, half,
+                  {mReal.data() + mLength, mImag.data() + mLength}, second, mW, first,
+                  first + magnitudes.size(), magnitudes.data());
+}
+
+/// What an element is before the first stage.
+float SpectrumTransform::Sample(std::size_t element) const {
+    const std::size_t source = Reversed(element, mBits);
+    return source < mSignal.size() ? mSignal[source] : 0.0F;
+}
+
+void SpectrumTransform::RunSmall(std::size_t first, std::span<float> magnitudes) {
+    std::fill(mReal.begin(), mReal.end(), 0.0F);
+    std::fill(mImag.begin(), mImag.end(), 0.0F);
+    for (std::size_t i = 0; i < mSize; ++i) {
+        mReal[i] = Sample(i);
+    }
+    AllStages(First(), std::bit_ceil(mSize), mW);
+    for (std::size_t k = 0; k < magnitudes.size(); ++k) {
+        const float real = mReal[first + k];
+        const float imag = mImag[first + k];
+        magnitudes[k] = std::sqrt(real * real + imag * imag);
+    }
+}
+
+/// The first stages of all leaves, some at a time: as neighbouring samples are in leaves far apart
+/// at the same place, a row of samples is a row of elements.
+void SpectrumTransform::Leaves() {
+    const auto leafBits = static_cast<unsigned int>(std::countr_zero(mLeaf));
+    const std::size_t leaves = mLength / mLeaf;
+    Row real[32];
+    Row imag[32];
+    for (std::size_t column = 0; column < leaves; column += kLanes) {
+        LeafRows(column, real);
+        std::fill_n(&imag[0][0], mLeaf * kLanes, 0.0F);
+        std::size_t quarter = 1;
+        if (leafBits % 2 != 0) {
+            RowStage(real, imag, mLeaf);
+            quarter = 2;
+        }
+        for (; quarter < mLeaf; quarter *= 4) {
+            TwoRowStages(real, imag, mLeaf, quarter, mW);
+        }
+        for (std::size_t lane = 0; lane < kLanes; ++lane) {
+            const Elements leaf = First() + Reversed(column + lane, mBits - leafBits) * mLeaf;
+            for (std::size_t row = 0; row < mLeaf; ++row) {
+                leaf.real[row] = real[row][lane];
+                leaf.imag[row] = imag[row][lane];
+            }
+        }
+    }
+}
+
+/// The samples of the leaves of kLanes columns, missing ones as zeros.
+void SpectrumTransform::LeafRows(std::size_t column, float (*real)[kLanes]) const {
+    const auto leafBits = static_cast<unsigned int>(std::countr_zero(mLeaf));
+    const std::size_t leaves = mLength / mLeaf;
+    for (std::size_t row = 0; row < mLeaf; ++row) {
+        const std::size_t start =
+            std::min(Reversed(row, leafBits) * leaves + column, mSignal.size());
+        const std::size_t count = std::min(mSignal.size() - start, kLanes);
+        const float* samples = mSignal.data() + start;
+        if (count == kLanes) {
+            std::copy_n(samples, kLanes, real[row]);
+        } else {
+            std::fill(std::copy_n(samples, count, real[row]), real[row] + kLanes, 0.0F);
+        }
+    }
+}
+
+/// All stages that are left of a block, depth first, so that small ones stay in the cache.
+/// @param repeated how many elements of the block the repetition has before it breaks off; kWhole
+///        where it does not break off here
+void SpectrumTransform::Finish(std::size_t start, std::size_t length, std::size_t repeated) {
+    if (length > mLeaf) {
+        const std::size_t quarter = length / 4;
+        for (std::size_t i = 0; i < 4; ++i) {
+            const bool breaks = repeated != kWhole && repeated / quarter == i;
+            Finish(start + i * quarter, quarter, breaks ? repeated % quarter : kWhole);
+        }
+    }
+    if (repeated != kWhole) {
+        FinishRepeated(start, length, repeated);
+    }
+    if (length > mLeaf) {
+        TwoStages(First() + start, length / 4, mW);
+    }
+}
+
+/// The same for the block of the repetition. Its quarters before the break are those of the block
+/// that it repeats, which are done but for their last two stages.
+void SpectrumTransform::FinishRepeated(std::size_t start, std::size_t length,
+                                       std::size_t repeated) {
+    const std::size_t half = mLength / 2;
+    const Elements from = First() + start;
+    const Elements to = Repeated() + start % half;
+    if (length == mLeaf) {
+        for (std::size_t i = 0; i < length; ++i) {
+            to.real[i] = i < repeated ? Sample(start + i) : 0.0F;
+            to.imag[i] = 0.0F;
+        }
+        AllStages(to, length, mW);
+        return;
+    }
+    const std::size_t quarter = length / 4;
+    const std::size_t whole = repeated / quarter * quarter;
+    std::copy_n(from.real, whole, to.real);
+    std::copy_n(from.imag, whole, to.imag);
+    std::fill(to.real + whole + quarter, to.real + length, 0.0F);
+    std::fill(to.imag + whole + quarter, to.imag + length, 0.0F);
+    TwoStages(to, quarter, mW);
+}
+
 void Spectrum(std::span<const float> signal, std::size_t size, std::span<float> magnitudes) {
-    const std::vector<std::size_t> source = IndexTable(size);
-    std::vector<complex> elements(3 * size + 1);  // a transform of nothing has one element, too
-    for (std::size_t i = 0; i < size; ++i) {
-        elements[i].real = source[i] < signal.size() ? signal[source[i]] : 0.0F;
-    }
-    for (std::size_t half = 1; half < size; half *= 2) {
-        Stage(elements, size, half);
-    }
-    std::transform(elements.begin(),
-                   elements.begin() + static_cast<std::ptrdiff_t>(magnitudes.size()),
-                   magnitudes.begin(), [](complex element) {
-                       return std::sqrt(element.real * element.real + element.imag * element.imag);
-                   });
+    SpectrumTransform(size).Run(signal, 0, magnitudes);
 }

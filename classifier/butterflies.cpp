@@ -1,0 +1,165 @@
+#include "classifier/butterflies.h"
+
+#include <algorithm>
+#include <cmath>
+#include <type_traits>
+
+#include "classifier/complex.h"
+
+// No two of the arrays that a loop is given overlap. The compiler has to be told, or it walks them
+// one element at a time.
+#define APART __restrict
+
+namespace {
+
+void Butterfly(complex& low, complex& high, complex w) {
+    const complex t = high * w;
+    high = low - t;
+    low = low + t;
+}
+
+/// Two stages of four blocks: first `w` turns b and d, then `wLow` turns c and `wHigh` d.
+void FourBlocks(complex& a, complex& b, complex& c, complex& d, complex w, complex wLow,
+                complex wHigh) {
+    Butterfly(a, b, w);
+    Butterfly(c, d, w);
+    Butterfly(a, c, wLow);
+    Butterfly(b, d, wHigh);
+}
+
+void OneStage(float* APART real, float* APART imag, float* APART highReal, float* APART highImag,
+              const float* APART wReal, const float* APART wImag, std::size_t half) {
+    for (std::size_t k = 0; k < half; ++k) {
+        complex low(real[k], imag[k]);
+        complex high(highReal[k], highImag[k]);
+        Butterfly(low, high, {wReal[k], wImag[k]});
+        real[k] = low.real;
+        imag[k] = low.imag;
+        highReal[k] = high.real;
+        highImag[k] = high.imag;
+    }
+}
+
+void QuarterBlocks(float* APART aReal, float* APART aImag, float* APART bReal, float* APART bImag,
+                   float* APART cReal, float* APART cImag, float* APART dReal, float* APART dImag,
+                   const float* APART wReal, const float* APART wImag, std::size_t quarter) {
+    for (std::size_t k = 0; k < quarter; ++k) {
+        complex a(aReal[k], aImag[k]);
+        complex b(bReal[k], bImag[k]);
+        complex c(cReal[k], cImag[k]);
+        complex d(dReal[k], dImag[k]);
+        FourBlocks(a, b, c, d, {wReal[k], wImag[k]}, {wReal[k + quarter], wImag[k + quarter]},
+                   {wReal[k + 2 * quarter], wImag[k + 2 * quarter]});
+        aReal[k] = a.real;
+        aImag[k] = a.imag;
+        bReal[k] = b.real;
+        bImag[k] = b.imag;
+        cReal[k] = c.real;
+        cImag[k] = c.imag;
+        dReal[k] = d.real;
+        dImag[k] = d.imag;
+    }
+}
+
+/// One half of the bins: those of the sums of stage `half`, or those of its differences.
+template <bool kSums, bool kCutIsSecond>
+void LastMagnitudes(ConstElements low, ConstElements high, ConstElements cut, ConstElements w,
+                    ConstElements wLast, std::size_t count, float* APART magnitudes) {
+    for (std::size_t k = 0; k < count; ++k) {
+        const complex turn(w.real[k], w.imag[k]);
+        const complex a(low.real[k], low.imag[k]);
+        const complex t = complex(high.real[k], high.imag[k]) * turn;
+        const complex first = kSums ? a + t : a - t;
+        complex second(cut.real[k], cut.imag[k]);
+        if (kCutIsSecond) {
+            const complex u = second * turn;
+            second = kSums ? a + u : a - u;
+        }
+        const complex bin = first + second * complex(wLast.real[k], wLast.imag[k]);
+        magnitudes[k] = std::sqrt(bin.real * bin.real + bin.imag * bin.imag);
+    }
+}
+
+template <bool kCutIsSecond>
+void LastBins(ConstElements e, std::size_t half, ConstElements cut, ConstElements w,
+              std::size_t begin, std::size_t end, float* magnitudes) {
+    const auto bins = [&](auto isSums, std::size_t from, std::size_t to, std::size_t bin) {
+        if (from < to) {
+            LastMagnitudes<decltype(isSums)::value, kCutIsSecond>(
+                e + from, e + half + from, cut + from, w + half + from, w + 2 * half + bin,
+                to - from, magnitudes + (bin - begin));
+        }
+    };
+    bins(std::true_type(), begin, std::min(end, half), begin);
+    const std::size_t beginHigh = std::max(begin, half);
+    bins(std::false_type(), beginHigh - half, std::max(end, half) - half, beginHigh);
+}
+
+}  // namespace
+
+void AllStages(Elements e, std::size_t length, ConstElements w) {
+    for (std::size_t half = 1; half < length; half *= 2) {
+        for (std::size_t start = 0; start < length; start += 2 * half) {
+            const Elements low = e + start;
+            const Elements high = low + half;
+            OneStage(low.real, low.imag, high.real, high.imag, w.real + half, w.imag + half, half);
+        }
+    }
+}
+
+void TwoStages(Elements e, std::size_t quarter, ConstElements w) {
+    const Elements b = e + quarter;
+    const Elements c = b + quarter;
+    const Elements d = c + quarter;
+    QuarterBlocks(e.real, e.imag, b.real, b.imag, c.real, c.imag, d.real, d.imag, w.real + quarter,
+                  w.imag + quarter, quarter);
+}
+
+void RowStage(Row* real, Row* imag, std::size_t rows) {
+    for (std::size_t row = 0; row < rows; row += 2) {
+        for (std::size_t lane = 0; lane < kLanes; ++lane) {
+            complex low(real[row][lane], imag[row][lane]);
+            complex high(real[row + 1][lane], imag[row + 1][lane]);
+            Butterfly(low, high, {1.0F, 0.0F});
+            real[row][lane] = low.real;
+            imag[row][lane] = low.imag;
+            real[row + 1][lane] = high.real;
+            imag[row + 1][lane] = high.imag;
+        }
+    }
+}
+
+void TwoRowStages(Row* real, Row* imag, std::size_t rows, std::size_t quarter, ConstElements w) {
+    const auto turn = [w](std::size_t k) { return complex(w.real[k], w.imag[k]); };
+    for (std::size_t start = 0; start < rows; start += 4 * quarter) {
+        for (std::size_t k = 0; k < quarter; ++k) {
+            const std::size_t a = start + k;
+            const std::size_t b = a + quarter;
+            const std::size_t c = b + quarter;
+            const std::size_t d = c + quarter;
+            const complex w1 = turn(quarter + k);
+            const complex w2 = turn(2 * quarter + k);
+            const complex w3 = turn(3 * quarter + k);
+            for (std::size_t lane = 0; lane < kLanes; ++lane) {
+                complex ea(real[a][lane], imag[a][lane]);
+                complex eb(real[b][lane], imag[b][lane]);
+                complex ec(real[c][lane], imag[c][lane]);
+                complex ed(real[d][lane], imag[d][lane]);
+                FourBlocks(ea, eb, ec, ed, w1, w2, w3);
+                real[a][lane] = ea.real;
+                imag[a][lane] = ea.imag;
+                real[b][lane] = eb.real;
+                imag[b][lane] = eb.imag;
+                real[c][lane] = ec.real;
+                imag[c][lane] = ec.imag;
+                real[d][lane] = ed.real;
+                imag[d][lane] = ed.imag;
+            }
+        }
+    }
+}
+
+void LastTwoStages(ConstElements e, std::size_t half, ConstElements cut, bool cutIsSecond,
+                   ConstElements w, std::size_t begin, std::size_t end, float* magnitudes) {
+    (cutIsSecond ? LastBins<true> : LastBins<false>)(e, half, cut, w, begin, end, magnitudes);
+}
