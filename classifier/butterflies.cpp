@@ -61,6 +61,40 @@ void QuarterBlocks(float* APART aReal, float* APART aImag, float* APART bReal, f
     }
 }
 
+/// Stage 1 of real numbers. Turned by 1, they stay what they are, and their imaginary part becomes
+/// 0, or NaN where the number is none or infinite.
+void FirstRows(float* APART lowReal, float* APART lowImag, float* APART highReal,
+               float* APART highImag) {
+    for (std::size_t lane = 0; lane < kLanes; ++lane) {
+        const float low = lowReal[lane];
+        const float high = highReal[lane];
+        lowReal[lane] = low + high;
+        highReal[lane] = low - high;
+        lowImag[lane] = high * 0.0F;
+        highImag[lane] = high * 0.0F;
+    }
+}
+
+void QuarterRows(float* APART aReal, float* APART aImag, float* APART bReal, float* APART bImag,
+                 float* APART cReal, float* APART cImag, float* APART dReal, float* APART dImag,
+                 complex w, complex wLow, complex wHigh) {
+    for (std::size_t k = 0; k < kLanes; ++k) {
+        complex a(aReal[k], aImag[k]);
+        complex b(bReal[k], bImag[k]);
+        complex c(cReal[k], cImag[k]);
+        complex d(dReal[k], dImag[k]);
+        FourBlocks(a, b, c, d, w, wLow, wHigh);
+        aReal[k] = a.real;
+        aImag[k] = a.imag;
+        bReal[k] = b.real;
+        bImag[k] = b.imag;
+        cReal[k] = c.real;
+        cImag[k] = c.imag;
+        dReal[k] = d.real;
+        dImag[k] = d.imag;
+    }
+}
+
 /// One half of the bins: those of the sums of stage `half`, or those of its differences.
 template <bool kSums, bool kCutIsSecond>
 void LastMagnitudes(ConstElements low, ConstElements high, ConstElements cut, ConstElements w,
@@ -117,15 +151,7 @@ void TwoStages(Elements e, std::size_t quarter, ConstElements w) {
 
 void RowStage(Row* real, Row* imag, std::size_t rows) {
     for (std::size_t row = 0; row < rows; row += 2) {
-        for (std::size_t lane = 0; lane < kLanes; ++lane) {
-            complex low(real[row][lane], imag[row][lane]);
-            complex high(real[row + 1][lane], imag[row + 1][lane]);
-            Butterfly(low, high, {1.0F, 0.0F});
-            real[row][lane] = low.real;
-            imag[row][lane] = low.imag;
-            real[row + 1][lane] = high.real;
-            imag[row + 1][lane] = high.imag;
-        }
+        FirstRows(real[row], imag[row], real[row + 1], imag[row + 1]);
     }
 }
 
@@ -137,24 +163,8 @@ void TwoRowStages(Row* real, Row* imag, std::size_t rows, std::size_t quarter, C
             const std::size_t b = a + quarter;
             const std::size_t c = b + quarter;
             const std::size_t d = c + quarter;
-            const complex w1 = turn(quarter + k);
-            const complex w2 = turn(2 * quarter + k);
-            const complex w3 = turn(3 * quarter + k);
-            for (std::size_t lane = 0; lane < kLanes; ++lane) {
-                complex ea(real[a][lane], imag[a][lane]);
-                complex eb(real[b][lane], imag[b][lane]);
-                complex ec(real[c][lane], imag[c][lane]);
-                complex ed(real[d][lane], imag[d][lane]);
-                FourBlocks(ea, eb, ec, ed, w1, w2, w3);
-                real[a][lane] = ea.real;
-                imag[a][lane] = ea.imag;
-                real[b][lane] = eb.real;
-                imag[b][lane] = eb.imag;
-                real[c][lane] = ec.real;
-                imag[c][lane] = ec.imag;
-                real[d][lane] = ed.real;
-                imag[d][lane] = ed.imag;
-            }
+            QuarterRows(real[a], imag[a], real[b], imag[b], real[c], imag[c], real[d], imag[d],
+                        turn(quarter + k), turn(2 * quarter + k), turn(3 * quarter + k));
         }
     }
 }

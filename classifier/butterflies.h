@@ -30,7 +30,7 @@ struct ConstElements {
 };
 
 /// Elements that are worked out side by side before they are written where they belong.
-inline constexpr std::size_t kLanes = 8;
+inline constexpr std::size_t kLanes = 16;
 using Row = float[kLanes];
 
 /// The stages 1 .. length / 2, one by one: the plain walk.
@@ -40,7 +40,8 @@ void AllStages(Elements e, std::size_t length, ConstElements w);
 /// The stages `quarter` and 2 * quarter of 4 * quarter elements.
 void TwoStages(Elements e, std::size_t quarter, ConstElements w);
 
-/// Stage 1 of `rows` rows, each lane a transform of its own.
+/// Stage 1 of `rows` rows of real numbers, each lane a transform of its own.
+/// @param imag is only written
 void RowStage(Row* real, Row* imag, std::size_t rows);
 
 /// The stages `quarter` and 2 * quarter of `rows` rows.

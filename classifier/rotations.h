@@ -4,6 +4,8 @@
 #include <memory>
 #include <vector>
 
+#include "classifier/butterflies.h"
+
 /// The rotations of every stage of the classifier's transform. A stage whose butterflies are `half`
 /// elements wide has `half` of them, from element `half` on: 1, and then each the one before times
 /// exp(i * pi / half), in single precision. What rounding adds up to on the way is part of the
@@ -17,10 +19,9 @@ public:
 
     explicit Rotations(std::size_t widest);
 
-    const float* Real() const { return mReal.data(); }
-    const float* Imag() const { return mImag.data(); }
+    ConstElements Table() const;
 
 private:
-    std::vector<float> mReal;
-    std::vector<float> mImag;
+    std::size_t mSize;
+    std::vector<float> mTable;
 };

@@ -6,8 +6,16 @@
 
 namespace {
 
+/// Walks go through all arrays at the same pace. At the same place of a page, they would drive each
+/// other from the cache.
+constexpr std::size_t kApart = 256;
+
 constexpr std::size_t kWhole = static_cast<std::size_t>(-1);
-constexpr unsigned int kSmallestBits = 7;  // below, it is not worth more than the plain walk
+constexpr unsigned int kSmallestBits = 9;  // below, it is not worth more than the plain walk
+
+ConstElements Constant(Elements e) {
+    return {e.real, e.imag};
+}
 
 /// The lowest `bits` bits of a number in reverse.
 std::size_t Reversed(std::size_t number, unsigned int bits) {
@@ -31,10 +39,11 @@ SpectrumTransform::SpectrumTransform(std::size_t size)
       mLength(std::size_t{1} << mBits),
       mLeaf(LeafLength(mBits)),
       mRotations(Rotations::UpTo(mLength)),
-      mW{mRotations->Real(), mRotations->Imag()} {
+      mW(mRotations->Table()) {
     const bool small = mBits < kSmallestBits;
-    mReal.resize(small ? 2 * mLength : mLength + mLength / 2);
-    mImag.resize(mReal.size());
+    const std::size_t elements = small ? 2 * mLength : mLength + mLength / 2;
+    mElements.resize(2 * elements + kApart);
+    mFirst = {mElements.data(), mElements.data() + elements + kApart};
 }
 
 void SpectrumTransform::Run(std::span<const float> signal, std::size_t first,
@@ -51,8 +60,7 @@ void SpectrumTransform::Run(std::span<const float> signal, std::size_t first,
     const bool second = repeated >= half;
     Finish(0, half, second ? kWhole : repeated);
     Finish(half, half, second ? repeated - half : kWhole);
-    LastTwoStages({mReal.data(), mImag.data()}, half,
-                  {mReal.data() + mLength, mImag.data() + mLength}, second, mW, first,
+    LastTwoStages(Constant(mFirst), half, Constant(mFirst + mLength), second, mW, first,
                   first + magnitudes.size(), magnitudes.data());
 }
 
@@ -63,15 +71,14 @@ float SpectrumTransform::Sample(std::size_t element) const {
 }
 
 void SpectrumTransform::RunSmall(std::size_t first, std::span<float> magnitudes) {
-    std::fill(mReal.begin(), mReal.end(), 0.0F);
-    std::fill(mImag.begin(), mImag.end(), 0.0F);
+    std::fill(mElements.begin(), mElements.end(), 0.0F);
     for (std::size_t i = 0; i < mSize; ++i) {
-        mReal[i] = Sample(i);
+        mFirst.real[i] = Sample(i);
     }
-    AllStages(First(), std::bit_ceil(mSize), mW);
+    AllStages(mFirst, std::bit_ceil(mSize), mW);
     for (std::size_t k = 0; k < magnitudes.size(); ++k) {
-        const float real = mReal[first + k];
-        const float imag = mImag[first + k];
+        const float real = mFirst.real[first + k];
+        const float imag = mFirst.imag[first + k];
         magnitudes[k] = std::sqrt(real * real + imag * imag);
     }
 }
@@ -85,9 +92,10 @@ void SpectrumTransform::Leaves() {
     Row imag[32];
     for (std::size_t column = 0; column < leaves; column += kLanes) {
         LeafRows(column, real);
-        std::fill_n(&imag[0][0], mLeaf * kLanes, 0.0F);
         std::size_t quarter = 1;
-        if (leafBits % 2 != 0) {
+        if (leafBits % 2 == 0) {
+            std::fill_n(&imag[0][0], mLeaf * kLanes, 0.0F);
+        } else {
             RowStage(real, imag, mLeaf);
             quarter = 2;
         }
@@ -95,7 +103,7 @@ void SpectrumTransform::Leaves() {
             TwoRowStages(real, imag, mLeaf, quarter, mW);
         }
         for (std::size_t lane = 0; lane < kLanes; ++lane) {
-            const Elements leaf = First() + Reversed(column + lane, mBits - leafBits) * mLeaf;
+            const Elements leaf = mFirst + Reversed(column + lane, mBits - leafBits) * mLeaf;
             for (std::size_t row = 0; row < mLeaf; ++row) {
                 leaf.real[row] = real[row][lane];
                 leaf.imag[row] = imag[row][lane];
@@ -136,7 +144,7 @@ void SpectrumTransform::Finish(std::size_t start, std::size_t length, std::size_
         FinishRepeated(start, length, repeated);
     }
     if (length > mLeaf) {
-        TwoStages(First() + start, length / 4, mW);
+        TwoStages(mFirst + start, length / 4, mW);
     }
 }
 
@@ -145,8 +153,8 @@ void SpectrumTransform::Finish(std::size_t start, std::size_t length, std::size_
 void SpectrumTransform::FinishRepeated(std::size_t start, std::size_t length,
                                        std::size_t repeated) {
     const std::size_t half = mLength / 2;
-    const Elements from = First() + start;
-    const Elements to = Repeated() + start % half;
+    const Elements from = mFirst + start;
+    const Elements to = mFirst + mLength + start % half;
     if (length == mLeaf) {
         for (std::size_t i = 0; i < length; ++i) {
             to.real[i] = i < repeated ? Sample(start + i) : 0.0F;

@@ -34,8 +34,6 @@ public:
 
 private:
     float Sample(std::size_t element) const;
-    Elements First() { return {mReal.data(), mImag.data()}; }
-    Elements Repeated() { return First() + mLength; }
     void RunSmall(std::size_t first, std::span<float> magnitudes);
     void Leaves();
     void LeafRows(std::size_t column, float (*real)[kLanes]) const;
@@ -48,8 +46,8 @@ private:
     std::size_t mLeaf;    ///< elements of the blocks that the first stages are worked out in
     std::shared_ptr<const Rotations> mRotations;
     ConstElements mW;
-    std::vector<float> mReal;  ///< the first n elements, and half as many of the repetition
-    std::vector<float> mImag;
+    std::vector<float> mElements;
+    Elements mFirst;  ///< in there: the first n elements, and half as many of the repetition
     std::span<const float> mSignal;
 };
 
