@@ -7,6 +7,7 @@
 
 #include "classifier/features.h"
 #include "classifier/framing.h"
+#include "classifier/spectrum.h"
 #include "common/pcm_view.h"
 #include "common/sample_format.h"
 #include "units/frame.h"
@@ -17,6 +18,10 @@ constexpr int kSuppressorRate = 32000;
 constexpr int kSuppressorLevel = 3;
 constexpr unsigned int kHopsGathered = 60;
 constexpr unsigned short kVotes = 30;
+
+// The analysis counts samples and frames with 16 bits.
+constexpr std::size_t kSamplesCounted = 65535;
+constexpr std::size_t kFramesCounted = 65535;
 
 /// A float as the 16-bit number that is stored of it: truncated, and beyond 16 bits wrapped. What
 /// 32 bits cannot hold becomes 0.
@@ -56,8 +61,25 @@ int AudioClassifier::Init(unsigned short channels, int sampleRate, SampleFmt for
     mLeft = Bytes(splitBytes);
     mRight = Bytes(splitBytes);
     mGathered = std::min(mGathered, static_cast<unsigned int>(historyBytes / mBytesPerSample));
+    PrepareAnalysis();
     mInited = true;
     return 0;
+}
+
+/// Makes what an analysis takes, where the history is long enough for one.
+void AudioClassifier::PrepareAnalysis() {
+    const algoParam param = getAlgoParam(static_cast<unsigned short>(mSampleRate));
+    if (Room() < kHopsGathered * param.hop + param.frameLength) {
+        return;
+    }
+    mVotes.reserve(kVotes);
+    CacheWindow(param.frameLength);
+    mSignal.resize(std::min(Room(), kSamplesCounted));
+    mEnergies.reserve(std::min((Room() - param.frameLength) / param.hop + 1, kFramesCounted));
+    mMagnitudes.resize(param.bandStart);
+    if (mTransform == nullptr || mTransform->Size() != param.fftSize) {
+        mTransform = std::make_unique<SpectrumTransform>(param.fftSize);
+    }
 }
 
 bool AudioClassifier::IsInited() {
@@ -125,34 +147,32 @@ void AudioClassifier::Gather(std::size_t samples) {
 }
 
 bool AudioClassifier::Analyse(algoParam param) {
-    std::vector<float> signal = EmphasisedHistory(param.emphasis);
+    const std::span<float> signal = EmphasisedHistory(param.emphasis);
     CacheWindow(param.frameLength);
-    mFrameCount = CountFrames(signal.size(), param.frameLength, param.hop);
-    std::vector<double> energies(mFrameCount);
-    std::vector<float> frame(param.frameLength);
-    for (std::size_t j = 0; j < energies.size(); ++j) {
-        CutFrame(signal, j, param.hop, mWindow, frame);
-        energies[j] = FrameEnergy(frame);
-    }
-    if (IsSpeechByLowEnergy(energies, param.lowEnergyThresholds, param.lowEnergyCentres)) {
+    mFrameCount = CountFrames(mGathered, param.frameLength, param.hop);
+    mEnergies.resize(mFrameCount);
+    FrameEnergies(signal, param.hop, mWindow, mEnergies);
+    if (IsSpeechByLowEnergy(mEnergies, param.lowEnergyThresholds, param.lowEnergyCentres)) {
         return false;
     }
     float* centres[] = {param.subBandCentres[0], param.subBandCentres[1], param.subBandCentres[2],
                         param.subBandCentres[3]};
-    return musicCheckByFft(signal.data(), mGathered, param.fftSize, centres);
+    return musicCheckByFft(signal.data(), static_cast<unsigned int>(signal.size()), param.fftSize,
+                           centres);
 }
 
-/// Everything gathered; what a 16-bit count of it does not reach is 0.
-std::vector<float> AudioClassifier::EmphasisedHistory(float coefficient) {
-    std::vector<float> signal(mGathered);
+/// As much of what has been gathered as a 16-bit count of it reaches. The rest counts as zeros.
+std::span<float> AudioClassifier::EmphasisedHistory(float coefficient) {
     const std::size_t counted = static_cast<unsigned short>(mGathered);
-    const std::span<float> emphasised(signal.data(), counted);
+    const std::span<float> emphasised = std::span(mSignal).first(counted);
     if (IsS16(mFormat)) {
         Emphasise(PcmView<const std::int16_t>(mHistory.data(), counted), coefficient, emphasised);
     } else if (IsFloat(mFormat)) {
         Emphasise(PcmView<const float>(mHistory.data(), counted), coefficient, emphasised);
+    } else {
+        std::fill(emphasised.begin(), emphasised.end(), 0.0F);
     }
-    return signal;
+    return emphasised;
 }
 
 void AudioClassifier::CacheWindow(unsigned short length) {

@@ -128,9 +128,18 @@ bool AudioClassifier::musicCheckByFft(float* signal, unsigned int count, unsigne
                                       float** centres) {
     constexpr unsigned short kCentres = 4;
     const std::size_t start = getAlgoParam(static_cast<unsigned short>(mSampleRate)).bandStart;
-    std::vector<float> magnitudes(fftSize / 2 + 1);
-    Spectrum({signal, count}, fftSize, magnitudes);
-    std::array<float, 3> ratios = SubBandRatios(magnitudes, start);
+    // An analysis asks for the transform that has been made for it.
+    const bool prepared = mTransform != nullptr && mTransform->Size() == fftSize;
+    std::unique_ptr<SpectrumTransform> other;
+    if (!prepared) {
+        other = std::make_unique<SpectrumTransform>(fftSize);
+    }
+    mMagnitudes.resize(start);
+    const std::size_t bins = std::size_t{fftSize} / 2 + 1;
+    const std::span<float> band =
+        std::span(mMagnitudes).first(std::min(std::max(bins, start) - start, start));
+    (prepared ? *mTransform : *other).Run({signal, count}, start, band);
+    std::array<float, 3> ratios = UpperBandRatios(band, start);
     const float* nearest = nearestCenter(ratios.data(), centres, kCentres, ratios.size());
     return !std::equal(nearest, nearest + ratios.size(), centres[0]);
 }

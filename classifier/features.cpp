@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace {
 
@@ -14,6 +15,33 @@ std::size_t Scaled(std::size_t bin, double factor) {
     return static_cast<std::size_t>(static_cast<double>(bin) * factor);
 }
 
+/// Sums whose order is fixed make the processor wait for each addition. Those of several frames at
+/// a time do not wait for each other.
+constexpr std::size_t kSideBySide = 8;
+
+/// The energies of several whole frames.
+void AddFrames(std::span<const float> signal, std::size_t hop, std::span<const float> window,
+               std::span<double, kSideBySide> energies) {
+    constexpr std::size_t kAtOnce = 64;
+    double squares[kSideBySide][kAtOnce];
+    double sums[kSideBySide] = {};
+    for (std::size_t i = 0; i < window.size(); i += kAtOnce) {
+        const std::size_t count = std::min(window.size() - i, kAtOnce);
+        for (std::size_t f = 0; f < kSideBySide; ++f) {
+            const float* samples = &signal[f * hop + i];
+            for (std::size_t k = 0; k < count; ++k) {
+                squares[f][k] = Square(samples[k] * window[i + k]);
+            }
+        }
+        for (std::size_t k = 0; k < count; ++k) {
+            for (std::size_t f = 0; f < kSideBySide; ++f) {
+                sums[f] += squares[f][k];
+            }
+        }
+    }
+    std::copy(std::begin(sums), std::end(sums), energies.begin());
+}
+
 }  // namespace
 
 double FrameEnergy(std::span<const float> frame) {
@@ -22,6 +50,25 @@ double FrameEnergy(std::span<const float> frame) {
         energy += Square(sample);
     }
     return energy;
+}
+
+void FrameEnergies(std::span<const float> signal, std::size_t hop, std::span<const float> window,
+                   std::span<double> energies) {
+    std::size_t j = 0;
+    for (; j + kSideBySide <= energies.size() &&
+           (j + kSideBySide - 1) * hop + window.size() <= signal.size();
+         j += kSideBySide) {
+        AddFrames(signal.subspan(j * hop), hop, window, energies.subspan(j).first<kSideBySide>());
+    }
+    for (; j < energies.size(); ++j) {
+        const std::size_t start = std::min(j * hop, signal.size());
+        const std::size_t inside = std::min(signal.size() - start, window.size());
+        double energy = 0.0;
+        for (std::size_t i = 0; i < inside; ++i) {
+            energy += Square(signal[start + i] * window[i]);
+        }
+        energies[j] = energy;
+    }
 }
 
 float LowEnergyRate(std::span<const double> energies, float ratio) {
@@ -37,17 +84,26 @@ float LowEnergyRate(std::span<const double> energies, float ratio) {
 }
 
 std::array<float, 3> SubBandRatios(std::span<const float> magnitudes, std::size_t bandStart) {
-    const auto power = [&](std::size_t begin, std::size_t end) {
+    return UpperBandRatios(magnitudes.subspan(std::min(bandStart, magnitudes.size())), bandStart);
+}
+
+std::array<float, 3> UpperBandRatios(std::span<const float> band, std::size_t bandStart) {
+    double total = 0.0;
+    std::size_t bin = 0;
+    // Adds up to a bin, in order, to the total and at its side to another sum.
+    const auto power = [&](std::size_t end) {
         double sum = 0.0;
-        for (std::size_t k = begin; k < std::min(end, magnitudes.size()); ++k) {
-            sum += Square(magnitudes[k]);
+        for (end = std::min(end - bandStart, band.size()); bin < end; ++bin) {
+            const double square = Square(band[bin]);
+            total += square;
+            sum += square;
         }
         return sum;
     };
-    const double total = power(bandStart, 2 * bandStart);
-    const double band1 = power(bandStart, Scaled(bandStart, 1.125));
-    const double band2 = power(Scaled(bandStart, 1.25), Scaled(bandStart, 1.5));
-    const double band3 = power(Scaled(bandStart, 1.5), 2 * bandStart);
+    const double band1 = power(Scaled(bandStart, 1.125));
+    power(Scaled(bandStart, 1.25));
+    const double band2 = power(Scaled(bandStart, 1.5));
+    const double band3 = power(2 * bandStart);
     return {static_cast<float>(band1 / total), static_cast<float>(band2 / total),
             static_cast<float>(band3 / total)};
 }

@@ -10,12 +10,20 @@
 /// Sum of the squares of a frame.
 double FrameEnergy(std::span<const float> frame);
 
+/// The energies of overlapping frames: of each windowed frame, hop samples after the one before,
+/// the sum of the squares in the order of the samples. What reaches past the signal counts as 0.
+void FrameEnergies(std::span<const float> signal, std::size_t hop, std::span<const float> window,
+                   std::span<double> energies);
+
 /// The share of frames with less energy than `ratio` times the mean, 0..1. NaN without frames.
 float LowEnergyRate(std::span<const double> energies, float ratio);
 
 /// The power of the bins bandStart * 1..1.125, 1.25..1.5 and 1.5..2 over that of all of 1..2 times
 /// bandStart. Bins that are missing count as 0; NaN where all of them do.
 std::array<float, 3> SubBandRatios(std::span<const float> magnitudes, std::size_t bandStart);
+
+/// The same of the magnitudes of the bins from bandStart on.
+std::array<float, 3> UpperBandRatios(std::span<const float> band, std::size_t bandStart);
 
 /// Euclidean distance of two points.
 float Distance(std::span<const float> a, std::span<const float> b);

@@ -11,11 +11,11 @@
 /// @param out at most as long as the input
 template <typename Sample>
 void Emphasise(PcmView<const Sample> in, float coefficient, std::span<float> out) {
-    float previous = 0.0F;
-    for (std::size_t n = 0; n < out.size(); ++n) {
-        const auto current = static_cast<float>(in.Get(n));
-        out[n] = current - coefficient * previous;
-        previous = current;
+    if (!out.empty()) {
+        out[0] = static_cast<float>(in.Get(0)) - coefficient * 0.0F;
+    }
+    for (std::size_t n = 1; n < out.size(); ++n) {
+        out[n] = static_cast<float>(in.Get(n)) - coefficient * static_cast<float>(in.Get(n - 1));
     }
 }
 
