@@ -89,12 +89,12 @@ std::array<float, 3> SubBandRatios(std::span<const float> magnitudes, std::size_
 
 std::array<float, 3> UpperBandRatios(std::span<const float> band, std::size_t bandStart) {
     double total = 0.0;
-    std::size_t bin = 0;
-    // Adds up to a bin, in order, to the total and at its side to another sum.
+    std::size_t bin = bandStart;
+    // Adds the bins up to one, in order, to the total and at its side to another sum.
     const auto power = [&](std::size_t end) {
         double sum = 0.0;
-        for (end = std::min(end - bandStart, band.size()); bin < end; ++bin) {
-            const double square = Square(band[bin]);
+        for (; bin < std::min(end, bandStart + band.size()); ++bin) {
+            const double square = Square(band[bin - bandStart]);
             total += square;
             sum += square;
         }

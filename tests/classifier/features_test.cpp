@@ -9,6 +9,8 @@
 #include <vector>
 
 #include "classifier/audio_classifier.h"
+#include "classifier/framing.h"
+#include "support/seed.h"
 
 namespace {
 
@@ -20,6 +22,30 @@ TEST(FrameEnergy, OfThreeAndFourIs25AndOfNothing0) {
 TEST(FrameEnergy, IsSummedInDoublePrecision) {
     EXPECT_EQ(FrameEnergy(std::vector<float>{16777217.0F, 1.0F}), 16777216.0 * 16777216.0 + 1.0);
     EXPECT_GT(FrameEnergy(std::vector<float>{3e38F}), 8e76);
+}
+
+TEST(FrameEnergies, Of0To20FramesAndWindowsAroundTheirLoopsAreThoseOfTheFramesCutOneByOne) {
+    std::mt19937 random = SeededRandom();
+    std::uniform_real_distribution<float> any(-30000.0F, 30000.0F);
+    for (const std::size_t length : {1U, 7U, 63U, 64U, 65U, 130U, 1412U}) {
+        for (std::size_t frames = 0; frames <= 20; ++frames) {
+            const std::size_t hop = std::max<std::size_t>(length / 2, 1);
+            const auto spare = static_cast<std::size_t>(RandomInt(random, 0, 3)) * length;
+            std::vector<float> signal((frames + 1) * hop - std::min((frames + 1) * hop, spare));
+            std::generate(signal.begin(), signal.end(), [&] { return any(random); });
+            std::vector<float> window(length);
+            HammingWindow(window, 1.0F);
+            std::vector<double> energies(frames, -1.0);
+            FrameEnergies(signal, hop, window, energies);
+            std::vector<float> frame(length);
+            for (std::size_t j = 0; j < frames; ++j) {
+                CutFrame(signal, j, hop, window, frame);
+                const double expected = FrameEnergy(frame);
+                ASSERT_TRUE(energies[j] == expected || (length == 1 && std::isnan(energies[j])))
+                    << "frame " << j << " of " << frames << ", " << length << " samples";
+            }
+        }
+    }
 }
 
 TEST(LowEnergyRate, CountsTheFramesStrictlyBelowTheShareOfTheMean) {
@@ -34,6 +60,33 @@ TEST(LowEnergyRate, WithoutFramesIsNaNAndOfSilenceOrNaN0) {
     EXPECT_TRUE(std::isnan(LowEnergyRate({}, 0.5F)));
     EXPECT_EQ(LowEnergyRate(std::vector<double>(10, 0.0), 0.5F), 0.0F);
     EXPECT_EQ(LowEnergyRate(std::vector<double>{1.0, std::nan("")}, 0.5F), 0.0F);
+}
+
+TEST(SubBandRatios, AddEachSumUpInTheOrderOfTheBinsHoweverManyBinsThereAre) {
+    std::mt19937 random = SeededRandom();
+    std::uniform_real_distribution<float> any(0.0F, 1000.0F);
+    for (std::size_t start = 1; start < 60; ++start) {
+        const auto bins = static_cast<std::size_t>(RandomInt(random, 0, 130));
+        std::vector<float> magnitudes(bins);
+        std::generate(magnitudes.begin(), magnitudes.end(), [&] { return any(random); });
+        const auto power = [&](std::size_t begin, std::size_t end) {
+            double sum = 0.0;
+            for (std::size_t k = begin; k < std::min(end, bins); ++k) {
+                sum += static_cast<double>(magnitudes[k]) * static_cast<double>(magnitudes[k]);
+            }
+            return sum;
+        };
+        const double total = power(start, 2 * start);
+        const double sums[] = {power(start, start + start / 8),
+                               power(start + start / 4, start + start / 2),
+                               power(start + start / 2, 2 * start)};
+        const std::array<float, 3> ratios = SubBandRatios(magnitudes, start);
+        for (std::size_t band = 0; band < 3; ++band) {
+            const auto expected = static_cast<float>(sums[band] / total);
+            EXPECT_TRUE(ratios[band] == expected || (std::isnan(expected) && total == 0.0))
+                << start << ", " << bins << " bins, band " << band;
+        }
+    }
 }
 
 TEST(SubBandRatios, OfEqualBinsAre2And4And8SixteenthsWhereBinsDivideBy8) {

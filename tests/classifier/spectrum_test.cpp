@@ -2,8 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <bit>
 #include <cmath>
 #include <complex>
+#include <cstdint>
 #include <vector>
 
 #include "classifier/complex.h"
@@ -46,6 +49,86 @@ TEST(Spectrum, Sizes63998And88198And95998FollowThePlainModelToTheBit) {
             const std::vector<float> signal = Noise(random, count, 32768.0F);
             ASSERT_TRUE(SameBits(Magnitudes(signal, size), PlainSpectrum(signal, size)))
                 << "size " << size << ", " << count << " samples";
+        }
+    }
+}
+
+/// Equal to the bit, but for which NaN it is.
+bool SameNumbers(const std::vector<float>& a, const std::vector<float>& b) {
+    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](float x, float y) {
+        return std::isnan(x) ? std::isnan(y) : std::bit_cast<int>(x) == std::bit_cast<int>(y);
+    });
+}
+
+/// Noise with, here and there, numbers that take no part in ordinary arithmetic, or bits of any
+/// kind.
+std::vector<float> Odd(std::mt19937& random, std::size_t samples) {
+    const std::vector<float> odd = {NAN,    INFINITY, -INFINITY, -0.0F, 0.0F,
+                                    1e-40F, -1e-45F,  3e38F,     -3e38F};
+    const int kind = RandomInt(random, 0, 4);  // one of them, or none but zeros and tiny ones
+    std::vector<float> signal = Noise(random, samples, kind == 4 ? 1e-38F : 1.0F);
+    const auto oddOnes = RandomInt(random, 0, 3);
+    for (int i = 0; i < oddOnes && samples > 0; ++i) {
+        const auto place = static_cast<std::size_t>(RandomInt(random, 0, 1 << 30)) % samples;
+        signal[place] = odd[static_cast<std::size_t>(RandomInt(random, 0, 8))];
+    }
+    for (std::size_t n = 0; kind == 3 && n < samples; ++n) {
+        signal[n] = odd[static_cast<std::size_t>(RandomInt(random, 3, 8))];
+    }
+    for (std::size_t n = 0; kind == 2 && n < samples; ++n) {
+        signal[n] = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
+    }
+    return signal;
+}
+
+TEST(Spectrum, Sizes0To300OfNaNsAndInfinitiesAndZerosAndSubnormalsFollowThePlainModel) {
+    std::mt19937 random = SeededRandom();
+    for (std::size_t size = 0; size <= 300; ++size) {
+        for (int run = 0; run < 10; ++run) {
+            const std::vector<float> signal = Odd(random, size);
+            ASSERT_TRUE(SameNumbers(Magnitudes(signal, size), PlainSpectrum(signal, size))) << size;
+        }
+    }
+}
+
+TEST(Spectrum, OneHundredRandomSizesTo140000OddAndEvenFollowThePlainModel) {
+    std::mt19937 random = SeededRandom();
+    for (int run = 0; run < 100; ++run) {
+        const auto size =
+            static_cast<std::size_t>(RandomInt(random, 300, run % 4 == 0 ? 140'000 : 5000));
+        const std::vector<float> signal = Odd(random, size - size / 3 * (run % 3 == 0 ? 1 : 0));
+        ASSERT_TRUE(SameNumbers(Magnitudes(signal, size), PlainSpectrum(signal, size))) << size;
+    }
+}
+
+TEST(Spectrum, SizesAboutEveryPowerOfTwoAndOneAndAHalfTimesItFollowThePlainModelToTheBit) {
+    std::mt19937 random = SeededRandom();
+    for (std::size_t power = 256; power <= 65536; power *= 2) {
+        for (const std::size_t middle : {power, power + power / 2}) {
+            for (std::size_t size = middle - 2; size <= middle + 2; ++size) {
+                const std::vector<float> signal = Noise(random, size);
+                ASSERT_TRUE(SameBits(Magnitudes(signal, size), PlainSpectrum(signal, size)))
+                    << size;
+            }
+        }
+    }
+}
+
+TEST(Spectrum, OneTransformUsedAgainAndAskedForSomeBinsGivesTheSameAsANewOne) {
+    std::mt19937 random = SeededRandom();
+    for (const std::size_t size : {0U, 1U, 77U, 600U, 1100U, 63998U}) {
+        SpectrumTransform transform(size);
+        for (int run = 0; run < 10; ++run) {
+            const std::vector<float> signal = Odd(random, size);
+            const std::vector<float> all = PlainSpectrum(signal, size);
+            const int bins = static_cast<int>(all.size());
+            const int first = RandomInt(random, 0, bins);
+            std::vector<float> some(static_cast<std::size_t>(RandomInt(random, 0, bins - first)));
+            transform.Run(signal, static_cast<std::size_t>(first), some);
+            ASSERT_TRUE(SameNumbers(
+                some, std::vector<float>(all.begin() + first,
+                                         all.begin() + first + static_cast<int>(some.size()))))
+                << size << ", bins from " << first;
         }
     }
 }
