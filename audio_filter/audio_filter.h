@@ -94,7 +94,7 @@ public:
     bool Clear();
 
     /// [audio] Runs the chain over a buffer: over all sources mixed, with AP_MIXING on, else over
-    /// the first source alone. Once a second, the music detection in it allocates.
+    /// the first source alone. Once a second, the music detection in it takes longer.
     /// @param inData size bytes, one block a source, at any address. Phase correction, and gain
     ///        where no noise is suppressed, are written into it, although it is declared const.
     /// @param outData room for size bytes and one frame of 10 ms of every channel more; may be

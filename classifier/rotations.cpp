@@ -6,14 +6,6 @@
 
 #include "classifier/complex.h"
 
-namespace {
-
-/// Places of the tables in a page, apart from those of the elements that are turned.
-constexpr std::size_t kReal = 512;
-constexpr std::size_t kFurther = 256;
-
-}  // namespace
-
 std::shared_ptr<const Rotations> Rotations::UpTo(std::size_t widest) {
     static std::mutex mutex;
     static std::map<std::size_t, std::weak_ptr<const Rotations>> tables;
@@ -27,23 +19,16 @@ std::shared_ptr<const Rotations> Rotations::UpTo(std::size_t widest) {
     return table;
 }
 
-Rotations::Rotations(std::size_t widest)
-    : mSize(2 * widest), mTable(kReal + mSize + kFurther + mSize) {
-    float* const real = mTable.data() + kReal;
-    float* const imag = real + mSize + kFurther;
+Rotations::Rotations(std::size_t widest) : mTable(2 * widest, SplitArray::kRotations) {
+    const Elements table = mTable.Begin();
     for (std::size_t half = 1; half <= widest; half *= 2) {
         const float angle = std::acos(-1.0F) / static_cast<float>(half);
         const complex rotation(std::cos(angle), std::sin(angle));
         complex w(1.0F, 0.0F);
         for (std::size_t k = half; k < 2 * half; ++k) {
-            real[k] = w.real;
-            imag[k] = w.imag;
+            table.real[k] = w.real;
+            table.imag[k] = w.imag;
             w = w * rotation;
         }
     }
-}
-
-ConstElements Rotations::Table() const {
-    const float* const real = mTable.data() + kReal;
-    return {real, real + mSize + kFurther};
 }

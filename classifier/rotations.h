@@ -2,9 +2,9 @@
 
 #include <cstddef>
 #include <memory>
-#include <vector>
 
 #include "classifier/butterflies.h"
+#include "classifier/split_array.h"
 
 /// The rotations of every stage of the classifier's transform. A stage whose butterflies are `half`
 /// elements wide has `half` of them, from element `half` on: 1, and then each the one before times
@@ -19,9 +19,8 @@ public:
 
     explicit Rotations(std::size_t widest);
 
-    ConstElements Table() const;
+    ConstElements Table() const { return mTable.Begin(); }
 
 private:
-    std::size_t mSize;
-    std::vector<float> mTable;
+    SplitArray mTable;
 };

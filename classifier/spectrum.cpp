@@ -6,10 +6,6 @@
 
 namespace {
 
-/// Walks go through all arrays at the same pace. At the same place of a page, they would drive each
-/// other from the cache.
-constexpr std::size_t kApart = 256;
-
 constexpr std::size_t kWhole = static_cast<std::size_t>(-1);
 constexpr unsigned int kSmallestBits = 9;  // below, it is not worth more than the plain walk
 
@@ -39,12 +35,9 @@ SpectrumTransform::SpectrumTransform(std::size_t size)
       mLength(std::size_t{1} << mBits),
       mLeaf(LeafLength(mBits)),
       mRotations(Rotations::UpTo(mLength)),
-      mW(mRotations->Table()) {
-    const bool small = mBits < kSmallestBits;
-    const std::size_t elements = small ? 2 * mLength : mLength + mLength / 2;
-    mElements.resize(2 * elements + kApart);
-    mFirst = {mElements.data(), mElements.data() + elements + kApart};
-}
+      mW(mRotations->Table()),
+      mElements(mBits < kSmallestBits ? 2 * mLength : mLength + mLength / 2, SplitArray::kElements),
+      mFirst(mElements.Begin()) {}
 
 void SpectrumTransform::Run(std::span<const float> signal, std::size_t first,
                             std::span<float> magnitudes) {
@@ -71,7 +64,8 @@ float SpectrumTransform::Sample(std::size_t element) const {
 }
 
 void SpectrumTransform::RunSmall(std::size_t first, std::span<float> magnitudes) {
-    std::fill(mElements.begin(), mElements.end(), 0.0F);
+    std::fill_n(mFirst.real, 2 * mLength, 0.0F);
+    std::fill_n(mFirst.imag, 2 * mLength, 0.0F);
     for (std::size_t i = 0; i < mSize; ++i) {
         mFirst.real[i] = Sample(i);
     }

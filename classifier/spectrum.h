@@ -3,10 +3,10 @@
 #include <cstddef>
 #include <memory>
 #include <span>
-#include <vector>
 
 #include "classifier/butterflies.h"
 #include "classifier/rotations.h"
+#include "classifier/split_array.h"
 
 /// Magnitudes of the classifier's radix-2 transform. Of a power of two, that is a discrete Fourier
 /// transform. It is used for other sizes, too, on purpose: there the index table has the bit length
@@ -46,8 +46,8 @@ private:
     std::size_t mLeaf;    ///< elements of the blocks that the first stages are worked out in
     std::shared_ptr<const Rotations> mRotations;
     ConstElements mW;
-    std::vector<float> mElements;
-    Elements mFirst;  ///< in there: the first n elements, and half as many of the repetition
+    SplitArray mElements;  ///< the first n, and half as many of the repetition
+    Elements mFirst;
     std::span<const float> mSignal;
 };
 

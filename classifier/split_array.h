@@ -1,0 +1,40 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "classifier/butterflies.h"
+
+/// Complex numbers, real and imaginary parts apart, from certain places of a memory page on. Walks
+/// go through several arrays at the same pace, over blocks that are powers of two apart; arrays
+/// that began at the same place of a page would drive each other from the cache.
+class SplitArray {
+public:
+    /// Places in a page, in floats. The imaginary parts follow a quarter page behind.
+    static constexpr std::size_t kPage = 1024;
+    static constexpr std::size_t kElements = 0;
+    static constexpr std::size_t kRotations = kPage / 2;
+
+    /// Zeros. Throws std::bad_alloc when memory runs out.
+    SplitArray(std::size_t size, std::size_t place)
+        : mFloats(2 * size + 2 * kPage),
+          mReal(AtPlace(mFloats.data(), place)),
+          mImag(AtPlace(mReal + size, place + kPage / 4)) {}
+    SplitArray(const SplitArray&) = delete;
+    SplitArray& operator=(const SplitArray&) = delete;
+
+    Elements Begin() { return {mReal, mImag}; }
+    ConstElements Begin() const { return {mReal, mImag}; }
+
+private:
+    /// The next float at a place.
+    static float* AtPlace(float* from, std::size_t place) {
+        const std::uintptr_t here = reinterpret_cast<std::uintptr_t>(from) / sizeof(float);
+        return from + (place + kPage - here % kPage) % kPage;
+    }
+
+    std::vector<float> mFloats;
+    float* mReal;
+    float* mImag;
+};
