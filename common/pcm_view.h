@@ -27,6 +27,17 @@ public:
         std::memcpy(mData + index * sizeof(Value), &value, sizeof(Value));
     }
 
+    /// `count` samples from `first` on.
+    PcmView Part(std::size_t first, std::size_t count) const {
+        return {mData + first * sizeof(Value), count};
+    }
+
+    /// The whole elements of another type in the same bytes.
+    template <typename Other>
+    PcmView<Other> As() const {
+        return {mData, mSize * sizeof(Value) / sizeof(Other)};
+    }
+
 private:
     using Byte = std::conditional_t<std::is_const_v<Sample>, const char, char>;
 

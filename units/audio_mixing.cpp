@@ -6,7 +6,25 @@
 
 #include "common/pcm_view.h"
 #include "common/sample_format.h"
-#include "units/mix_limiter.h"
+#include "units/kernels.h"
+
+namespace {
+
+void Enter(PcmView<const short> samples, short* row) {
+    BestKernels().toMixerS16(samples, row);
+}
+void Enter(PcmView<const float> samples, short* row) {
+    BestKernels().toMixerFloat(samples, row);
+}
+
+void Leave(const short* rows, std::size_t stride, std::size_t count, PcmView<short> out) {
+    BestKernels().mixS16(rows, stride, count, out);
+}
+void Leave(const short* rows, std::size_t stride, std::size_t count, PcmView<float> out) {
+    BestKernels().mixFloat(rows, stride, count, out);
+}
+
+}  // namespace
 
 int AudioMixing::Init(SampleFmt fmt) {
     mInited = false;
@@ -77,21 +95,13 @@ int AudioMixing::Mix(Sample* in, Sample* out, int& count, int srcNum) {
     const auto length = static_cast<std::size_t>(count);
     const auto sources = static_cast<std::size_t>(srcNum);
     const PcmView<const Sample> input(in, length * sources);
-    PcmView<Sample> output(out, length);
+    const PcmView<Sample> output(out, length);
     for (std::size_t pos = 0; pos < length; pos += kBlockSamples) {
         const std::size_t block = std::min(kBlockSamples, length - pos);
         for (std::size_t k = 0; k < sources; ++k) {
-            for (std::size_t i = 0; i < block; ++i) {
-                mScratch[k][i] = ToMixerSample(input.Get(k * length + pos + i));
-            }
+            Enter(input.Part(k * length + pos, block), mScratch[k]);
         }
-        for (std::size_t i = 0; i < block; ++i) {
-            int sum = 0;
-            for (std::size_t k = 0; k < sources; ++k) {
-                sum += mScratch[k][i];
-            }
-            output.Set(pos + i, FromMixerSample<Sample>(LimitSum(sum)));
-        }
+        Leave(mScratch[0], kBlockSamples, sources, output.Part(pos, block));
     }
     return 0;
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "units/kernels.h"
+
 namespace {
 
 short Saturate(int value) {
@@ -38,27 +40,11 @@ GainCurveFloat MakeGainCurveFloat(float gain) {
 }
 
 void ApplyGain(const GainCurveS16& curve, PcmView<short> samples) {
-    Map(samples, [&curve](int x) {
-        int y = x * curve.innerSlope;
-        if (x > curve.knee) {
-            y = (x - curve.knee) * curve.outerSlope + curve.offset;
-        } else if (x < -curve.knee) {
-            y = (x + curve.knee) * curve.outerSlope - curve.offset;
-        }
-        return y >> 10;
-    });
+    BestKernels().gainS16(curve, samples);
 }
 
 void ApplyGain(const GainCurveFloat& curve, PcmView<float> samples) {
-    Map(samples, [&curve](float x) {
-        if (x > curve.knee) {
-            return (x - curve.knee) * curve.outerSlope + curve.offset;
-        }
-        if (x < -curve.knee) {
-            return (x + curve.knee) * curve.outerSlope - curve.offset;
-        }
-        return x * curve.innerSlope;
-    });
+    BestKernels().gainFloat(curve, samples);
 }
 
 void ApplyThreeSlopeGain(float gain, PcmView<short> samples) {

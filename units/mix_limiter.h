@@ -1,6 +1,6 @@
 #pragma once
 
-#include <algorithm>
+#include <cstdint>
 #include <type_traits>
 
 /// The arithmetic of AudioMixing: a soft limiter of five segments, and the way of a float sample
@@ -11,12 +11,32 @@
 /// full scale on the output cycles within 32760..32766 instead of staying flat; callers rely on
 /// that.
 constexpr short LimitSum(int sum) {
-    constexpr int kShift[5] = {3, 6, 9, 12, 15};
-    constexpr int kOffset[5] = {0, 28672, 32256, 32704, 32760};
     const int magnitude = sum < 0 ? -sum : sum;
-    const int segment = std::min(magnitude >> 15, 4);
-    const int limited = (((magnitude & 0x7FFF) * 7) >> kShift[segment]) + kOffset[segment];
-    return static_cast<short>(sum < 0 ? -limited : limited);
+    const int wholes = magnitude >> 15;
+    const int segment = wholes < 4 ? wholes : 4;
+    // A segment comes as near to full scale as is left: 262144 eighths at first, then an eighth of
+    // what the one before left.
+    const int limited = (((magnitude & 0x7FFF) * 7 - 262144) >> (3 * segment + 3)) + 32768;
+    const int sign = sum >> 31;
+    return static_cast<short>((limited ^ sign) - sign);
+}
+
+/// The same for two samples, whose sum ends with the second segment: 16 bits hold every value on
+/// the way.
+constexpr short LimitSumOfTwo(short a, short b) {
+    using Word = std::uint16_t;
+    const auto sevenEighths = [](Word value) {
+        return static_cast<Word>(value - static_cast<Word>(static_cast<Word>(value + 7) >> 3));
+    };
+    const auto half = static_cast<short>((a & b) + ((a ^ b) >> 1));  // of the sum, rounded down
+    const auto sign = static_cast<Word>(half >> 15);
+    const auto within = static_cast<Word>((a + b) ^ sign);  // the magnitude, 1 less if negative
+    const auto bound = static_cast<Word>(32768 + sign);
+    const Word first = within < bound ? within : bound;
+    const auto second = static_cast<Word>(within - first);
+    const auto limited = static_cast<Word>(sevenEighths(static_cast<Word>(first - sign)) +
+                                           (sevenEighths(second) >> 3));
+    return static_cast<short>((limited ^ sign) - sign);
 }
 
 /// A sample on its way in. A 16-bit one enters as it is.
@@ -29,7 +49,7 @@ constexpr short ToMixerSample(short sample) {
 constexpr short ToMixerSample(float sample) {
     const float scaled = sample * 32767.0F;
     const bool fits = scaled >= -2147483648.0F && scaled < 2147483648.0F;
-    return static_cast<short>(fits ? static_cast<int>(scaled) : 0);
+    return static_cast<short>(static_cast<int>(fits ? scaled : 0.0F));
 }
 
 /// A limited sample on its way out. A 16-bit one leaves as it is, a float one over 32767. Beyond

@@ -72,20 +72,10 @@ void ForEachFrame(PcmView<Sample> samples, const StereoLayout& layout, bool nega
     }
 }
 
-template <typename Sample>
-PhaseCounts CountPhases(PcmView<Sample> samples, const StereoLayout& layout, bool negateLeft) {
-    PhaseCounts counts;
-    ForEachFrame(samples, layout, negateLeft, [&counts](Sample left, Sample right) {
-        if (IsSilent(left, right)) {
-            ++counts.silent;
-        } else if (IsInPhase(left, right)) {
-            ++counts.inPhase;
-        } else {
-            ++counts.opposed;
-        }
-    });
-    return counts;
-}
+/// Counts the frames of a block by their values as they came in, having negated the left samples in
+/// place if so wished.
+PhaseCounts CountPhases(PcmView<short> samples, const StereoLayout& layout, bool negateLeft);
+PhaseCounts CountPhases(PcmView<float> samples, const StereoLayout& layout, bool negateLeft);
 
 /// The score after a block: up one for a frame of opposite signs, down one for one of equal signs,
 /// within 0..maxScore after every frame. A zero channel or a silent frame scores nothing.

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+#include "common/pcm_view.h"
+#include "units/gain_curve.h"
+#include "units/phase_statistics.h"
+
+/// The inner loops of the units, compiled from one source (kernel_loops.inc) for each level of
+/// instructions that a build knows. Every level gives the same bytes.
+struct Kernels {
+    const char* level;
+
+    void (*gainS16)(const GainCurveS16& curve, PcmView<short> samples);
+    void (*gainFloat)(const GainCurveFloat& curve, PcmView<float> samples);
+
+    /// Samples on their way into the mixer, and the limited sum of its rows, which lie `stride`
+    /// samples apart.
+    void (*toMixerS16)(PcmView<const short> samples, short* row);
+    void (*toMixerFloat)(PcmView<const float> samples, short* row);
+    void (*mixS16)(const short* rows, std::size_t stride, std::size_t count, PcmView<short> out);
+    void (*mixFloat)(const short* rows, std::size_t stride, std::size_t count, PcmView<float> out);
+
+    PhaseCounts (*countPhasesS16)(PcmView<short> samples, const StereoLayout& layout, bool negate);
+    PhaseCounts (*countPhasesFloat)(PcmView<float> samples, const StereoLayout& layout,
+                                    bool negate);
+};
+
+/// The levels that this machine can run, the plainest first. Picked by the build.
+std::span<const Kernels> KernelLevels();
+
+/// The last of them, picked once when the library is loaded; the plainest until then.
+const Kernels& BestKernels();

@@ -1,0 +1,24 @@
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+#include "units/kernels.h"
+#include "units/mix_limiter.h"
+
+namespace {
+
+#define KERNEL_LEVEL plain
+#define KERNEL_TARGET
+#include "units/kernel_loops.inc"
+#undef KERNEL_LEVEL
+#undef KERNEL_TARGET
+
+constexpr Kernels kLevels[] = {plain::TableCalled("plain")};
+
+}  // namespace
+
+std::span<const Kernels> KernelLevels() {
+    return kLevels;
+}

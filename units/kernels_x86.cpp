@@ -1,0 +1,34 @@
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <type_traits>
+
+#include "units/kernels.h"
+#include "units/mix_limiter.h"
+
+// An attribute of each loop, rather than an option of a file: what a header defines inline stays
+// code that every machine can run.
+
+namespace {
+
+#define KERNEL_LEVEL plain
+#define KERNEL_TARGET
+#include "units/kernel_loops.inc"
+#undef KERNEL_LEVEL
+#undef KERNEL_TARGET
+
+#define KERNEL_LEVEL avx2
+#define KERNEL_TARGET [[gnu::target("avx2")]]
+#include "units/kernel_loops.inc"
+#undef KERNEL_LEVEL
+#undef KERNEL_TARGET
+
+constexpr Kernels kLevels[] = {plain::TableCalled("plain"), avx2::TableCalled("avx2")};
+
+}  // namespace
+
+std::span<const Kernels> KernelLevels() {
+    __builtin_cpu_init();
+    return {kLevels, __builtin_cpu_supports("avx2") ? std::size_t{2} : std::size_t{1}};
+}

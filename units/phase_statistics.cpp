@@ -1,0 +1,11 @@
+#include "units/phase_statistics.h"
+
+#include "units/kernels.h"
+
+PhaseCounts CountPhases(PcmView<short> samples, const StereoLayout& layout, bool negateLeft) {
+    return BestKernels().countPhasesS16(samples, layout, negateLeft);
+}
+
+PhaseCounts CountPhases(PcmView<float> samples, const StereoLayout& layout, bool negateLeft) {
+    return BestKernels().countPhasesFloat(samples, layout, negateLeft);
+}
