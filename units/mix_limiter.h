@@ -14,8 +14,7 @@ constexpr short LimitSum(int sum) {
     const int magnitude = sum < 0 ? -sum : sum;
     const int wholes = magnitude >> 15;
     const int segment = wholes < 4 ? wholes : 4;
-    // A segment comes as near to full scale as is left: 262144 eighths at first, then an eighth of
-    // what the one before left.
+    // What is left to 32768: 262144 eighths at first, 7 fewer a step; a segment later, an eighth.
     const int limited = (((magnitude & 0x7FFF) * 7 - 262144) >> (3 * segment + 3)) + 32768;
     const int sign = sum >> 31;
     return static_cast<short>((limited ^ sign) - sign);

@@ -6,7 +6,7 @@
 
 /// Watches a two-channel stream for a left channel whose polarity is reversed against the right (a
 /// microphone wired out of phase) and, once it is sure, negates every left sample in place. The
-/// right channel is never written. Two detectors share the object and nothing but its layout:
+/// right channel stays as it is. Two detectors share the object and nothing but its layout:
 ///   Check   decides by the share of opposed frames since the last restart of its statistics,
 ///   Check2  decides by a score with hysteresis.
 ///

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+
 namespace {
 
 TEST(PcmView, ReadsAndWritesAtOddAddresses) {
@@ -19,6 +21,24 @@ TEST(PcmView, AViewOfConstSamplesReadsConstBytes) {
     const short values[2] = {7, -8};
     const PcmView<const short> samples(values, 2);
     EXPECT_EQ(samples.Get(1), -8);
+}
+
+TEST(PcmView, APartIsSamplesFromTheMiddle) {
+    short values[4] = {1, 2, 3, 4};
+    PcmView<short> part = PcmView<short>(values, 4).Part(1, 2);
+    EXPECT_EQ(part.Size(), 2U);
+    EXPECT_EQ(part.Get(0), 2);
+    part.Set(1, 30);
+    EXPECT_EQ(values[2], 30);
+    EXPECT_EQ(PcmView<short>(values, 4).Part(4, 0).Size(), 0U);
+}
+
+TEST(PcmView, FiveShortsAreTwoWordsOf32Bits) {
+    const short values[5] = {-1, -1, 0, 0, 7};
+    const auto words = PcmView<const short>(values, 5).As<const std::uint32_t>();
+    EXPECT_EQ(words.Size(), 2U);
+    EXPECT_EQ(words.Get(0), 0xFFFFFFFFU);
+    EXPECT_EQ(words.Get(1), 0U);
 }
 
 }  // namespace
