@@ -51,8 +51,8 @@ void SpectrumTransform::Run(std::span<const float> signal, std::size_t first,
     const std::size_t half = mLength / 2;
     const std::size_t repeated = mSize - mLength;
     const bool second = repeated >= half;
-    Finish(0, half, second ? kWhole : repeated);
-    Finish(half, half, second ? repeated - half : kWhole);
+    Finish(0, second ? kWhole : repeated);
+    Finish(half, second ? repeated - half : kWhole);
     LastTwoStages(Constant(mFirst), half, Constant(mFirst + mLength), second, mW, first,
                   first + magnitudes.size(), magnitudes.data());
 }
@@ -123,22 +123,21 @@ void SpectrumTransform::LeafRows(std::size_t column, float (*real)[kLanes]) cons
     }
 }
 
-/// All stages that are left of a block, depth first, so that small ones stay in the cache.
-/// @param repeated how many elements of the block the repetition has before it breaks off; kWhole
+/// All stages that are left of a half. A block is finished as soon as its last leaf is, so that
+/// small ones stay in the cache.
+/// @param repeated how many elements of the half the repetition has before it breaks off; kWhole
 ///        where it does not break off here
-void SpectrumTransform::Finish(std::size_t start, std::size_t length, std::size_t repeated) {
-    if (length > mLeaf) {
-        const std::size_t quarter = length / 4;
-        for (std::size_t i = 0; i < 4; ++i) {
-            const bool breaks = repeated != kWhole && repeated / quarter == i;
-            Finish(start + i * quarter, quarter, breaks ? repeated % quarter : kWhole);
+void SpectrumTransform::Finish(std::size_t start, std::size_t repeated) {
+    for (std::size_t end = mLeaf; end <= mLength / 2; end += mLeaf) {
+        for (std::size_t length = mLeaf; end % length == 0; length *= 4) {
+            const std::size_t block = end - length;
+            if (block <= repeated && repeated < end) {
+                FinishRepeated(start + block, length, repeated - block);
+            }
+            if (length > mLeaf) {
+                TwoStages(mFirst + start + block, length / 4, mW);
+            }
         }
-    }
-    if (repeated != kWhole) {
-        FinishRepeated(start, length, repeated);
-    }
-    if (length > mLeaf) {
-        TwoStages(mFirst + start, length / 4, mW);
     }
 }
 

@@ -37,7 +37,7 @@ private:
     void RunSmall(std::size_t first, std::span<float> magnitudes);
     void Leaves();
     void LeafRows(std::size_t column, float (*real)[kLanes]) const;
-    void Finish(std::size_t start, std::size_t length, std::size_t repeated);
+    void Finish(std::size_t start, std::size_t repeated);
     void FinishRepeated(std::size_t start, std::size_t length, std::size_t repeated);
 
     std::size_t mSize;
