@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(Allocations, OfMallocAndReallocAndCallocAndAlignedMemoryAreCounted) {
+TEST(AllocationsPosix, OfMallocAndReallocAndCallocAndAlignedMemoryAreCounted) {
     Allocations allocations;
     void* volatile memory = std::malloc(10);
     memory = std::realloc(memory, 100'000);
