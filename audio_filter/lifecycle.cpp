@@ -70,7 +70,7 @@ void AudioFilter::AllocateBuffers() {
 
 void AudioFilter::ReleaseBuffers() {
     for (char** buffer : {&mBuffer, &mBuffer2}) {
-        delete[] * buffer;
+        std::free(*buffer);
         *buffer = nullptr;
     }
     mBufferBytes = 0;
