@@ -1,16 +1,18 @@
 #include "fake_wall_clock.h"
 
+#include <atomic>
+
 FakeWallClock& TheWallClock() {
     static FakeWallClock clock;
     return clock;
 }
 
 LocalTime LocalTimeNow() {
-    ++TheWallClock().reads;
+    std::atomic_ref(TheWallClock().reads).fetch_add(1);  // several threads may log
     return TheWallClock().local;
 }
 
 std::int64_t CalendarSecondsNow() {
-    ++TheWallClock().reads;
+    std::atomic_ref(TheWallClock().reads).fetch_add(1);  // several threads may log
     return TheWallClock().seconds;
 }
