@@ -110,10 +110,9 @@ void Suppressor::Run(const float* low, const float* high, float* lowOut, float* 
 short RoundToS16(float sample) {
     // Not std::round, which some C libraries compute by adding a half: 0.49999997 then becomes 1.
     const float bounded = std::min(std::max(-32768.0F, sample), 32767.0F);
-    const float whole = std::trunc(bounded);
-    const float rest = bounded - whole;
-    const float step = rest >= 0.5F ? 1.0F : rest <= -0.5F ? -1.0F : 0.0F;
-    return static_cast<short>(whole + step);
+    const int whole = static_cast<int>(bounded);
+    const float rest = bounded - static_cast<float>(whole);
+    return static_cast<short>(whole + (rest >= 0.5F ? 1 : 0) - (rest <= -0.5F ? 1 : 0));
 }
 
 void SplitBands(const short* frame, short* low, short* high, std::int32_t* memory1,
