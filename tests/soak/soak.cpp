@@ -1,0 +1,205 @@
+/// Hours of audio through one filter, faster than they last: streams of random formats, blocks of
+/// random sizes, switches and parameters that change. Beside it go a model, which says what every
+/// call answers, and a second filter, which hears the same in whole frames.
+///
+///     soak MINUTES [of audio]
+///
+/// Ends with what was seen, and with 1 at the first thing that ought not to be: a code or a byte
+/// that the model does not give, samples lost or gained, output that depends on the size of the
+/// blocks, memory that grows after the first minute.
+
+#include <malloc.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "soak/stream.h"
+#include "soak/watched_filter.h"
+
+namespace {
+
+std::size_t ResidentKiB() {
+    std::size_t all = 0;
+    std::size_t resident = 0;
+    std::ifstream("/proc/self/statm") >> all >> resident;
+    return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) / 1024;
+}
+
+std::size_t HeapBytes() {
+    const struct mallinfo2 heap = mallinfo2();
+    return heap.uordblks + heap.hblkhd;
+}
+
+class Soak {
+public:
+    explicit Soak(double minutes) : mMinutes(minutes) {}
+
+    void Run() {
+        while (Minutes() < mMinutes) {
+            Start();
+            const int stretches = RandomInt(mRandom, 1, Minutes() < 1.0 ? 3 : 40);
+            for (int stretch = 0; stretch < stretches; ++stretch) {
+                Stretch();
+            }
+            Weigh();
+        }
+    }
+
+    void Tell(std::ostream& out) const {
+        out << "audio: " << mSeconds / 3600.0 << " h in " << mStreams << " streams, " << mSwitches
+            << " changes of switches and parameters\n"
+            << "calls:";
+        for (const auto& [code, count] : mFilter->codes) {
+            out << " " << count << " answered " << code << ";";
+        }
+        out << " each as the model does, to the byte\n"
+            << "held back: at most " << mFilter->heldBack << " samples of a channel\n"
+            << "equal to the same in whole frames: " << mEqualSeconds / 3600.0
+            << " h; not to be compared, as corrections begin with a block: "
+            << (mSeconds - mEqualSeconds) / 3600.0 << " h\n"
+            << "memory: heap in use between streams at most " << mHeap[0]
+            << " bytes in the first minute, " << mHeap[1] << " after it; resident " << mResident[0]
+            << " and " << mResident[1] << " KiB\n";
+    }
+
+private:
+    double Minutes() const { return mSeconds / 60.0; }
+
+    ProcessSwitchMap RandomSwitches() {
+        ProcessSwitchMap switches;
+        for (const ProcessType kind : {AP_DENOISE, AP_PHASE_CHECK, AP_GAIN, AP_MIXING}) {
+            switches[kind] = RandomInt(mRandom, 0, 3) > 0;
+        }
+        return switches;
+    }
+
+    /// The largest stream of every kind first, so that the first minute sees all memory there is.
+    void Start() {
+        mStream = Stream::Random(mRandom);
+        if (mStreams < 3) {
+            static constexpr int kRates[] = {32000, 44100, 96000};
+            mStream.rate = kRates[mStreams];
+            mStream.processRate = 32000;
+            mStream.handedBack = mStream.rate == 96000;
+            mStream.channels = 2;
+            mStream.fmt = SAMPLE_FMT_FLT;
+            mStream.width = 4;
+            mStream.sources.assign(4, AV_SOURCE_MICROPHONE);
+        }
+        ++mStreams;
+        mPosition = 0;
+        const ProcessSwitchMap switches = RandomSwitches();
+        const bool clearFirst = RandomInt(mRandom, 0, 1) == 1;
+        mFilter->Start(mStream, switches, clearFirst);
+        mWhole->Start(mStream, switches, clearFirst);
+        mFilter->ForgetMusic();
+        mWhole->ForgetMusic();
+    }
+
+    /// A whole number of frames, between two changes of the switches.
+    void Stretch() {
+        if (RandomInt(mRandom, 0, 2) == 0) {
+            Change();
+        }
+        const int frames = RandomInt(mRandom, 1, 500);
+        const std::int64_t end = mPosition + std::int64_t{frames} * mStream.Frame();
+        std::vector<char> whole;
+        for (std::int64_t at = mPosition; at < end; at += mStream.Frame()) {
+            mWhole->Block(mRecording, at, mStream.Frame(), whole);
+        }
+        std::vector<char> result;
+        for (std::int64_t at = mPosition; at < end;) {
+            const int block = RandomBlock(end - at);
+            mFilter->Block(mRecording, at, block, result);
+            at += block;
+            if (RandomInt(mRandom, 0, 99) == 0) {
+                mFilter->Aside(mRecording, mRandom);
+            }
+        }
+        const double seconds = static_cast<double>(end - mPosition) / mStream.rate;
+        // The phase is corrected, and the level follows the music, from one block to the next.
+        if (!mStream.opposed && !mFilter->HeardMusic() && !mWhole->HeardMusic()) {
+            Require(result == whole, "blocks of random sizes gave other bytes than whole frames");
+            mEqualSeconds += seconds;
+        }
+        mSeconds += seconds;
+        mPosition = end;
+    }
+
+    /// 1 sample to a second, each order of magnitude as often as the next; less where resampling
+    /// makes a block longer than the second that the filter takes.
+    int RandomBlock(std::int64_t left) {
+        const double rate = mStream.rate;
+        const double longest = std::min(rate, rate * rate / mStream.processRate);
+        const double share = std::uniform_real_distribution<double>(0.0, 1.0)(mRandom);
+        const auto block = static_cast<std::int64_t>(std::pow(longest, share));
+        return static_cast<int>(std::clamp<std::int64_t>(block, 1, left));
+    }
+
+    void Change() {
+        ++mSwitches;
+        const ProcessSwitchMap switches = RandomSwitches();
+        const ProcessParam param = {static_cast<float>(RandomInt(mRandom, 0, 10)) / 10.0F,
+                                    RandomInt(mRandom, 0, 3)};
+        for (WatchedFilter* filter : {mFilter.get(), mWhole.get()}) {
+            filter->Switch(switches);
+            filter->Tune(param, AP_GAIN);
+            filter->Tune(param, AP_DENOISE);
+        }
+    }
+
+    void Weigh() {
+        const int after = Minutes() > 1.0 ? 1 : 0;
+        mHeap[after] = std::max(mHeap[after], HeapBytes());
+        mResident[after] = std::max(mResident[after], ResidentKiB());
+        Require(after == 0 || mHeap[1] <= mHeap[0] + kHeapSlack,
+                "memory grew: " + std::to_string(mHeap[0]) + " bytes in use in the first minute, " +
+                    std::to_string(mHeap[1]) + " now");
+    }
+
+    /// What the harness's own containers may come to hold.
+    static constexpr std::size_t kHeapSlack = 64 * 1024;
+
+    const double mMinutes;
+    std::mt19937 mRandom = SeededRandom();
+    const Recording mRecording;
+    std::unique_ptr<WatchedFilter> mFilter = std::make_unique<WatchedFilter>(true);
+    std::unique_ptr<WatchedFilter> mWhole = std::make_unique<WatchedFilter>(false);
+    Stream mStream;
+    std::int64_t mPosition = 0;
+    double mSeconds = 0.0;
+    double mEqualSeconds = 0.0;
+    std::int64_t mStreams = 0;
+    std::int64_t mSwitches = 0;
+    std::size_t mHeap[2] = {};
+    std::size_t mResident[2] = {};
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const double minutes = argc == 2 ? std::strtod(argv[1], nullptr) : 0.0;
+    if (!(minutes > 0.0)) {
+        std::cerr << "usage: soak MINUTES\n";
+        return 2;
+    }
+    Soak soak(minutes);
+    try {
+        soak.Run();
+    } catch (const std::exception& fault) {
+        soak.Tell(std::cerr);
+        std::cerr << "soak: " << fault.what() << "\n";
+        return 1;
+    }
+    soak.Tell(std::cout);
+    return 0;
+}

@@ -1,0 +1,175 @@
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "audio_filter/plain_filter.h"
+#include "soak/stream.h"
+
+inline void Require(bool holds, const std::string& what) {
+    if (!holds) {
+        throw std::runtime_error(what);
+    }
+}
+
+/// A filter of whose calls every one is checked: with a model, against what that foretells, and in
+/// any case that no call fails and no sample is lost or gained. Throws what is found wrong.
+class WatchedFilter {
+public:
+    explicit WatchedFilter(bool withModel)
+        : mModel(withModel ? std::make_unique<PlainFilter>() : nullptr) {}
+
+    void Start(const Stream& stream, ProcessSwitchMap switches, bool clearFirst) {
+        mStream = stream;
+        mIn = mOut = 0;
+        if (clearFirst) {
+            Clear();
+        }
+        ProcessSwitchMap same = switches;
+        const int code = mFilter.Init(stream.rate, stream.channels, stream.fmt, &switches);
+        Require(code == 0, "Init answered " + std::to_string(code));
+        if (mModel) {
+            mModel->Init(stream.rate, stream.channels, stream.fmt, &same);
+            Require(same == switches, "Init switched otherwise");
+        }
+    }
+
+    void Clear() {
+        mFilter.Clear();
+        if (mModel) {
+            mModel->Clear();
+        }
+    }
+
+    void Switch(ProcessSwitchMap switches) {
+        ProcessSwitchMap same = switches;
+        mFilter.SetMethod(&switches);
+        if (mModel) {
+            mModel->SetMethod(&same);
+            Require(same == switches, "SetMethod switched otherwise");
+        }
+    }
+
+    void Tune(ProcessParam param, ProcessType type) {
+        const bool taken = mFilter.SetParameter(&param, type);
+        Require(!mModel || mModel->SetParameter(param.gain, param.level, type) == taken,
+                "SetParameter answered otherwise");
+    }
+
+    /// A block, as a host gives it, with the resampling where it is asked for.
+    void Block(const Recording& recording, std::int64_t position, int frames,
+               std::vector<char>& result) {
+        PlainFilter::Call call = Given(recording.Blocks(mStream, position, frames));
+        std::vector<char> in = call.in;
+        std::vector<char> out = call.out;
+        int size = call.size;
+        AVParam param;
+        int code = mFilter.Process(in.data(), out.data(), size, mStream.sources, param, 0);
+        Compare(code, out, size, call, &PlainFilter::Process);
+        mHeardMusic = mHeardMusic || mFilter.mIsMusic;
+        if (code == 9) {
+            const std::vector<char> block = Resampled(position, out, size);
+            frames = static_cast<int>(block.size()) / mStream.BytesOf(1);
+            size = 0;
+            if (frames > 0) {
+                call = Given(block);
+                call.param = param;
+                call.sources = {AV_SOURCE_MICROPHONE};
+                out = call.out;
+                size = call.size;
+                in = block;
+                code = mFilter.ProcessResample(in.data(), out.data(), size, call.sources, param, 0);
+                Compare(code, out, size, call, &PlainFilter::ProcessResample);
+                Require(code == 12, "ProcessResample answered " + std::to_string(code));
+            }
+        } else {
+            Require(code == 0, "Process answered " + std::to_string(code));
+        }
+        result.insert(result.end(), out.begin(), out.begin() + size);
+        mIn += frames;
+        mOut += size / mStream.BytesOf(1);
+        heldBack = std::max(heldBack, mIn - mOut);
+        Require(mIn - mOut >= 0 && mIn - mOut < mStream.processRate / 100,
+                std::to_string(mIn - mOut) + " samples in did not come out");
+    }
+
+    /// A call that is refused, or goes past the chain; nothing of it stays.
+    void Aside(const Recording& recording, std::mt19937& random) {
+        PlainFilter::Call call = Given(recording.Blocks(mStream, 0, 100));
+        const int kind = RandomInt(random, 0, 4);
+        if (kind == 0) {
+            call.size = RandomInt(random, -1, 0);
+        } else if (kind == 1) {
+            call.size = mStream.BytesOf(mStream.rate) * static_cast<int>(call.sources.size()) + 1;
+        } else if (kind == 2) {
+            call.sources.clear();
+        }
+        std::vector<char> in = call.in;
+        std::vector<char> out = call.out;
+        int size = call.size;
+        const bool delay = kind > 2;
+        AVParam param;
+        const int code = delay
+                             ? mFilter.SyncProcessDelay(in.data(), out.data(), size, call.sources)
+                             : mFilter.Process(in.data(), out.data(), size, call.sources, param, 0);
+        Compare(code, out, size, call,
+                delay ? &PlainFilter::SyncProcessDelay : &PlainFilter::Process);
+    }
+
+    bool HeardMusic() const { return mHeardMusic; }
+    void ForgetMusic() { mHeardMusic = false; }
+
+    std::map<int, std::int64_t> codes;  ///< calls that answered each
+    std::int64_t heldBack = 0;          ///< samples of a channel, at most
+
+private:
+    PlainFilter::Call Given(std::vector<char> blocks) const {
+        PlainFilter::Call call;
+        call.in = std::move(blocks);
+        call.size = static_cast<int>(call.in.size());
+        call.sources = mStream.sources;
+        call.out.assign(call.in.size() + static_cast<std::size_t>(mStream.BytesOf(320)), '\x5A');
+        return call;
+    }
+
+    void Compare(int code, const std::vector<char>& out, int size, PlainFilter::Call& call,
+                 int (PlainFilter::*model)(PlainFilter::Call&)) {
+        ++codes[code];
+        if (!mModel) {
+            return;
+        }
+        const int expected = (*mModel.*model)(call);
+        mModel->messages.clear();
+        Require(code == expected,
+                "a call answered " + std::to_string(code) + ", not " + std::to_string(expected));
+        Require(size == call.size && out == call.out, "a call gave other bytes than the model");
+    }
+
+    /// At the rate of the suppression: each sample is the latest one of the block at its time.
+    std::vector<char> Resampled(std::int64_t position, const std::vector<char>& block,
+                                int size) const {
+        const std::int64_t rate = mStream.rate;
+        const std::int64_t wanted = mStream.processRate;
+        const int bytes = mStream.BytesOf(1);
+        const std::int64_t end = position + size / bytes;
+        std::vector<char> resampled;
+        for (std::int64_t i = (position * wanted + rate - 1) / rate; i * rate < end * wanted; ++i) {
+            const auto sample = block.begin() + (i * rate / wanted - position) * bytes;
+            resampled.insert(resampled.end(), sample, sample + bytes);
+        }
+        return resampled;
+    }
+
+    AudioFilter mFilter;
+    std::unique_ptr<PlainFilter> mModel;
+    Stream mStream;
+    std::int64_t mIn = 0;
+    std::int64_t mOut = 0;
+    bool mHeardMusic = false;
+};
