@@ -1,195 +1,16 @@
-#include "host/command_line.h"
-
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
-#include <csignal>
-#include <cstdlib>
 #include <filesystem>
-#include <iostream>
 #include <nlohmann/json.hpp>
-#include <sstream>
 
-#include "host/interrupt.h"
-#include "sound_files.h"
-#include "support/temp_dir.h"
+#include "command_line_fixture.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using Words = std::vector<std::string>;
-
-struct Outcome {
-    int status;
-    std::string out;
-    std::string err;
-    std::string progress;
-};
-
-Outcome RunHost(const Words& words) {
-    std::vector<const char*> argv = {"audio-filter"};
-    for (const std::string& word : words) {
-        argv.push_back(word.c_str());
-    }
-    std::ostringstream out;
-    std::ostringstream err;
-    std::ostringstream progress;
-    const int status =
-        RunCommandLine(static_cast<int>(argv.size()), argv.data(), out, err, &progress);
-    return {status, out.str(), err.str(), progress.str()};
-}
-
-class CommandLineTest : public testing::Test {
-protected:
-    std::string File(const std::string& name) { return dir.File(name); }
-
-    template <typename Sample>
-    std::string Record(const std::string& name, int format, int rate, int channels,
-                       double seconds = 1.0) {
-        const auto frames = static_cast<std::size_t>(seconds * rate);
-        const std::vector<float> signal = Bursts(frames * static_cast<std::size_t>(channels), rate);
-        WriteSound<Sample>(File(name), {rate, channels, format, As<Sample>(signal)});
-        return File(name);
-    }
-    std::string Speech(const std::string& name = "in.wav", int rate = 32000) {
-        return Record<short>(name, SF_FORMAT_WAV | SF_FORMAT_PCM_16, rate, 1);
-    }
-
-    TempDir dir;
-};
-
-TEST_F(CommandLineTest, BadInputGetsOneLineAndAStatusAndNoOutputFile) {
-    const std::string good = Speech();
-    const std::string stereo3 =
-        Record<short>("three.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 32000, 3);
-    WriteFile(File("text.wav"), "hello");
-    WriteFile(File("empty.wav"), "");
-    const std::string cut = Speech("cut.wav");
-    fs::resize_file(cut, 30000);
-    const std::string cutFlac =
-        Record<short>("cut.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 32000, 1);
-    fs::resize_file(cutFlac, fs::file_size(cutFlac) / 2);
-    const std::string cutOgg = Record<short>("cut.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 32000, 1);
-    fs::resize_file(cutOgg, fs::file_size(cutOgg) / 2);
-    Record<short>("silent.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 32000, 1, 0.0);
-    fs::create_directory(File("folder"));
-    fs::create_directory(File("folder.wav"));
-    fs::create_hard_link(good, File("same.wav"));
-    fs::create_symlink(good, File("link.wav"));
-    const std::string out = File("out.wav");
-    Words seventeen = {"clean", "-o", out};
-    seventeen.insert(seventeen.end(), 17, good);
-
-    struct Case {
-        Words words;
-        int status;
-        std::string message;
-    };
-    const std::vector<Case> cases = {
-        {{}, 2, "subcommand"},
-        {{"tidy"}, 2, "subcommand"},
-        {{"clean"}, 2, "--output"},
-        {{"clean", "-o", out}, 2, "IN"},
-        {{"clean", good}, 2, "--output"},
-        {{"clean", good, "-o"}, 2, "output"},
-        {{"clean", good, "-o", out, "--loud"}, 2, "--loud"},
-        {{"clean", good, "-o", out, "--denoise", "4"}, 2, "4"},
-        {{"clean", good, "-o", out, "--denoise", "-1"}, 2, "-1"},
-        {{"clean", good, "-o", out, "--denoise", "1.5"}, 2, "1.5"},
-        {{"clean", good, "-o", out, "--denoise", "much"}, 2, "much"},
-        {{"clean", good, "-o", out, "--denoise", ""}, 2, "--denoise"},
-        {{"clean", good, "-o", out, "--denoise", "0x2"}, 2, "0x2"},
-        {{"clean", good, "-o", out, "--gain", "1e-50"}, 2, "1e-50"},
-        {{"clean", good, "-o", out, "--gain", "1.1"}, 2, "1.1"},
-        {{"clean", good, "-o", out, "--gain", "nan"}, 2, "nan"},
-        {{"clean", good, "-o", out, "--gain", "-0.5"}, 2, "-0.5"},
-        {{"clean", good, "-o", out, "--gain", "0.5x"}, 2, "0.5x"},
-        {{"clean", good, "-o", out, "--phase-check", "maybe"}, 2, "maybe"},
-        {{"clean", good, "-o", out, "--block-ms", "0"}, 2, "0"},
-        {{"clean", good, "-o", out, "--block-ms", "1001"}, 2, "1001"},
-        {{"clean", good, "-o", out, "--block-ms", "ten"}, 2, "ten"},
-        {{"clean", good, "-o", out, "--block-ms", "random"}, 2, "random"},
-        {{"clean", good, "-o", out, "--block-ms", "random:"}, 2, "random:"},
-        {{"clean", good, "-o", out, "--block-ms", "random:-1"}, 2, "random:-1"},
-        {{"clean", good, "-o", out, "--mix", "maybe"}, 2, "maybe"},
-        {{"clean", good, "-o", out, "--at", "1s"}, 2, "1s"},
-        {{"clean", good, "-o", out, "--at", "1s:"}, 2, "1s:"},
-        {{"clean", good, "-o", out, "--at", "-1s:mix=on"}, 2, "-1s:mix=on"},
-        {{"clean", good, "-o", out, "--at", "soon:mix=on"}, 2, "soon:mix=on"},
-        {{"clean", good, "-o", out, "--at", "1s:gain=2"}, 2, "1s:gain=2"},
-        {{"clean", good, "-o", out, "--at", "1s:denoise=0x2"}, 2, "1s:denoise=0x2"},
-        {{"clean", good, "-o", out, "--at", "1s:volume=1"}, 2, "1s:volume=1"},
-        {{"clean", good, "-o", out, "--at", "1s:mix=on,"}, 2, "1s:mix=on,"},
-        {{"clean", good, "-o", out, "--source", good}, 2, "in.wav"},
-        {{"clean", good, "-o", out, "--source", "1="}, 2, "1="},
-        {{"clean", good, "-o", out, "--source", "4=" + good}, 2, "4="},
-        {{"clean", good, "-o", out, "--source", "speaker=" + good}, 2, "speaker="},
-        {{"clean", good, "-o", out, "--source", "=" + good}, 2, "in.wav"},
-        {{"clean", good, "-o", out, "--source", "1=" + File("none.wav")}, 1, "none.wav: no such"},
-        {{"clean", good, File("none.wav"), "-o", out}, 1, "none.wav: no such file"},
-        {{"clean", good, cutFlac, "-o", out}, 1, "cut.flac: is truncated"},
-        {{"clean", good, File("same.wav"), "-o", File("same.wav")}, 1, "is the input itself"},
-        {seventeen, 2, "16"},
-        {{"clean", "-", "-o", out}, 2, "--raw"},
-        {{"clean", good, "--source", "1=-", "-o", out}, 2, "--raw"},
-        {{"clean", "-", "-", "-o", out, "--raw", "s16:32000:1"}, 2, "standard input"},
-        {{"clean", "-", "-o", out, "--raw", "s24:32000:1"}, 2, "s24:32000:1"},
-        {{"clean", "-", "-o", out, "--raw", "s16:32000"}, 2, "s16:32000"},
-        {{"clean", "-", "-o", out, "--raw", "s16:0:1"}, 2, "s16:0:1"},
-        {{"clean", "-", "-o", out, "--raw", "s16:32000:3"}, 2, "s16:32000:3"},
-        {{"clean", good, "-o", out, "--raw", "wav"}, 2, "wav"},
-        {{"clean", good, "-o", "-", "--json"}, 2, "--json"},
-        {{"clean", good, "-o", out, "--log", File("no/such/log")}, 1, "log: cannot be written"},
-        {{"clean", good, "-o", out, "--log", good}, 1, "in.wav: is the input itself"},
-        {{"clean", good, "-o", out, "--log", File("link.wav")}, 1, "link.wav: is the input"},
-        {{"clean", good, "-o", out, "--log", out}, 1, "out.wav: is the output itself"},
-        {{"clean", good, "-o", out, "--log", File("folder/../out.wav")}, 1, "is the output"},
-        {{"clean", File("none.wav"), "-o", out}, 1, "none.wav: no such file"},
-        {{"clean", File("folder"), "-o", out}, 1, "folder: not a regular file"},
-        {{"clean", File("text.wav"), "-o", out}, 1, "text.wav: not a WAV, FLAC or Ogg file"},
-        {{"clean", File("empty.wav"), "-o", out}, 1, "empty.wav: not a WAV, FLAC or Ogg file"},
-        {{"clean", File("silent.wav"), "-o", out}, 1, "silent.wav: holds no audio"},
-        {{"clean", stereo3, "-o", out}, 1, "three.wav: has 3 channels; one or two are taken"},
-        {{"clean", cut, "-o", out}, 1, "cut.wav: is truncated"},
-        {{"clean", cutFlac, "-o", out}, 1, "cut.flac: is truncated"},
-        {{"clean", cutOgg, "-o", out}, 1, "cut.ogg: is truncated"},
-        {{"clean", good, "-o", good}, 1, "in.wav: is the input itself"},
-        {{"clean", good, "-o", File("same.wav")}, 1, "same.wav: is the input itself"},
-        {{"clean", good, "-o", File("link.wav")}, 1, "link.wav: is the input itself"},
-        {{"clean", good, "-o", File("no/such/out.wav")}, 1, "out.wav: cannot be written"},
-        {{"clean", good, "-o", File("folder.wav")}, 1, "folder.wav: not a regular file"},
-        {{"clean", good, "-o", File("out.mp3")}, 1, "out.mp3: the output is a .wav or .flac file"},
-        {{"clean", good, "-o", File("out")}, 1, "out: the output is a .wav or .flac file"},
-    };
-    const Words before = dir.Names();
-    const std::string original = ReadFile(good);
-    for (const Case& c : cases) {
-        std::string line = "audio-filter";
-        for (const std::string& word : c.words) {
-            line += " " + word;
-        }
-        for (const bool json : {false, true}) {
-            Words words = c.words;
-            if (json && !words.empty()) {
-                words.insert(words.begin() + 1, "--json");
-            }
-            const Outcome outcome = RunHost(words);
-            EXPECT_EQ(outcome.status, c.status) << line << "\n" << outcome.err;
-            EXPECT_EQ(outcome.out, "") << line;
-            EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
-            EXPECT_EQ(outcome.err.substr(0, 14), "audio-filter: ") << line;
-            if (!json) {
-                EXPECT_NE(outcome.err.find(c.message), std::string::npos) << line << "\n"
-                                                                          << outcome.err;
-            }
-            EXPECT_EQ(dir.Names().size(), before.size()) << line;
-        }
-    }
-    EXPECT_TRUE(ReadFile(good) == original);
-}
 
 TEST_F(CommandLineTest, AFailureLeavesAnEarlierOutputAsItWas) {
     const std::string cut = Record<short>("cut.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 32000, 1);
@@ -211,36 +32,6 @@ TEST_F(CommandLineTest, AnUnwritableFolderIsSaidAndLeavesNothing) {
     const Outcome outcome = RunHost({"clean", Speech(), "-o", File("folder/out.wav")});
     EXPECT_EQ(outcome.status, 1);
     EXPECT_NE(outcome.err.find("out.wav: cannot be written"), std::string::npos) << outcome.err;
-}
-
-TEST_F(CommandLineTest, AFullDiskIsSaidAndLeavesNothing) {
-    const std::string in = Speech();
-    const auto runOnFullDisk = [&](const std::string& out) {
-        std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit small = {20000, 20000};
-        setrlimit(RLIMIT_FSIZE, &small);
-        const Outcome outcome = RunHost({"clean", in, "-o", out});
-        std::cerr << outcome.err;
-        std::exit(outcome.status);
-    };
-    EXPECT_EXIT(runOnFullDisk(File("out.wav")), testing::ExitedWithCode(1),
-                "out.wav: cannot be written");
-    EXPECT_EXIT(runOnFullDisk(File("out.flac")), testing::ExitedWithCode(1),
-                "out.flac: cannot be written");
-    EXPECT_EQ(dir.Names(), Words{"in.wav"});
-}
-
-TEST_F(CommandLineTest, AnInterruptIsSaidAndLeavesNothing) {
-    const std::string in = Speech();
-    const auto runInterrupted = [&] {
-        NoteInterrupts();
-        std::raise(SIGINT);
-        const Outcome outcome = RunHost({"clean", in, "-o", File("out.wav")});
-        std::cerr << outcome.err;
-        std::exit(outcome.status);
-    };
-    EXPECT_EXIT(runInterrupted(), testing::ExitedWithCode(1), "audio-filter: interrupted");
-    EXPECT_EQ(dir.Names(), Words{"in.wav"});
 }
 
 TEST_F(CommandLineTest, TheOutputHasTheInputsRateChannelsLengthAndKind) {

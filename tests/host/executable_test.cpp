@@ -1,83 +1,20 @@
 // The command line as a process of its own: what only main can get wrong.
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/resource.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
 #include <csignal>
-#include <filesystem>
 #include <thread>
 
+#include "process.h"
 #include "sound_files.h"
 #include "support/temp_dir.h"
 
 namespace {
 
-namespace fs = std::filesystem;
 using Words = std::vector<std::string>;
-
-/// A run of the executable, with its standard error in a file.
-class Process {
-public:
-    /// @param out where standard output goes; empty to close it
-    /// @param largestFile in bytes
-    Process(const Words& words, const std::string& out, const std::string& err,
-            rlim_t largestFile = RLIM_INFINITY)
-        : mErr(err) {
-        std::vector<char*> argv = {const_cast<char*>(AUDIO_FILTER_EXECUTABLE)};
-        for (const std::string& word : words) {
-            argv.push_back(const_cast<char*>(word.c_str()));
-        }
-        argv.push_back(nullptr);
-        mChild = fork();
-        if (mChild == 0) {
-            close(STDOUT_FILENO);
-            if (!out.empty()) {
-                open(out.c_str(), O_WRONLY | O_CREAT, 0666);
-            }
-            dup2(open(err.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666), STDERR_FILENO);
-            const rlimit limit = {largestFile, largestFile};
-            setrlimit(RLIMIT_FSIZE, &limit);
-            execv(argv[0], argv.data());
-            _exit(127);
-        }
-    }
-    ~Process() {
-        if (!mEnded) {
-            kill(mChild, SIGKILL);
-            Wait();
-        }
-    }
-    Process(const Process&) = delete;
-    Process& operator=(const Process&) = delete;
-
-    void Signal(int number) const { kill(mChild, number); }
-
-    bool HasEnded() {
-        mEnded = mEnded || waitpid(mChild, &mStatus, WNOHANG) == mChild;
-        return mEnded;
-    }
-
-    /// @return the exit status, or minus the number of the signal that ended it
-    int Wait() {
-        if (!mEnded) {
-            waitpid(mChild, &mStatus, 0);
-            mEnded = true;
-        }
-        return WIFEXITED(mStatus) ? WEXITSTATUS(mStatus) : -WTERMSIG(mStatus);
-    }
-
-    std::string Err() const { return ReadFile(mErr); }
-
-private:
-    std::string mErr;
-    pid_t mChild = -1;
-    int mStatus = 0;
-    bool mEnded = false;
-};
 
 class ExecutableTest : public testing::Test {
 protected:
@@ -89,30 +26,14 @@ protected:
         return path;
     }
 
-    /// Hours of silence that take no room on the disk.
-    std::string LongRecording() {
-        const std::string path = Recording(0);
-        const std::size_t size = 1'000'000'000;
-        std::string header = ReadFile(path);
-        for (const auto& [at, value] : {std::pair(std::size_t{4}, size - 8),
-                                        std::pair(header.size() - 4, size - header.size())}) {
-            for (std::size_t i = 0; i < 4; ++i) {
-                header[at + i] = static_cast<char>(value >> (8 * i));
-            }
-        }
-        WriteFile(path, header);
-        fs::resize_file(path, size);
-        return path;
-    }
-
     TempDir dir;
     TempDir logs;
 };
 
 TEST_F(ExecutableTest, ASignalHalfWayLeavesNothingAndIsSaidInOneLine) {
-    const std::string in = LongRecording();
+    WriteHoursOfSilence(dir.File("in.wav"));
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-        Process run({"clean", in, "-o", dir.File("out.wav")}, "/dev/null", Err());
+        Process run({"clean", dir.File("in.wav"), "-o", dir.File("out.wav")}, "/dev/null", Err());
         while (dir.Names().size() < 2 && !run.HasEnded()) {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }

@@ -4,12 +4,15 @@
 #include <sndfile.h>
 
 #include <cmath>
+#include <cstdint>
+#include <filesystem>
 #include <random>
 #include <string>
 #include <type_traits>
 #include <vector>
 
 #include "support/signals.h"
+#include "support/temp_dir.h"
 
 /// A sound file as the host sees it.
 template <typename Sample>
@@ -52,6 +55,30 @@ Sound<Sample> ReadSound(const std::string& path) {
     }
     sf_close(file);
     return sound;
+}
+
+/// A WAV header of 16-bit mono at 32000 Hz, whatever is true of it.
+inline std::string WavHeader(std::uint32_t audioBytes, std::uint32_t rate = 32000,
+                             std::uint16_t channels = 1) {
+    const auto number = [](std::uint64_t value, int bytes) {
+        std::string text;
+        for (int i = 0; i < bytes; ++i) {
+            text += static_cast<char>(value >> (8 * i));
+        }
+        return text;
+    };
+    return "RIFF" + number(audioBytes + std::uint64_t{36}, 4) + "WAVEfmt " + number(16, 4) +
+           number(1, 2) + number(channels, 2) + number(rate, 4) +
+           number(std::uint64_t{rate} * channels * 2, 4) + number(channels * 2U, 2) +
+           number(16, 2) + "data" + number(audioBytes, 4);
+}
+
+/// Hours of silence that take no room on the disk.
+inline void WriteHoursOfSilence(const std::string& path) {
+    constexpr std::uint32_t kBytes = 1'000'000'000;
+    const std::string header = WavHeader(kBytes);
+    WriteFile(path, header);
+    std::filesystem::resize_file(path, header.size() + kBytes);
 }
 
 /// 16-bit samples of which no two neighbours are alike.

@@ -1,0 +1,219 @@
+// What is asked wrongly, or of bad files, or goes wrong half-way: each gets one line that says why,
+// a status, and leaves nothing behind.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <thread>
+
+#include "command_line_fixture.h"
+#include "process.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+/// What happens to a run, beside what it is asked.
+enum class When { kAsItIs, kDiskIsFull, kInterruptedHalfWay, kFifoClosesEarly, kReaderGoesAway };
+
+struct Case {
+    Words words;
+    int status;
+    std::string message;  ///< a part of the line
+    When when = When::kAsItIs;
+};
+
+class BadInputTest : public CommandLineTest {
+protected:
+    std::vector<Case> Cases() {
+        const std::string good = Speech();
+        const std::string stereo3 =
+            Record<short>("three.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 32000, 3);
+        WriteFile(File("text.wav"), "hello");
+        WriteFile(File("empty.wav"), "");
+        const std::string cut = Speech("cut.wav");
+        fs::resize_file(cut, 30000);
+        const std::string cutFlac =
+            Record<short>("cut.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 32000, 1);
+        fs::resize_file(cutFlac, fs::file_size(cutFlac) / 2);
+        const std::string cutOgg =
+            Record<short>("cut.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 32000, 1);
+        fs::resize_file(cutOgg, fs::file_size(cutOgg) / 2);
+        Record<short>("silent.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 32000, 1, 0.0);
+        WriteFile(File("lies.wav"), WavHeader(64000) + std::string(32000, '\1'));
+        WriteFile(File("rate0.wav"), WavHeader(32000, 0) + std::string(32000, '\1'));
+        WriteFile(File("wide.wav"), WavHeader(12800, 32000, 64) + std::string(12800, '\1'));
+        WriteHoursOfSilence(File("hours.wav"));
+        mkfifo(File("fifo").c_str(), 0666);
+        mkfifo(File("fifo.wav").c_str(), 0666);
+        fs::create_directory(File("folder"));
+        fs::create_directory(File("folder.wav"));
+        fs::create_hard_link(good, File("same.wav"));
+        fs::create_symlink(good, File("link.wav"));
+        const std::string out = File("out.wav");
+        Words seventeen = {"clean", "-o", out};
+        seventeen.insert(seventeen.end(), 17, good);
+        const Words raw = {"clean", "-", "--raw", "s16:32000:2", "-o", out};
+        return {
+            {{}, 2, "subcommand"},
+            {{"tidy"}, 2, "subcommand"},
+            {{"clean"}, 2, "--output"},
+            {{"clean", "-o", out}, 2, "IN"},
+            {{"clean", good}, 2, "--output"},
+            {{"clean", good, "-o"}, 2, "output"},
+            {{"clean", good, "-o", out, "--loud"}, 2, "--loud"},
+            {{"clean", good, "-o", out, "--denoise", "4"}, 2, "4"},
+            {{"clean", good, "-o", out, "--denoise", "-1"}, 2, "-1"},
+            {{"clean", good, "-o", out, "--denoise", "1.5"}, 2, "1.5"},
+            {{"clean", good, "-o", out, "--denoise", "much"}, 2, "much"},
+            {{"clean", good, "-o", out, "--denoise", ""}, 2, "--denoise"},
+            {{"clean", good, "-o", out, "--denoise", "0x2"}, 2, "0x2"},
+            {{"clean", good, "-o", out, "--gain", "1e-50"}, 2, "1e-50"},
+            {{"clean", good, "-o", out, "--gain", "1.1"}, 2, "1.1"},
+            {{"clean", good, "-o", out, "--gain", "nan"}, 2, "nan"},
+            {{"clean", good, "-o", out, "--gain", "-0.5"}, 2, "-0.5"},
+            {{"clean", good, "-o", out, "--gain", "0.5x"}, 2, "0.5x"},
+            {{"clean", good, "-o", out, "--phase-check", "maybe"}, 2, "maybe"},
+            {{"clean", good, "-o", out, "--block-ms", "0"}, 2, "0"},
+            {{"clean", good, "-o", out, "--block-ms", "1001"}, 2, "1001"},
+            {{"clean", good, "-o", out, "--block-ms", "ten"}, 2, "ten"},
+            {{"clean", good, "-o", out, "--block-ms", "random"}, 2, "random"},
+            {{"clean", good, "-o", out, "--block-ms", "random:"}, 2, "random:"},
+            {{"clean", good, "-o", out, "--block-ms", "random:-1"}, 2, "random:-1"},
+            {{"clean", good, "-o", out, "--mix", "maybe"}, 2, "maybe"},
+            {{"clean", good, "-o", out, "--at", "1s"}, 2, "1s"},
+            {{"clean", good, "-o", out, "--at", "1s:"}, 2, "1s:"},
+            {{"clean", good, "-o", out, "--at", "-1s:mix=on"}, 2, "-1s:mix=on"},
+            {{"clean", good, "-o", out, "--at", "soon:mix=on"}, 2, "soon:mix=on"},
+            {{"clean", good, "-o", out, "--at", "1s:gain=2"}, 2, "1s:gain=2"},
+            {{"clean", good, "-o", out, "--at", "1s:denoise=0x2"}, 2, "1s:denoise=0x2"},
+            {{"clean", good, "-o", out, "--at", "1s:volume=1"}, 2, "1s:volume=1"},
+            {{"clean", good, "-o", out, "--at", "1s:mix=on,"}, 2, "1s:mix=on,"},
+            {{"clean", good, "-o", out, "--source", good}, 2, "in.wav"},
+            {{"clean", good, "-o", out, "--source", "1="}, 2, "1="},
+            {{"clean", good, "-o", out, "--source", "4=" + good}, 2, "4="},
+            {{"clean", good, "-o", out, "--source", "speaker=" + good}, 2, "speaker="},
+            {{"clean", good, "-o", out, "--source", "=" + good}, 2, "in.wav"},
+            {{"clean", good, "-o", out, "--source", "1=" + File("none.wav")},
+             1,
+             "none.wav: no such"},
+            {{"clean", good, File("none.wav"), "-o", out}, 1, "none.wav: no such file"},
+            {{"clean", good, cutFlac, "-o", out}, 1, "cut.flac: is truncated"},
+            {{"clean", good, File("same.wav"), "-o", File("same.wav")}, 1, "is the input itself"},
+            {seventeen, 2, "16"},
+            {{"clean", "-", "-o", out}, 2, "--raw"},
+            {{"clean", good, "--source", "1=-", "-o", out}, 2, "--raw"},
+            {{"clean", "-", "-", "-o", out, "--raw", "s16:32000:1"}, 2, "standard input"},
+            {{"clean", "-", "-o", out, "--raw", "s24:32000:1"}, 2, "s24:32000:1"},
+            {{"clean", "-", "-o", out, "--raw", "s16:32000"}, 2, "s16:32000"},
+            {{"clean", "-", "-o", out, "--raw", "s16:0:1"}, 2, "s16:0:1"},
+            {{"clean", "-", "-o", out, "--raw", "s16:32000:3"}, 2, "s16:32000:3"},
+            {{"clean", good, "-o", out, "--raw", "wav"}, 2, "wav"},
+            {{"clean", good, "-o", "-", "--json"}, 2, "--json"},
+            {{"clean", good, "-o", out, "--log", File("no/such/log")}, 1, "log: cannot be written"},
+            {{"clean", good, "-o", out, "--log", good}, 1, "in.wav: is the input itself"},
+            {{"clean", good, "-o", out, "--log", File("link.wav")}, 1, "link.wav: is the input"},
+            {{"clean", good, "-o", out, "--log", out}, 1, "out.wav: is the output itself"},
+            {{"clean", good, "-o", out, "--log", File("folder/../out.wav")}, 1, "is the output"},
+            {{"clean", File("none.wav"), "-o", out}, 1, "none.wav: no such file"},
+            {{"clean", File("folder"), "-o", out}, 1, "folder: not a regular file"},
+            {{"clean", File("text.wav"), "-o", out}, 1, "text.wav: not a WAV, FLAC or Ogg file"},
+            {{"clean", File("empty.wav"), "-o", out}, 1, "empty.wav: not a WAV, FLAC or Ogg file"},
+            {{"clean", File("silent.wav"), "-o", out}, 1, "silent.wav: holds no audio"},
+            {{"clean", stereo3, "-o", out}, 1, "three.wav: has 3 channels; one or two are taken"},
+            {{"clean", cut, "-o", out}, 1, "cut.wav: is truncated"},
+            {{"clean", cutFlac, "-o", out}, 1, "cut.flac: is truncated"},
+            {{"clean", cutOgg, "-o", out}, 1, "cut.ogg: is truncated"},
+            {{"clean", good, "-o", good}, 1, "in.wav: is the input itself"},
+            {{"clean", good, "-o", File("same.wav")}, 1, "same.wav: is the input itself"},
+            {{"clean", good, "-o", File("link.wav")}, 1, "link.wav: is the input itself"},
+            {{"clean", good, "-o", File("no/such/out.wav")}, 1, "out.wav: cannot be written"},
+            {{"clean", good, "-o", File("folder.wav")}, 1, "folder.wav: not a regular file"},
+            {{"clean", good, "-o", File("out.mp3")},
+             1,
+             "out.mp3: the output is a .wav or .flac file"},
+            {{"clean", good, "-o", File("out")}, 1, "out: the output is a .wav or .flac file"},
+            {{"clean", File("lies.wav"), "-o", out}, 1, "lies.wav: is truncated"},
+            {{"clean", File("rate0.wav"), "-o", out}, 1, "rate0.wav: not a WAV"},
+            {{"clean", File("wide.wav"), "-o", out}, 1, "wide.wav: has 64 channels; one or two"},
+            {{"clean", File("fifo"), "-o", out}, 1, "fifo: not a regular file"},
+            {{"clean", good, "-o", File("fifo.wav")}, 1, "fifo.wav: not a regular file"},
+            {{"clean", good, "-o", "/dev/full"},
+             1,
+             "/dev/full: the output is a .wav or .flac file"},
+            {{"clean", good, "-o", out}, 1, "out.wav: cannot be written", When::kDiskIsFull},
+            {{"clean", good, "-o", File("out.flac")},
+             1,
+             "out.flac: cannot be written",
+             When::kDiskIsFull},
+            {{"clean", File("hours.wav"), "-o", out}, 1, "interrupted", When::kInterruptedHalfWay},
+            {raw, 1, "standard input: ends inside a frame of 4 bytes", When::kFifoClosesEarly},
+            {{"clean", File("hours.wav"), "-o", "-"},
+             1,
+             "standard output: cannot be written",
+             When::kReaderGoesAway},
+        };
+    }
+
+    /// The executable, while something happens to it.
+    Outcome RunWhile(const Case& c) {
+        const bool full = c.when == When::kDiskIsFull;
+        const bool fed = c.when == When::kFifoClosesEarly;
+        const bool left = c.when == When::kReaderGoesAway;
+        const std::size_t before = dir.Names().size();
+        const std::string fifo = File("fifo");
+        Process run(c.words, left ? fifo : "/dev/null", logs.File("err"),
+                    full ? 20000 : RLIM_INFINITY, fed ? fifo : "/dev/null");
+        if (fed) {
+            std::ofstream(fifo) << std::string(1001, 'x');
+        } else if (left) {
+            char some[1000];
+            std::ifstream(fifo).read(some, sizeof(some));
+        } else if (c.when == When::kInterruptedHalfWay) {
+            while (dir.Names().size() == before && !run.HasEnded()) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+            }
+            run.Signal(SIGINT);
+        }
+        const int status = run.Wait();
+        return {status, "", run.Err(), ""};
+    }
+
+    TempDir logs;
+};
+
+TEST_F(BadInputTest, GetsOneLineAndAStatusAndNoOutputFile) {
+    const std::vector<Case> cases = Cases();
+    EXPECT_GE(cases.size(), 40U);
+    const Words before = dir.Names();
+    const std::string original = ReadFile(File("in.wav"));
+    for (const Case& c : cases) {
+        std::string line = "audio-filter";
+        for (const std::string& word : c.words) {
+            line += " " + word;
+        }
+        for (const bool json : {false, true}) {
+            Case asked = c;
+            if (json && !c.words.empty() && c.when != When::kReaderGoesAway) {
+                asked.words.insert(asked.words.begin() + 1, "--json");
+            }
+            const Outcome outcome =
+                c.when == When::kAsItIs ? RunHost(asked.words) : RunWhile(asked);
+            EXPECT_EQ(outcome.status, c.status) << line << "\n" << outcome.err;
+            EXPECT_EQ(outcome.out, "") << line;
+            EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+            EXPECT_EQ(outcome.err.substr(0, 14), "audio-filter: ") << line;
+            if (!json) {
+                EXPECT_NE(outcome.err.find(c.message), std::string::npos) << line << "\n"
+                                                                          << outcome.err;
+            }
+            EXPECT_EQ(dir.Names().size(), before.size()) << line;
+        }
+    }
+    EXPECT_TRUE(ReadFile(File("in.wav")) == original);
+}
+
+}  // namespace
