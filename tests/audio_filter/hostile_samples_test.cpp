@@ -4,47 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <functional>
-#include <limits>
 
 #include "filter_fixture.h"
+#include "support/hostile_signals.h"
 #include "support/seed.h"
 #include "support/signals.h"
 
 namespace {
-
-constexpr float kMost = std::numeric_limits<float>::max();
-constexpr float kLeast = std::numeric_limits<float>::denorm_min();
-
-struct Hostile {
-    const char* name;
-    std::function<float(std::size_t)> sample;  ///< of a float stream; 16-bit ones get it saturated
-};
-
-const Hostile kHostile[] = {
-    {"NaN", [](std::size_t) { return std::nanf(""); }},
-    {"infinities", [](std::size_t i) { return i % 2 == 0 ? INFINITY : -INFINITY; }},
-    {"NaN now and then", [](std::size_t i) { return i % 7 == 0 ? std::nanf("") : 0.1F; }},
-    {"the largest floats", [](std::size_t i) { return i % 3 == 0 ? kMost : -kMost; }},
-    {"subnormals", [](std::size_t i) { return i % 2 == 0 ? kLeast : -3.0F * kLeast; }},
-    {"a full-scale square", [](std::size_t i) { return i / 40 % 2 == 0 ? 1.0F : -1.0F; }},
-    {"DC", [](std::size_t) { return 1.0F; }},
-    {"-32768 everywhere", [](std::size_t) { return -1.0F; }},
-    {"alternating extremes", [](std::size_t i) { return i % 2 == 0 ? 1.0F : -1.0F; }},
-    {"beyond full scale", [](std::size_t i) { return i % 2 == 0 ? 1e9F : -1e9F; }},
-    {"silence", [](std::size_t) { return 0.0F; }},
-};
-
-template <typename Sample>
-Sample Converted(float sample) {
-    if constexpr (std::is_same_v<Sample, float>) {
-        return sample;
-    } else {
-        const float bounded = std::isnan(sample) ? 0.0F : std::clamp(sample, -1.0F, 1.0F);
-        return static_cast<Sample>(
-            std::max(-32768L, std::min(32767L, std::lround(bounded * 32768.0F))));
-    }
-}
 
 class HostileSamples : public FilterTest {
 protected:
@@ -76,7 +42,7 @@ protected:
     }
 
     template <typename Sample>
-    void Recovers(const Hostile& hostile, int rate, int channels, SampleFmt fmt,
+    void Recovers(const HostileSignal& hostile, int rate, int channels, SampleFmt fmt,
                   const std::vector<AVSourceType>& sources, bool gain) {
         std::vector<ProcessType> kinds = {AP_DENOISE, AP_PHASE_CHECK, AP_MIXING};
         if (gain) {
@@ -89,7 +55,7 @@ protected:
         std::vector<Sample> block(perBlock);
         for (std::size_t n = 0; n < 60; ++n) {
             for (std::size_t i = 0; i < perBlock; ++i) {
-                block[i] = Converted<Sample>(hostile.sample(n * perBlock + i));
+                block[i] = Converted<Sample>(hostile.Sample(n * perBlock + i));
             }
             Block(block, sources);
         }
@@ -113,7 +79,7 @@ protected:
 TEST_F(HostileSamples, LeaveNoTraceAfterASecondOfSpeech) {
     const std::vector<AVSourceType> microphone = {AV_SOURCE_MICROPHONE};
     const std::vector<AVSourceType> two = {AV_SOURCE_MICROPHONE, AV_SOURCE_1};
-    for (const Hostile& hostile : kHostile) {
+    for (const HostileSignal& hostile : kHostileSignals) {
         for (const int rate : {8000, 44100, 48000}) {
             for (const int channels : {1, 2}) {
                 for (const auto& sources : {microphone, two}) {
@@ -127,7 +93,7 @@ TEST_F(HostileSamples, LeaveNoTraceAfterASecondOfSpeech) {
 }
 
 TEST_F(HostileSamples, InPlanarFormatsAndThreeChannelsBreakNothingEither) {
-    for (const Hostile& hostile : kHostile) {
+    for (const HostileSignal& hostile : kHostileSignals) {
         Recovers<short>(hostile, 32000, 2, SAMPLE_FMT_S16P, {AV_SOURCE_MICROPHONE}, true);
         Recovers<float>(hostile, 32000, 2, SAMPLE_FMT_FLTP, {AV_SOURCE_MICROPHONE}, true);
         Recovers<short>(hostile, 32000, 3, SAMPLE_FMT_S16, {AV_SOURCE_MICROPHONE}, true);

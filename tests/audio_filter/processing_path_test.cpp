@@ -1,48 +1,15 @@
 /// What a processing call asks of the system: allocations, and the calls that may wait, which are
 /// counted on their way to the C library. In an executable of its own, as it stands in for them.
 
-#include <dlfcn.h>
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include <memory>
 #include <vector>
 
 #include "audio_filter/audio_filter.h"
 #include "support/allocations.h"
+#include "support/posix/lock_calls.h"
 #include "support/signals.h"
-
-namespace {
-
-thread_local bool counting = false;
-thread_local int locks = 0;
-thread_local int waits = 0;
-
-template <typename Function>
-Function* Next(const char* name) {
-    return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
-}
-
-}  // namespace
-
-extern "C" {
-
-int pthread_mutex_lock(pthread_mutex_t* mutex) {
-    static const auto next = Next<int(pthread_mutex_t*)>("pthread_mutex_lock");
-    locks += counting ? 1 : 0;
-    return next(mutex);
-}
-int pthread_cond_wait(pthread_cond_t* cond, pthread_mutex_t* mutex) {
-    static const auto next = Next<int(pthread_cond_t*, pthread_mutex_t*)>("pthread_cond_wait");
-    waits += counting ? 1 : 0;
-    return next(cond, mutex);
-}
-int nanosleep(const timespec* time, timespec* left) {
-    static const auto next = Next<int(const timespec*, timespec*)>("nanosleep");
-    waits += counting ? 1 : 0;
-    return next(time, left);
-}
-}
 
 namespace {
 
@@ -76,17 +43,15 @@ Asked TenSeconds(int rate, int channels, SampleFmt fmt, std::vector<AVSourceType
         std::vector<AVSourceType> list = sources;
         std::vector<AVSourceType> one = {AV_SOURCE_MICROPHONE};
         int size = static_cast<int>(in.size());
-        locks = waits = 0;
-        counting = true;
+        const LockCalls calls;
         Allocations allocations;
         const int code = filter->Process(in.data(), out.data(), size, std::move(list), param, 0);
         if (code == 9) {
             filter->ProcessResample(in.data(), out.data(), size, std::move(one), param, 0);
         }
         asked.allocations += allocations.Stop();
-        counting = false;
-        asked.locks += locks;
-        asked.waits += waits;
+        asked.locks += calls.Locks();
+        asked.waits += calls.Waits();
         asked.calls += code == 9 ? 2 : 1;
     }
     return asked;

@@ -1,0 +1,75 @@
+#include "threads/header_tags.h"
+
+#include <cctype>
+#include <fstream>
+#include <stdexcept>
+
+namespace {
+
+bool StartsWith(const std::string& text, const std::string& start) {
+    return text.compare(0, start.size(), start) == 0;
+}
+
+std::string Trimmed(const std::string& line) {
+    const std::size_t first = line.find_first_not_of(' ');
+    return first == std::string::npos ? "" : line.substr(first);
+}
+
+/// What stands before the first parenthesis of a declaration; empty for none.
+std::string NameIn(const std::string& declaration) {
+    const std::size_t end = declaration.find('(');
+    if (end == std::string::npos) {
+        return "";
+    }
+    std::size_t start = end;
+    while (start > 0 && (std::isalnum(static_cast<unsigned char>(declaration[start - 1])) != 0 ||
+                         declaration[start - 1] == '_' || declaration[start - 1] == '~')) {
+        --start;
+    }
+    return declaration.substr(start, end - start);
+}
+
+}  // namespace
+
+std::set<std::string> TaggedOperations(const std::string& header, const std::string& className,
+                                       const std::string& tag) {
+    std::ifstream file(AUDIO_FILTER_SOURCES "/" + header);
+    if (!file) {
+        throw std::runtime_error(header + " cannot be read");
+    }
+    std::set<std::string> names;
+    std::string inside;
+    std::string tagged;
+    std::string declaration;
+    bool isPublic = true;
+    for (std::string line; std::getline(file, line);) {
+        const std::string text = Trimmed(line);
+        if (StartsWith(line, "class AUDIO_FILTER_API ") && line.back() == '{') {
+            inside = line.substr(23, line.find(' ', 23) - 23);
+            isPublic = true;
+        } else if (StartsWith(line, "};")) {
+            inside.clear();
+            isPublic = true;
+        } else if (text == "private:" || text == "protected:") {
+            isPublic = false;
+        }
+        if (text.empty()) {
+            tagged.clear();  // a tag counts for all declarations that follow without a gap
+        } else if (StartsWith(text, "/// [")) {
+            tagged = text.substr(5, text.find(']') - 5);
+        }
+        if (!isPublic || inside != className || tagged.empty() || StartsWith(text, "//")) {
+            continue;
+        }
+        declaration += text;
+        if (text.back() == ';' || text.back() == '}') {
+            const std::string name = NameIn(declaration);
+            const bool isLife = name == className || StartsWith(name, "~");
+            if (tagged == tag && !name.empty() && !isLife) {
+                names.insert(name);
+            }
+            declaration.clear();
+        }
+    }
+    return names;
+}

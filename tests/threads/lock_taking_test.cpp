@@ -1,0 +1,43 @@
+/// Which operations take the lock of their object, beside what their headers say of threads.
+
+#include <gtest/gtest.h>
+
+#include "support/posix/lock_calls.h"
+#include "threads/operations.h"
+
+namespace {
+
+bool TakesItsLock(const Subject& subject, const Operation& operation) {
+    // The mutex is the first that a lock holds.
+    const LockCalls calls(subject.lock);
+    operation.run();
+    return calls.OfTheOne() > 0;
+}
+
+TEST(LockTaking, WhatIsTaggedAnyOrAudioTakesTheLockOfItsObject) {
+    for (const auto& make : AllSubjects()) {
+        for (std::size_t i = 0; i < make().sideBySide.size(); ++i) {
+            const Subject subject = make();
+            if (subject.lock != nullptr) {
+                EXPECT_TRUE(TakesItsLock(subject, subject.sideBySide[i]))
+                    << subject.className << "::" << subject.sideBySide[i].name
+                    << " must not be tagged so: nothing keeps others out";
+            }
+        }
+    }
+}
+
+TEST(LockTaking, WhatIsTaggedSetupTakesNoLockButInits) {
+    for (const auto& make : AllSubjects()) {
+        const Subject subject = make();
+        for (const Operation& operation : subject.alone) {
+            if (subject.lock != nullptr && operation.name != "Init") {
+                EXPECT_FALSE(TakesItsLock(subject, operation))
+                    << subject.className << "::" << operation.name
+                    << " keeps others out: the tag could be [any]";
+            }
+        }
+    }
+}
+
+}  // namespace

@@ -1,0 +1,38 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "common/process_lock.h"
+
+/// An operation under the name that the header gives it.
+struct Operation {
+    std::string name;
+    std::function<void()> run;
+};
+
+/// An object of a class that holds a lock, ready to be used, and its operations.
+struct Subject {
+    const char* header = "";
+    const char* className = "";  ///< empty for functions outside of classes
+    std::shared_ptr<void> object;
+    ProcessLock* lock = nullptr;        ///< null where there is none
+    std::vector<Operation> sideBySide;  ///< those tagged [any] or [audio]
+    std::vector<Operation> alone;       ///< those tagged [setup]
+    bool once = false;                  ///< a second call of an operation may wait for good
+};
+
+Subject FilterSubject();
+Subject LogSubject();
+Subject FileLogSubject();
+Subject PoolSubject();
+Subject BufferSubject();
+Subject LogFunctionsSubject();
+
+inline const std::vector<std::function<Subject()>>& AllSubjects() {
+    static const std::vector<std::function<Subject()>> all = {
+        FilterSubject, LogSubject, FileLogSubject, PoolSubject, BufferSubject, LogFunctionsSubject};
+    return all;
+}

@@ -1,0 +1,57 @@
+/// Every two operations that a header lets run side by side, side by side, for ThreadSanitizer to
+/// look at.
+
+#include <gtest/gtest.h>
+
+#include <set>
+#include <thread>
+
+#include "threads/header_tags.h"
+#include "threads/operations.h"
+
+namespace {
+
+std::set<std::string> Names(const std::vector<Operation>& operations) {
+    std::set<std::string> names;
+    for (const Operation& operation : operations) {
+        names.insert(operation.name);
+    }
+    return names;
+}
+
+TEST(SideBySide, TheOperationsHereAreThoseThatTheHeadersTagAnyOrAudio) {
+    for (const auto& make : AllSubjects()) {
+        const Subject subject = make();
+        std::set<std::string> tagged = TaggedOperations(subject.header, subject.className, "any");
+        tagged.merge(TaggedOperations(subject.header, subject.className, "audio"));
+        EXPECT_FALSE(tagged.empty()) << subject.header;
+        EXPECT_EQ(Names(subject.sideBySide), tagged) << subject.header;
+        EXPECT_EQ(Names(subject.alone),
+                  TaggedOperations(subject.header, subject.className, "setup"))
+            << subject.header;
+    }
+}
+
+TEST(SideBySide, EveryTwoOperationsRunBesideEachOtherAndEachBesideItself) {
+    for (const auto& make : AllSubjects()) {
+        const std::size_t count = make().sideBySide.size();
+        for (std::size_t first = 0; first < count; ++first) {
+            for (std::size_t second = first; second < count; ++second) {
+                for (int round = 0; round < 10; ++round) {
+                    const Subject subject = make();
+                    const int calls = subject.once ? 1 : 5;
+                    const auto repeat = [calls](const Operation& operation) {
+                        for (int call = 0; call < calls; ++call) {
+                            operation.run();
+                        }
+                    };
+                    std::thread other(repeat, subject.sideBySide[second]);
+                    repeat(subject.sideBySide[first]);
+                    other.join();
+                }
+            }
+        }
+    }
+}
+
+}  // namespace
