@@ -34,7 +34,8 @@ public:
     /// @param sampleRate 8000, 16000 or 32000 Hz
     /// @param fmt SAMPLE_FMT_S16 or SAMPLE_FMT_FLT; planar formats are not translated
     /// @param level 0 mild .. 3 most aggressive
-    /// @return false for anything else. A negative rate, no format or a level out of range changes
+    /// @return false for anything else, and when there is no memory for the suppressor's own
+    ///         instance: nothing is processed then. A negative rate, no format or a level out of range changes
     ///        nothing that an earlier Init has stored. Another rate is stored, and a stream of the
     ///        same format that ran before goes on as it was.
     bool Init(int sampleRate, SampleFmt fmt, int level);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <cstdlib>
 #include <utility>
 
 #include "units/frame.h"
@@ -33,7 +34,14 @@ void Suppressor::Release::operator()(NsHandleT* handle) const {
     WebRtcNs_Free(handle);
 }
 
+/// The package writes to what it allocates without looking whether it is there, so whether there is
+/// room is found out before.
 std::unique_ptr<Suppressor> Suppressor::Create() {
+    void* volatile room = std::malloc(kInstanceBytes);  // volatile: not to be optimised away
+    if (room == nullptr) {
+        return nullptr;
+    }
+    std::free(room);
     Handle handle(WebRtcNs_Create());
     return handle ? std::unique_ptr<Suppressor>(new Suppressor(std::move(handle))) : nullptr;
 }

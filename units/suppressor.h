@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 
@@ -12,7 +13,8 @@ struct NsHandleT;
 /// suppressor reads and writes the first 80 at 8000 Hz; the others come out as zeros.
 class Suppressor {
 public:
-    /// Null when the package cannot create an instance.
+    /// Null when there is no memory for an instance of the package; throws std::bad_alloc when
+    /// there is none for the rest.
     static std::unique_ptr<Suppressor> Create();
     ~Suppressor();
 
@@ -41,6 +43,8 @@ private:
     };
 
     using Handle = std::unique_ptr<NsHandleT, Release>;
+
+    static constexpr std::size_t kInstanceBytes = 32768;  ///< more than an instance takes
 
     explicit Suppressor(Handle handle);
     void Run(const float* low, const float* high, float* lowOut, float* highOut);

@@ -4,56 +4,105 @@
 #include <cstdlib>
 #include <new>
 
-// operator new is replaced on every system. What calls malloc itself is seen on Linux: by the
-// replacements in support/posix/allocations_malloc.cpp, or, where a sanitizer brings an allocator
-// of its own, by the hook below.
+// operator new is replaced on every system. What calls malloc itself is seen on Linux, by the
+// replacements in support/posix/allocations_malloc.cpp.
 
 namespace {
 
 std::atomic<bool> counting{false};
-std::atomic<std::size_t> noted{0};
+std::atomic<std::size_t> asked{0};
+std::atomic<std::size_t> failed{0};
+std::atomic<std::size_t> released{0};
+std::atomic<std::size_t> failing{0};  ///< the number of the one that fails; 0 for none
+std::atomic<bool> failingOnwards{false};
+
+/// What it asks of malloc has been noted. Volatile, as compilers know that malloc reads no variable.
+thread_local volatile bool insideOperator = false;
+
+class Operator {
+public:
+    Operator() { insideOperator = true; }
+    ~Operator() { insideOperator = false; }
+    Operator(const Operator&) = delete;
+    Operator& operator=(const Operator&) = delete;
+};
+
+void* AllocateOrNull(std::size_t size) {
+    if (Allocations::Note()) {
+        return nullptr;
+    }
+    const Operator quiet;
+    return std::malloc(size == 0 ? 1 : size);
+}
 
 void* Allocate(std::size_t size) {
-    Allocations::Note();
-    void* memory = std::malloc(size == 0 ? 1 : size);
+    void* memory = AllocateOrNull(size);
     if (memory == nullptr) {
         throw std::bad_alloc();
     }
     return memory;
 }
 
+void Release(void* memory) {
+    if (memory != nullptr) {
+        Allocations::NoteRelease();
+    }
+    const Operator quiet;
+    std::free(memory);
+}
+
 }  // namespace
 
 Allocations::Allocations() {
-    noted = 0;
+    asked = 0;
+    failed = 0;
+    released = 0;
     counting = true;
 }
 
 Allocations::~Allocations() {
+    FailNoMore();
     Stop();
 }
 
 std::size_t Allocations::Stop() {
     counting = false;
-    return noted;
+    return asked;
 }
 
-void Allocations::Note() {
-    if (counting) {
-        ++noted;
+std::ptrdiff_t Allocations::Held() const {
+    return static_cast<std::ptrdiff_t>(asked - failed) - static_cast<std::ptrdiff_t>(released);
+}
+
+void Allocations::Fail(std::size_t n, bool onwards) {
+    failingOnwards = onwards;
+    failing = asked + n;
+}
+
+bool Allocations::FailNoMore() {
+    failing = 0;
+    return failed != 0;
+}
+
+bool Allocations::Note() {
+    if (!counting || insideOperator) {
+        return false;
     }
+    const std::size_t number = ++asked;
+    const bool fails = failing != 0 && (failingOnwards ? number >= failing : number == failing);
+    failed += fails ? 1 : 0;
+    return fails;
 }
 
-extern "C" {
-__attribute__((visibility("default"))) void __sanitizer_malloc_hook(const volatile void*,
-                                                                    std::size_t);
-__attribute__((visibility("default"))) void __sanitizer_free_hook(const volatile void*);
-
-void __sanitizer_malloc_hook(const volatile void*, std::size_t) {
-    Allocations::Note();
+void Allocations::FailTheNextInstead() {
+    --failed;
+    ++failing;
 }
 
-void __sanitizer_free_hook(const volatile void*) {}
+void Allocations::NoteRelease() {
+    if (counting && !insideOperator) {
+        ++released;
+    }
 }
 
 void* operator new(std::size_t size) {
@@ -64,18 +113,26 @@ void* operator new[](std::size_t size) {
     return Allocate(size);
 }
 
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return AllocateOrNull(size);
+}
+
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept {
+    return AllocateOrNull(size);
+}
+
 void operator delete(void* memory) noexcept {
-    std::free(memory);
+    Release(memory);
 }
 
 void operator delete(void* memory, std::size_t) noexcept {
-    std::free(memory);
+    Release(memory);
 }
 
 void operator delete[](void* memory) noexcept {
-    std::free(memory);
+    Release(memory);
 }
 
 void operator delete[](void* memory, std::size_t) noexcept {
-    std::free(memory);
+    Release(memory);
 }
