@@ -10,8 +10,9 @@
 /// The parameter records that travel through the engine beside its media. Of all of this the audio
 /// library reads and writes the audio format of AVParam alone; it carries the rest as it is.
 ///
-/// Plain values: copies are deep, and every member has a value from construction on.
-/// [any] for a record of one's own.
+/// Plain values: copies are deep, and every member has a value from construction on. Copying and
+/// assigning throw std::bad_alloc when memory runs out; the target of an assignment then holds some
+/// members of either record. [any] for a record of one's own.
 
 /// A virtual background.
 struct AUDIO_FILTER_API VBGParams {
@@ -96,7 +97,8 @@ struct AUDIO_FILTER_API ProcessUsrData {
     ProcessUsrData();
     /// A copy of a record without bytes is a default record.
     ProcessUsrData(const ProcessUsrData& other);
-    /// Keeps the block if the sizes are equal. From a record without bytes: none, size -1.
+    /// Keeps the block if the sizes are equal, and when memory runs out. From a record without
+    /// bytes: none, size -1.
     ProcessUsrData& operator=(const ProcessUsrData& other);
     ~ProcessUsrData();
 

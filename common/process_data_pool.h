@@ -40,6 +40,7 @@ public:
     /// leaves the entry those of its earlier use.
     /// @param data size bytes, which are copied
     /// @param size bytes, at least 0
+    /// @param param taken by value, which allocates at the caller's side
     /// @param timestamp of any unit
     /// @param usr bytes to attach a copy of; null for none
     /// @return null when all entries are in use, for a negative size or missing data, or when

@@ -1,0 +1,154 @@
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+#include "classifier/audio_classifier.h"
+#include "support/bytes.h"
+#include "support/fail_each.h"
+#include "support/signals.h"
+
+namespace {
+
+struct Stream {
+    unsigned short channels;
+    int rate;
+    SampleFmt format;
+};
+
+const std::vector<Stream> kStreams = {
+    {1, 32000, SAMPLE_FMT_S16}, {2, 32000, SAMPLE_FMT_FLT},  {3, 32000, SAMPLE_FMT_S16},
+    {1, 44100, SAMPLE_FMT_FLT}, {2, 44100, SAMPLE_FMT_S16},  {2, 48000, SAMPLE_FMT_FLT},
+    {1, 8000, SAMPLE_FMT_S16},  {1, 32000, SAMPLE_FMT_S16P}, {1, 32000, SAMPLE_FMT_DBL},
+};
+
+using Bytes = std::vector<unsigned char>;
+
+std::size_t BlockBytes(const Stream& stream) {
+    const std::size_t width = stream.format == SAMPLE_FMT_FLT ? 4 : 2;
+    return static_cast<std::size_t>(stream.rate / 100) * stream.channels * width;
+}
+
+/// 1.2 s of speech: more than one analysis.
+Bytes Speech(const Stream& stream) {
+    std::mt19937 random(1);
+    const auto samples = static_cast<std::size_t>(stream.rate / 100) * stream.channels;
+    const std::vector<float> floats = NoisySpeech(random, 120 * samples, stream.rate);
+    const std::vector<short> shorts = As<short>(floats);
+    const char* bytes = stream.format == SAMPLE_FMT_FLT ? BytesOf(floats) : BytesOf(shorts);
+    return {bytes, bytes + 120 * BlockBytes(stream)};
+}
+
+std::vector<bool> Listen(AudioClassifier& classifier, const Stream& stream, Bytes speech) {
+    const std::size_t block = BlockBytes(stream);
+    std::vector<bool> answers;
+    for (std::size_t at = 0; at < speech.size(); at += block) {
+        answers.push_back(
+            classifier.MusicCheck(speech.data() + at, static_cast<unsigned int>(block)));
+        answers.push_back(classifier.GetRealTimeCheckRet());
+    }
+    return answers;
+}
+
+/// All that a stream has left in a classifier.
+struct State {
+    Bytes history;
+    Bytes votes;
+    std::vector<bool> answers;
+    bool operator==(const State&) const = default;
+};
+
+State StateAfter(AudioClassifier& classifier, const Stream& stream, const Bytes& speech) {
+    std::vector<bool> answers = Listen(classifier, stream, speech);
+    return {classifier.mHistory, classifier.mVotes, std::move(answers)};
+}
+
+/// @param before what has been listened to, if anything
+int FailInit(const Stream& stream, const Stream* before) {
+    const auto make = [before] {
+        auto classifier = std::make_unique<AudioClassifier>();
+        if (before != nullptr) {
+            classifier->Init(before->channels, before->rate, before->format);
+            classifier->MusicCheck(classifier->mHistory.data(), 6400);
+        }
+        return classifier;
+    };
+    const auto init = [&stream](AudioClassifier& classifier) {
+        return classifier.Init(stream.channels, stream.rate, stream.format);
+    };
+    const std::unique_ptr<AudioClassifier> undisturbed = make();
+    const int accepted = init(*undisturbed);
+    const Bytes speech = Speech(stream);
+    const State expected = StateAfter(*undisturbed, stream, speech);
+    return FailEach(make, init, [&](AudioClassifier& classifier, int code) {
+        EXPECT_TRUE(code == kThrew || code == accepted);
+        EXPECT_EQ(classifier.IsInited(), code == 0);
+        if (code != 0) {
+            unsigned char block[640] = {};
+            const unsigned int gathered = classifier.mGathered;
+            EXPECT_FALSE(classifier.MusicCheck(block, 640));
+            EXPECT_EQ(classifier.mGathered, gathered);
+        }
+        EXPECT_EQ(init(classifier), accepted);
+        EXPECT_TRUE(StateAfter(classifier, stream, speech) == expected);
+    });
+}
+
+TEST(AllocationFaults, AClassifierWhoseInitThrewIsNotInitialisedAndTheNextInitListensTheSame) {
+    int failures = 0;
+    for (const Stream& stream : kStreams) {
+        failures += FailInit(stream, nullptr);
+    }
+    failures += FailInit(kStreams[0], &kStreams[5]);
+    failures += FailInit(kStreams[4], &kStreams[0]);
+    failures += FailInit(kStreams[4], &kStreams[4]);
+    Report("AudioClassifier::Init", failures);
+}
+
+TEST(AllocationFaults, TwoAnalysesHaveNoAllocationThatCouldFail) {
+    for (const Stream& stream : kStreams) {
+        AudioClassifier classifier;
+        classifier.Init(stream.channels, stream.rate, stream.format);
+        std::vector<unsigned char> block(static_cast<std::size_t>(stream.rate) / 100 * 4 *
+                                         stream.channels);
+        Allocations allocations;
+        for (int i = 0; i < 250; ++i) {
+            classifier.MusicCheck(block.data(), static_cast<unsigned int>(block.size()));
+        }
+        EXPECT_EQ(allocations.Stop(), 0U) << stream.rate;
+    }
+}
+
+/// The steps that hand arrays out: they throw, and leave nothing behind.
+TEST(AllocationFaults, TheStepsOfTheAnalysisThrowAndLeaveNothing) {
+    const auto make = [] {
+        auto classifier = std::make_unique<AudioClassifier>();
+        classifier->Init(1, 32000, SAMPLE_FMT_S16);
+        return classifier;
+    };
+    const auto steps = [](AudioClassifier& classifier) {
+        unsigned char bytes[2048] = {};
+        const std::unique_ptr<float[]> emphasised(classifier.emphasis(bytes, 1024, 0.97F));
+        const std::unique_ptr<float[]> window(classifier.hammingWindow(1024, 1.0F));
+        const std::unique_ptr<float[]> magnitudes(classifier.fft(emphasised.get(), 1024, 62));
+        const std::unique_ptr<float[]> spectrum(new float[32000]());
+        const std::unique_ptr<float[]> rates(classifier.subBandEnergyRate(spectrum.get()));
+        float** frames = classifier.frameSeg(emphasised.get(), 1024, 256, 128);
+        const auto count = classifier.mFrameCount;
+        int code = 0;
+        try {
+            classifier.lowEnergyFrameRate(frames, 256, count, 0.5F);
+        } catch (const std::bad_alloc&) {
+            code = kThrew;
+        }
+        classifier.array2dDelete(reinterpret_cast<void**>(frames), count);
+        return code;
+    };
+    const auto check = [&steps](AudioClassifier& classifier, int) {
+        EXPECT_EQ(steps(classifier), 0);
+        EXPECT_TRUE(classifier.IsInited());
+    };
+    Report("the steps of AudioClassifier", FailEach(make, steps, check));
+}
+
+}  // namespace
