@@ -46,7 +46,7 @@
 /// files.
 class AUDIO_FILTER_API AudioFilter {
 public:
-    /// [setup] Not initialised, everything off.
+    /// [setup] Not initialised, everything off. Throws std::bad_alloc when memory runs out.
     AudioFilter();
     /// [setup] Clears it. Listener and logger stay their owner's.
     ~AudioFilter();
@@ -67,7 +67,8 @@ public:
 
     /// [any] Switches kinds on and off; a unit goes on from the state in which it was left. The
     /// listener hears of each change, with the lock held. Allocates where the map lacks a kind, and
-    /// for the listener's text.
+    /// for the listener's text. Throws std::bad_alloc when memory runs out: what has been switched
+    /// till then has been told, and a call with the same map goes on from there.
     /// @param switches in: the kinds wanted, of AP_DENOISE, AP_PHASE_CHECK, AP_GAIN and AP_MIXING
     ///        (a missing one is off); out: those that are on, all four entered. A kind whose unit
     ///        is not initialised stays off.
@@ -178,7 +179,6 @@ private:
     bool IsGainReady();
     bool IsMixingReady();
     void Apply(const Switch& entry, bool& wanted);
-    void Tell(int code, const char* text);
 
     int CheckCall(const EntryTags& tags, const char* inData, const char* outData, int size,
                   int sources, int boundSources);

@@ -1,5 +1,7 @@
 #include <algorithm>
 #include <iterator>
+#include <string>
+#include <utility>
 
 #include "audio_filter/audio_filter.h"
 #include "log/log_line.h"
@@ -32,23 +34,21 @@ bool AudioFilter::SetMethod(ProcessSwitchMap* switches) {
 /// @param wanted comes back as what the kind has become
 void AudioFilter::Apply(const Switch& entry, bool& wanted) {
     bool& on = mSwitchState[entry.kind];
-    const bool before = on;
-    on = wanted;
     if (wanted && !(this->*entry.isReady)()) {
         LogLine(PROCESS_LOG_ERROR, {"AudioFilter::SetMethod"}, entry.refusal);
-        on = false;
+        wanted = false;
     }
-    wanted = on;
-    if (on != before) {
-        const int turnedOn = 150001 + 2 * entry.kind;
-        Tell(on ? turnedOn : turnedOn + 1, on ? entry.turnedOn : entry.turnedOff);
+    if (wanted == on) {
+        return;
     }
-}
-
-void AudioFilter::Tell(int code, const char* text) {
+    const char* text = wanted ? entry.turnedOn : entry.turnedOff;
+    // Before the kind is switched: nothing is that the listener cannot hear of.
+    std::string message = mListener != nullptr ? text : "";
+    on = wanted;
     LogLine(PROCESS_LOG_INFO, {"AudioFilter::SetMethod"}, text);
     if (mListener != nullptr) {
-        mListener->OnEvent(code, text);
+        const int turnedOn = 150001 + 2 * entry.kind;
+        mListener->OnEvent(on ? turnedOn : turnedOn + 1, std::move(message));
     }
 }
 

@@ -1,0 +1,179 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <thread>
+#include <vector>
+
+#include "audio_filter/audio_filter.h"
+#include "log_capture.h"
+#include "support/bytes.h"
+#include "support/fail_each.h"
+#include "support/signals.h"
+
+namespace {
+
+using Filter = std::unique_ptr<AudioFilter>;
+
+struct Stream {
+    int rate;
+    int channels;
+    SampleFmt fmt;
+};
+
+const std::vector<Stream> kStreams = {
+    {8000, 1, SAMPLE_FMT_S16},   {16000, 2, SAMPLE_FMT_FLT}, {32000, 1, SAMPLE_FMT_S16},
+    {32000, 2, SAMPLE_FMT_FLT},  {32000, 3, SAMPLE_FMT_S16}, {44100, 2, SAMPLE_FMT_S16},
+    {48000, 2, SAMPLE_FMT_FLT},  {96000, 1, SAMPLE_FMT_S16}, {32000, 2, SAMPLE_FMT_S16P},
+    {32000, 1, SAMPLE_FMT_FLTP}, {32000, 1, SAMPLE_FMT_DBL},
+};
+
+ProcessSwitchMap AllOn() {
+    return {{AP_DENOISE, true}, {AP_PHASE_CHECK, true}, {AP_GAIN, true}, {AP_MIXING, true}};
+}
+
+int Init(AudioFilter& filter, const Stream& stream, ProcessSwitchMap switches) {
+    return filter.Init(stream.rate, stream.channels, stream.fmt, &switches);
+}
+
+/// Blocks of 10 ms of two sources, and what becomes of them, with the codes.
+class Session {
+public:
+    explicit Session(const Stream& stream)
+        : mBlock(static_cast<std::size_t>(stream.rate / 100 * stream.channels) * 2 *
+                 (stream.fmt == SAMPLE_FMT_FLT ? 4 : 2)),
+          mBytes(kBlocks * mBlock) {
+        std::mt19937 random(1);
+        const std::vector<float> floats = NoisySpeech(random, mBytes.size() / 2, stream.rate);
+        const std::vector<short> shorts = As<short>(floats);
+        const void* from = stream.fmt == SAMPLE_FMT_FLT ? static_cast<const void*>(floats.data())
+                                                        : static_cast<const void*>(shorts.data());
+        std::memcpy(mBytes.data(), from, mBytes.size());
+    }
+
+    std::vector<char> Run(AudioFilter& filter, std::size_t blocks = kBlocks) const {
+        std::vector<char> all;
+        std::vector<char> in(mBlock);
+        std::vector<char> out(2 * mBlock + std::size_t{320} * 8 * 3);
+        AVParam param;
+        for (std::size_t k = 0; k < blocks; ++k) {
+            std::copy_n(mBytes.data() + k * mBlock, mBlock, in.data());
+            int size = static_cast<int>(mBlock);
+            const int code = filter.Process(in.data(), out.data(), size,
+                                            {AV_SOURCE_MICROPHONE, AV_SOURCE_1}, param, 0);
+            all.push_back(static_cast<char>(code));
+            all.insert(all.end(), out.begin(), out.begin() + size);
+        }
+        return all;
+    }
+
+private:
+    static constexpr std::size_t kBlocks = 20;
+
+    std::size_t mBlock;
+    std::vector<char> mBytes;
+};
+
+bool AnotherThreadGetsIn(AudioFilter& filter) {
+    bool answer = true;
+    std::thread([&] { answer = filter.SetParameter(nullptr, AP_GAIN); }).join();
+    return !answer;
+}
+
+TEST(AllocationFaults, AFilterThatCannotBeMadeThrows) {
+    const int failures =
+        FailEach([] { return std::make_unique<Filter>(); },
+                 [](Filter& filter) {
+                     filter = std::make_unique<AudioFilter>();
+                     return 0;
+                 },
+                 [](Filter& filter, int code) { EXPECT_EQ(code == 0, filter != nullptr); });
+    Report("AudioFilter", failures);
+}
+
+/// A filter and a map that lacks two kinds, which Init enters.
+struct Started {
+    AudioFilter filter;
+    ProcessSwitchMap switches = {{AP_DENOISE, true}, {AP_GAIN, true}};
+};
+
+/// @param before the stream that has run in the filter, if any
+int FailInit(const Stream& stream, const Stream* before) {
+    const Session session(stream);
+    const auto make = [before] {
+        auto started = std::make_unique<Started>();
+        if (before != nullptr) {
+            Init(started->filter, *before, AllOn());
+        }
+        return started;
+    };
+    const auto init = [&stream](Started& started) {
+        return started.filter.Init(stream.rate, stream.channels, stream.fmt, &started.switches);
+    };
+    const std::unique_ptr<Started> undisturbed = make();
+    init(*undisturbed);
+    Init(undisturbed->filter, stream, AllOn());
+    const std::vector<char> expected = session.Run(undisturbed->filter);
+    return FailEach(make, init, [&](Started& started, int code) {
+        EXPECT_TRUE(code == 0 || code == kThrew);
+        const std::vector<char> answer = session.Run(started.filter, 1);
+        EXPECT_EQ(answer.front(), code == 0 ? expected.front() : 4);
+        EXPECT_EQ(Init(started.filter, stream, AllOn()), 0);
+        EXPECT_TRUE(session.Run(started.filter) == expected);
+    });
+}
+
+TEST(AllocationFaults, AFilterWhoseInitThrewAnswers4AndAfterTheNextInitGivesTheSameBytes) {
+    int failures = 0;
+    for (const Stream& stream : kStreams) {
+        failures += FailInit(stream, nullptr);
+    }
+    failures += FailInit(kStreams[3], &kStreams[0]);
+    failures += FailInit(kStreams[2], &kStreams[6]);
+    failures += FailInit(kStreams[5], &kStreams[5]);
+    Report("AudioFilter::Init", failures);
+}
+
+TEST(AllocationFaults, AnInitThatLogsThrowsNoMoreThanOneThatDoesNot) {
+    LogCapture log;
+    Report("AudioFilter::Init, logging", FailInit(kStreams[3], &kStreams[0]));
+    Report("AudioFilter::Init, logging refusals", FailInit(kStreams[10], nullptr));
+}
+
+/// The same map once more is all it takes.
+TEST(AllocationFaults, ASetMethodThatThrewHasSwitchedNothingUnheardAndIsRepeatedWithTheSameMap) {
+    struct Subject : FilterListener {
+        Subject() {
+            filter.SetListener(this);
+            Init(filter, {32000, 2, SAMPLE_FMT_FLT}, {{AP_GAIN, true}});
+            events.clear();
+            events.reserve(10);
+        }
+        void OnEvent(int code, std::string) override { events.push_back(code); }
+
+        AudioFilter filter;
+        ProcessSwitchMap switches = {{AP_PHASE_CHECK, true}, {AP_MIXING, true}};
+        std::vector<int> events;
+    };
+    const int failures = FailEach(
+        [] { return std::make_unique<Subject>(); },
+        [](Subject& subject) { return subject.filter.SetMethod(&subject.switches) ? 0 : -1; },
+        [](Subject& subject, int code) {
+            EXPECT_TRUE(AnotherThreadGetsIn(subject.filter));
+            EXPECT_TRUE(code == kThrew || subject.events.size() == 3);
+            const auto heard = [&](int event) {
+                return std::count(subject.events.begin(), subject.events.end(), event) == 1;
+            };
+            EXPECT_EQ(subject.filter.mSwitchState[AP_PHASE_CHECK], heard(150003));
+            EXPECT_EQ(subject.filter.mSwitchState[AP_GAIN], !heard(150008));
+            EXPECT_EQ(subject.filter.mSwitchState[AP_MIXING], heard(150009));
+            EXPECT_TRUE(subject.filter.SetMethod(&subject.switches));
+            EXPECT_EQ(subject.events, (std::vector<int>{150003, 150008, 150009}));
+            EXPECT_EQ(subject.switches.size(), 4U);
+            EXPECT_TRUE(subject.switches[AP_MIXING]);
+        });
+    Report("AudioFilter::SetMethod", failures);
+}
+
+}  // namespace
