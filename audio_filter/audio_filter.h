@@ -43,7 +43,7 @@
 /// The filter holds a lock of its own over SetMethod, SetParameter, Clear and every processing
 /// call. Init, SetListener, SetLogger and the destructor take none: no other call may be under way.
 /// While logging is on, every call builds and writes log lines, which allocates and may wait for
-/// files.
+/// files; a line for which there is no memory is lost.
 class AUDIO_FILTER_API AudioFilter {
 public:
     /// [setup] Not initialised, everything off. Throws std::bad_alloc when memory runs out.

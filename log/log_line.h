@@ -1,5 +1,6 @@
 #pragma once
 
+#include <new>
 #include <string>
 
 #include "log/media_process_log.h"
@@ -24,7 +25,8 @@ struct LogSite {
 /// Date, level tag, module word, function and line tag.
 std::string LogPrefix(ProcessLogLevel level, const LogSite& site);
 
-/// Sends a line to pr_log while logging is on; else nothing is built and nothing called.
+/// Sends a line to pr_log while logging is on; else nothing is built and nothing called. A line for
+/// which there is no memory is lost: what it is about goes on.
 /// @param level 1..4
 /// @param args what printf takes
 template <typename... Args>
@@ -32,11 +34,15 @@ void LogLine(ProcessLogLevel level, const LogSite& site, const char* format, Arg
     if (!pr_log_enalbe) {
         return;
     }
-    const std::string prefix = LogPrefix(level, site);
-    switch (level) {
-        case PROCESS_LOG_DEBUG: pr_log->Debug(prefix, format, args...); break;
-        case PROCESS_LOG_INFO: pr_log->Info(prefix, format, args...); break;
-        case PROCESS_LOG_WARN: pr_log->Warn(prefix, format, args...); break;
-        case PROCESS_LOG_ERROR: pr_log->Error(prefix, format, args...); break;
+    try {
+        const std::string prefix = LogPrefix(level, site);
+        switch (level) {
+            case PROCESS_LOG_DEBUG: pr_log->Debug(prefix, format, args...); break;
+            case PROCESS_LOG_INFO: pr_log->Info(prefix, format, args...); break;
+            case PROCESS_LOG_WARN: pr_log->Warn(prefix, format, args...); break;
+            case PROCESS_LOG_ERROR: pr_log->Error(prefix, format, args...); break;
+        }
+    } catch (const std::bad_alloc&) {
+        return;
     }
 }

@@ -176,4 +176,85 @@ TEST(AllocationFaults, ASetMethodThatThrewHasSwitchedNothingUnheardAndIsRepeated
     Report("AudioFilter::SetMethod", failures);
 }
 
+TEST(AllocationFaults, LinesThatCannotBeBuiltAreLostAndTheCallsGoOn) {
+    const Stream stream = {32000, 2, SAMPLE_FMT_S16};
+    const Session session(stream);
+    LogCapture log;
+    const auto make = [&] {
+        auto filter = std::make_unique<AudioFilter>();
+        Init(*filter, stream, AllOn());
+        return filter;
+    };
+    const std::vector<char> expected = session.Run(*make(), 2);
+    int failures = FailEach(
+        make,
+        [&](AudioFilter& filter) {
+            filter.SetMethod(nullptr);
+            ProcessParam param = {0.8F, 3};
+            filter.SetParameter(&param, AP_GAIN);
+            filter.Clear();
+            return filter.Init(0, 1, SAMPLE_FMT_S16, nullptr);
+        },
+        [&](AudioFilter& filter, int code) {
+            EXPECT_EQ(code, 3);
+            Init(filter, stream, AllOn());
+            EXPECT_TRUE(session.Run(filter, 2) == expected);
+        });
+    Report("AudioFilter::SetMethod(null), SetParameter, Clear and a refused Init, logging",
+           failures);
+    failures = FailEach([] { return std::make_unique<Filter>(std::make_unique<AudioFilter>()); },
+                        [](Filter& filter) {
+                            filter.reset();
+                            return 0;
+                        },
+                        [](Filter&, int code) { EXPECT_EQ(code, 0); });
+    Report("~AudioFilter, logging", failures);
+}
+
+/// A filter that has gathered enough for an analysis, and the call that brings it about, with all
+/// that a caller has to make for one.
+struct AnalysingCall {
+    AnalysingCall() {
+        Init(filter, {32000, 1, SAMPLE_FMT_S16}, AllOn());
+        while (filter.mClassifier.mGathered < 60 * 512 + 1024) {
+            Run();
+            sources = {AV_SOURCE_MICROPHONE};
+        }
+        out.assign(out.size(), 0);
+    }
+
+    int Run() {
+        int size = 640;
+        return filter.Process(in.data(), out.data(), size, std::move(sources), param, 0);
+    }
+
+    AudioFilter filter;
+    std::vector<AVSourceType> sources = {AV_SOURCE_MICROPHONE};
+    AVParam param;
+    std::vector<char> in = std::vector<char>(640, 1);
+    std::vector<char> out = std::vector<char>(1280);
+};
+
+TEST(AllocationFaults, AnAnalysisHasNoAllocationThatCouldFailAndItsLogLinesMay) {
+    AnalysingCall undisturbed;
+    Allocations allocations;
+    EXPECT_EQ(undisturbed.Run(), 0);
+    EXPECT_EQ(allocations.Stop(), 0U);
+    EXPECT_EQ(undisturbed.filter.mClassifier.mVoteCount, 1);
+    const int failures = FailEach([] { return std::make_unique<AnalysingCall>(); },
+                                  [](AnalysingCall& call) {
+                                      PR_LOG_ENABLE(true);  // to a dispatcher without writers
+                                      const int code = call.Run();
+                                      PR_LOG_ENABLE(false);
+                                      return code;
+                                  },
+                                  [&](AnalysingCall& call, int code) {
+                                      EXPECT_EQ(code, 0);
+                                      EXPECT_TRUE(call.out == undisturbed.out);
+                                      EXPECT_EQ(call.filter.mClassifier.mVoteCount, 1);
+                                      EXPECT_TRUE(AnotherThreadGetsIn(call.filter));
+                                  });
+    Report("AudioFilter::Process with an analysis, logging", failures);
+}
+
 }  // namespace
