@@ -21,6 +21,9 @@ enum ProcessLogLevel : std::int32_t {
 ///     log.Init(PROCESS_LOG_INFO, "stream.log");
 ///     log.WriteLog(PROCESS_LOG_WARN, "%d frames late", late);
 ///
+/// What a full disk has no room for is lost, without a word. Two loggers of one file overwrite each
+/// other's lines.
+///
 /// It holds a lock of its own. Some results leave that lock held by the calling thread, on purpose;
 /// as the lock is re-entrant, this does not stop that thread, but other threads then wait at this
 /// logger until the holder destroys it.
