@@ -55,7 +55,7 @@ AUDIO_FILTER_API int process_cond_signal(ProcessCond* cond);
 /// @return non-zero when woken, 0 on failure (such as in a thread that does not hold the lock)
 AUDIO_FILTER_API int process_cond_wait(ProcessCond* cond, ProcessLock* lock);
 
-/// [any] As process_cond_wait, for a limited time.
+/// [any] As process_cond_wait, for a limited time, by a clock that never jumps.
 /// @param ms limit in milliseconds; 0 looks once, negative waits without limit
 /// @return non-zero when woken, 0 on time-out or failure
 AUDIO_FILTER_API int process_cond_wait_time(ProcessCond* cond, ProcessLock* lock, int ms);

@@ -22,6 +22,7 @@ int __wrap_clock_gettime(clockid_t clock, timespec* now) {
         return __real_clock_gettime(clock, now);
     }
     *now = *ThePosixClock().now;
+    ThePosixClock().asked = clock;
     return 0;
 }
 

@@ -7,6 +7,7 @@
 /// unless a test has set what they are to answer.
 struct FakePosixClock {
     std::optional<timespec> now;       ///< what clock_gettime answers
+    std::optional<clockid_t> asked;    ///< the clock that it was asked for last
     std::optional<std::time_t> time;   ///< what time answers
     std::optional<timespec> deadline;  ///< of the latest timed wait on a condition
     bool waitTimesOut = false;         ///< whether such a wait ends at once

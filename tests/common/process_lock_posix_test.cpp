@@ -7,7 +7,8 @@
 
 namespace {
 
-timespec DeadlineOf(timespec now, int ms) {
+/// Of a timed wait that ends at once.
+FakePosixClock WaitAt(timespec now, int ms) {
     ProcessLock lock;
     ProcessCond cond;
     process_lock_init(&lock);
@@ -17,12 +18,16 @@ timespec DeadlineOf(timespec now, int ms) {
     ThePosixClock().now = now;
     ThePosixClock().waitTimesOut = true;
     EXPECT_EQ(process_cond_wait_time(&cond, &lock, ms), 0);
-    const timespec deadline = ThePosixClock().deadline.value_or(timespec{});
+    const FakePosixClock seen = ThePosixClock();
     ThePosixClock() = {};
     process_unlock(&lock);
     process_cond_destroy(&cond);
     process_lock_destroy(&lock);
-    return deadline;
+    return seen;
+}
+
+timespec DeadlineOf(timespec now, int ms) {
+    return WaitAt(now, ms).deadline.value_or(timespec{});
 }
 
 TEST(ProcessLockPosix, ATimedWaitEndsThatManyMillisecondsFromNow) {
@@ -36,6 +41,31 @@ TEST(ProcessLockPosix, ATimedWaitEndsThatManyMillisecondsFromNow) {
     EXPECT_EQ(DeadlineOf({10, 600'000'000}, 2500).tv_nsec, 100'000'000);
     EXPECT_EQ(DeadlineOf({10, 999'999'999}, 2'147'483'647).tv_sec, 2'147'494);
     EXPECT_EQ(DeadlineOf({10, 999'999'999}, 2'147'483'647).tv_nsec, 646'999'999);
+}
+
+/// The condition's own clock has to be the same one: by another, the deadline of a day would have
+/// passed long ago, or never would.
+TEST(ProcessLockPosix, ATimedWaitGoesByTheClockThatNeverJumps) {
+    EXPECT_EQ(WaitAt({10, 0}, 5).asked, CLOCK_MONOTONIC);
+    ProcessLock lock;
+    ProcessCond cond;
+    process_lock_init(&lock);
+    process_cond_init(&cond);
+    process_lock(&lock);
+    bool woken = false;
+    std::thread waker([&] {
+        process_lock(&lock);
+        woken = true;
+        process_cond_signal(&cond);
+        process_unlock(&lock);
+    });
+    while (!woken) {
+        ASSERT_NE(process_cond_wait_time(&cond, &lock, 86'400'000), 0);
+    }
+    process_unlock(&lock);
+    waker.join();
+    process_cond_destroy(&cond);
+    process_lock_destroy(&lock);
 }
 
 TEST(ProcessLockPosix, WhatAnEndedThreadHasLeftHeldIsNotTheNextThreads) {

@@ -95,6 +95,28 @@ TEST_F(PRFileLogWriterTest, AClockThatJumpsBackDoesNotRotate) {
     EXPECT_EQ(dir.Names().size(), 1U);
 }
 
+TEST_F(PRFileLogWriterTest, AClockThatJumpsAYearAheadRotatesAndOnceBackWritesOnInTheLastFile) {
+    ASSERT_EQ(Init(0, 60), 0);
+    TheWallClock().seconds += 31'536'000;
+    TheWallClock().local.year = 2025;
+    EXPECT_EQ(WriteTo(writer, 2, "p", "ahead"), 0);
+    TheWallClock() = {};
+    EXPECT_EQ(WriteTo(writer, 2, "p", "back"), 0);
+    EXPECT_EQ(SortedNames(), (Names{"log_2024_03_07_09_05_02_041", "log_2025_03_07_09_05_02_041"}));
+    EXPECT_EQ(Contents("log_2024_03_07_09_05_02_041"), "");
+    EXPECT_EQ(Contents("log_2025_03_07_09_05_02_041"), "p:ahead\np:back\n");
+}
+
+TEST_F(PRFileLogWriterTest,
+       AClockThatJumpsBackTheHourOfSummerTimeOpensAnEarlierNameAndTruncatesIt) {
+    ASSERT_EQ(Init(0, 60), 0);
+    EXPECT_EQ(WriteTo(writer, 2, "p", "before"), 0);
+    TheWallClock().seconds += 3'600;  // while the local time comes round again
+    EXPECT_EQ(WriteTo(writer, 2, "p", "after"), 0);
+    EXPECT_EQ(dir.Names(), Names{"log_2024_03_07_09_05_02_041"});
+    EXPECT_EQ(Contents("log_2024_03_07_09_05_02_041"), "p:after\n");
+}
+
 TEST_F(PRFileLogWriterTest, PartionSize1KeepsWritingToPrefix0) {
     ASSERT_EQ(Init(1, 0), 0);
     for (int i = 0; i < 1000; ++i) {
