@@ -36,6 +36,7 @@ public:
         Require(code == 0, "Init answered " + std::to_string(code));
         if (mModel) {
             mModel->Init(stream.rate, stream.channels, stream.fmt, &same);
+            mModel->messages.clear();
             Require(same == switches, "Init switched otherwise");
         }
     }
@@ -52,6 +53,7 @@ public:
         mFilter.SetMethod(&switches);
         if (mModel) {
             mModel->SetMethod(&same);
+            mModel->messages.clear();
             Require(same == switches, "SetMethod switched otherwise");
         }
     }
@@ -125,8 +127,10 @@ public:
     bool HeardMusic() const { return mHeardMusic; }
     void ForgetMusic() { mHeardMusic = false; }
 
-    std::map<int, std::int64_t> codes;  ///< calls that answered each
-    std::int64_t heldBack = 0;          ///< samples of a channel, at most
+    /// Calls that answered each; all that can be are there from the start, so that none takes
+    /// memory later.
+    std::map<int, std::int64_t> codes = {{0, 0}, {2, 0}, {3, 0}, {4, 0}, {9, 0}, {12, 0}};
+    std::int64_t heldBack = 0;  ///< samples of a channel, at most
 
 private:
     PlainFilter::Call Given(std::vector<char> blocks) const {
