@@ -35,9 +35,9 @@ public:
     /// @param fmt SAMPLE_FMT_S16 or SAMPLE_FMT_FLT; planar formats are not translated
     /// @param level 0 mild .. 3 most aggressive
     /// @return false for anything else, and when there is no memory for the suppressor's own
-    ///         instance: nothing is processed then. A negative rate, no format or a level out of range changes
-    ///        nothing that an earlier Init has stored. Another rate is stored, and a stream of the
-    ///        same format that ran before goes on as it was.
+    ///         instance: nothing is processed then. A negative rate, no format or a level out of
+    ///         range changes nothing that an earlier Init has stored. Another rate is stored, and a
+    ///         stream of the same format that ran before goes on as it was.
     bool Init(int sampleRate, SampleFmt fmt, int level);
 
     /// [audio] One frame: 320 samples in, 320 out, in the format of Init, at any address; `in` may
