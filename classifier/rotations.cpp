@@ -8,7 +8,8 @@
 
 std::shared_ptr<const Rotations> Rotations::UpTo(std::size_t widest) {
     static std::mutex mutex;
-    static std::map<std::size_t, std::weak_ptr<const Rotations>> tables;
+    // Never destroyed: a host may start a stream while the process already ends.
+    static auto& tables = *new std::map<std::size_t, std::weak_ptr<const Rotations>>;
     const std::lock_guard<std::mutex> lock(mutex);
     std::weak_ptr<const Rotations>& known = tables[widest];
     std::shared_ptr<const Rotations> table = known.lock();
