@@ -86,7 +86,8 @@ public:
     /// @return true
     bool SetListener(FilterListener* listener);
 
-    /// [setup] Kept, and not used: log lines go to pr_log. @return true
+    /// [setup] Kept, and not used: log lines go to pr_log, and the logger may be freed at any time.
+    /// @return true
     bool SetLogger(MediaProcessLog* logger);
 
     /// [any] Back to not initialised: everything off, buffers and units released. Waits for a

@@ -74,7 +74,8 @@ private:
 };
 
 /// [setup] The dispatcher in use. The library makes it when it is loaded and never deletes it; null
-/// if that fails.
+/// if that fails. A host that deletes or replaces it turns logging off before: while logging is on,
+/// it is not asked whether it is null.
 extern AUDIO_FILTER_API PRLog* pr_log;
 
 /// [setup] Whether the library logs at all; false at first. Spelt as callers know it.
