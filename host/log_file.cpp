@@ -19,6 +19,12 @@ std::string NameOfWriter(const std::string& path) {
 }  // namespace
 
 LogFile::LogFile(const std::string& path) : mPath(path) {
+    // A device or a pipe would be replaced by a file in the end.
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        throw Failure(path, "not a regular file");
+    }
     // The writer itself only complains on standard error.
     if (!std::ofstream(path) || !std::ofstream(NameOfWriter(path))) {
         throw Failure(path, "cannot be written");
