@@ -2,9 +2,11 @@
 
 #include "host/command_line.h"
 #include "host/interrupt.h"
+#include "host/standard_streams.h"
 #include "host/terminal.h"
 
 int main(int argc, char** argv) {
+    FillStandardStreams();
     NoteInterrupts();
     LetWritesFail();
     const int status =
