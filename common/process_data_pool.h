@@ -37,7 +37,7 @@ public:
     ProcessDataPool& operator=(const ProcessDataPool&) = delete;
 
     /// [any] A filled entry with one reference. Allocates its payload. The form without parameters
-    /// leaves the entry those of its earlier use.
+    /// leaves the entry those of its earlier use, or of a call for which memory ran out.
     /// @param data size bytes, which are copied
     /// @param size bytes, at least 0
     /// @param param taken by value, which allocates at the caller's side
