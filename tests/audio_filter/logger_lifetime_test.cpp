@@ -1,8 +1,8 @@
 /// Loggers that are gone before the filter, or stay after it.
 
-#include <cstdlib>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "filter_fixture.h"
 
@@ -31,22 +31,20 @@ TEST_F(LoggerLifetime, ALoggerThatIsFreedBeforeTheFilterIsNeverTouched) {
     filter.reset();
 }
 
-TEST_F(LoggerLifetime, ALoggerThatIsFreedAfterTheFilterOrNeverStillWrites) {
+TEST_F(LoggerLifetime, ALoggerThatIsFreedAfterTheFilterOrAtTheEndOfTheProcessStillWrites) {
+    static std::vector<std::unique_ptr<MediaProcessLog>> untilTheEnd;
     for (const bool freed : {true, false}) {
-        auto* logger = new MediaProcessLog;
-        static MediaProcessLog* kept = nullptr;  // for as long as the process lives
+        auto logger = std::make_unique<MediaProcessLog>();
         logger->Init(PROCESS_LOG_DEBUG, dir.File("log"));
         filter = std::make_unique<AudioFilter>();
-        filter->SetLogger(logger);
+        filter->SetLogger(logger.get());
         ExpectARun();
         filter.reset();
         EXPECT_EQ(logger->WriteLog(PROCESS_LOG_ERROR, "after the filter"), 0);
         EXPECT_EQ(ReadFile(dir.File("log")), "after the filter\n");
-        if (freed) {
-            delete logger;
-        } else {
-            kept = logger;
-            kept->Uninit();
+        if (!freed) {
+            logger->Uninit();
+            untilTheEnd.push_back(std::move(logger));
         }
     }
 }
