@@ -143,7 +143,7 @@ TEST(AllocationFaults, AnInitThatLogsThrowsNoMoreThanOneThatDoesNot) {
 
 /// The same map once more is all it takes.
 TEST(AllocationFaults, ASetMethodThatThrewHasSwitchedNothingUnheardAndIsRepeatedWithTheSameMap) {
-    struct Subject : FilterListener {
+    struct Subject final : FilterListener {
         Subject() {
             filter.SetListener(this);
             Init(filter, {32000, 2, SAMPLE_FMT_FLT}, {{AP_GAIN, true}});

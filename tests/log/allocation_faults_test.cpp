@@ -15,6 +15,11 @@
 
 namespace {
 
+/// Deleted as what it is.
+struct FileWriter final : PRFileLogWriter {
+    FileWriter() : PRFileLogWriter(1) {}
+};
+
 /// What the writers say of files that cannot be opened is not of interest here.
 class LogFaults : public testing::Test {
 protected:
@@ -55,7 +60,7 @@ TEST_F(LogFaults, AFileWriterWhoseInitFailedAnswersMinus1AndTakesTheNextOne) {
     for (const bool started : {false, true}) {
         const int failures = FailEach(
             [&] {
-                auto writer = std::make_unique<PRFileLogWriter>(1);
+                auto writer = std::make_unique<FileWriter>();
                 if (started) {
                     PRFileLogParam other = {dir.File("other"), 1, 0};
                     writer->Init(&other);
@@ -80,7 +85,7 @@ TEST_F(LogFaults, AMessageForWhichAFileCannotBeReplacedIsLostAndTheNextOneIsNot)
     const int failures = FailEach(
         [&] {
             TheWallClock() = {};
-            auto writer = std::make_unique<PRFileLogWriter>(1);
+            auto writer = std::make_unique<FileWriter>();
             PRFileLogParam dated = {param.namePrefix, 0, 1};
             writer->Init(&dated);
             TheWallClock().seconds += 10;
