@@ -102,6 +102,12 @@ bool AsksForALevel(const CleanJob& job) {
     return asks;
 }
 
+void ThrowIfInterrupted() {
+    if (Interrupted()) {
+        throw Failure("interrupted");
+    }
+}
+
 /// One job, from the first block to the last.
 template <typename Sample>
 class Cleaning {
@@ -135,9 +141,7 @@ public:
             ProgressBar bar(progress, length);
             while (const std::size_t frames = PushBlock(stream)) {
                 bar.Advance(static_cast<std::int64_t>(frames));
-                if (Interrupted()) {
-                    throw Failure("interrupted");
-                }
+                ThrowIfInterrupted();
             }
         }
         if (mFrames == 0) {
@@ -301,7 +305,12 @@ Report Clean(const CleanJob& job, std::ostream* progress) {
         CheckLogPath(job);
         log.emplace(job.log);
     }
-    return sources.front()->Format().kind == SampleKind::kS16
-               ? std::make_unique<Cleaning<short>>(job, std::move(sources))->Run(progress)
-               : std::make_unique<Cleaning<float>>(job, std::move(sources))->Run(progress);
+    try {
+        return sources.front()->Format().kind == SampleKind::kS16
+                   ? std::make_unique<Cleaning<short>>(job, std::move(sources))->Run(progress)
+                   : std::make_unique<Cleaning<float>>(job, std::move(sources))->Run(progress);
+    } catch (const Failure&) {
+        ThrowIfInterrupted();  // and so broke off a read or a write
+        throw;
+    }
 }

@@ -14,9 +14,8 @@ void NoteInterrupts() {
         struct sigaction action = {};
         sigaction(number, nullptr, &action);
         if (action.sa_handler != SIG_IGN) {
-            action = {};
+            action = {};  // without SA_RESTART: a wait at a pipe ends, too
             action.sa_handler = [](int) { interrupted = 1; };
-            action.sa_flags = SA_RESTART;
             sigaction(number, &action, nullptr);
         }
     }

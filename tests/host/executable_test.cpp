@@ -1,6 +1,8 @@
 // The command line as a process of its own: what only main can get wrong.
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -42,6 +44,28 @@ TEST_F(ExecutableTest, ASignalHalfWayLeavesNothingAndIsSaidInOneLine) {
         EXPECT_EQ(run.Wait(), 1) << number;
         EXPECT_EQ(run.Err(), "audio-filter: interrupted\n") << number;
         EXPECT_EQ(dir.Names(), Words{"in.wav"}) << number;
+    }
+}
+
+TEST_F(ExecutableTest, ASignalEndsTheWaitAtAPipeThatGivesNothing) {
+    ASSERT_EQ(mkfifo(logs.File("pipe").c_str(), 0666), 0);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        Process run({"clean", "-", "--raw", "s16:32000:1", "-o", dir.File("out.wav")}, "/dev/null",
+                    Err(), RLIM_INFINITY, logs.File("pipe"));
+        const int writer = open(logs.File("pipe").c_str(), O_WRONLY | O_CLOEXEC);
+        ASSERT_EQ(write(writer, "12345678", 8), 8);
+        for (int waiting = 1; waiting != 0 && !run.HasEnded();) {
+            ioctl(writer, FIONREAD, &waiting);
+        }
+        // A signal may come just before the next wait begins; another one then does not.
+        while (!run.HasEnded()) {
+            run.Signal(number);
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        }
+        EXPECT_EQ(run.Wait(), 1) << number;
+        EXPECT_EQ(run.Err(), "audio-filter: interrupted\n") << number;
+        EXPECT_EQ(dir.Names(), Words()) << number;
+        close(writer);
     }
 }
 
