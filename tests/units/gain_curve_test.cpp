@@ -5,6 +5,8 @@
 #include <cmath>
 #include <vector>
 
+#include "units/plain_gain.h"
+
 namespace {
 
 constexpr int kGains = 33;
@@ -31,25 +33,6 @@ std::vector<short> MappedS16(float gain) {
 std::vector<float> MappedFloat(float gain, std::vector<float> samples) {
     ApplyGain(MakeGainCurveFloat(gain), {samples.data(), samples.size()});
     return samples;
-}
-
-/// The 16-bit curve in plain words, with its own ways of truncating and shifting.
-short PlainGain(float gain, int x) {
-    volatile float product = gain * 8191.0F;  // each step rounded on its own
-    volatile float kneeValue = 16383.0F - product;
-    const auto knee = static_cast<std::int64_t>(kneeValue);
-    const std::int64_t lifted = 32767 - knee;
-    const std::int64_t inner = (lifted * 1024 - (lifted * 1024) % knee) / knee;
-    const std::int64_t outer = (knee * 1024 - (knee * 1024) % lifted) / lifted;
-    const std::int64_t magnitude = std::abs(x);
-    std::int64_t y =
-        magnitude <= knee ? magnitude * inner : (magnitude - knee) * outer + knee * inner;
-    if (x < 0) {
-        y = -y;
-    }
-    const auto shifted = static_cast<std::int64_t>(std::floor(static_cast<double>(y) / 1024.0));
-    return static_cast<short>(
-        std::min<std::int64_t>(std::max<std::int64_t>(shifted, -32768), 32767));
 }
 
 TEST(GainCurveS16, Every16BitSampleAt33GainsFollowsThePlainModel) {
@@ -107,30 +90,6 @@ std::vector<float> Ramp() {
         samples.push_back(static_cast<float>(i) / 32'000.0F);
     }
     return samples;
-}
-
-/// The float curve in plain words, every intermediate stored in single precision.
-float PlainGain(float gain, float x) {
-    const float knee = static_cast<float>(0.5 - static_cast<double>(gain) * 0.25);
-    const volatile float rest = 1.0F - knee;
-    const volatile float inner = rest / knee;
-    const volatile float atKnee = inner * knee;
-    const volatile float outer = 1.0F / inner;
-    volatile float y = x * inner;
-    if (x > knee) {
-        y = x - knee;
-        y = y * outer;
-        y = y + atKnee;
-    }
-    if (x < -knee) {
-        y = x + knee;
-        y = y * outer;
-        y = y - atKnee;
-    }
-    if (y < -1.0F) {
-        y = -1.0F;
-    }
-    return y > 1.0F ? 1.0F : y;
 }
 
 TEST(GainCurveFloat, FollowsThePlainModelToTheBitAt33Gains) {
@@ -208,48 +167,21 @@ TEST(ThreeSlopeGain, At16BitsTheShiftIsComputedInSinglePrecision) {
 
 TEST(ThreeSlopeGain, FollowsThePlainModelAtUnevenGains) {
     for (const float gain : {0.001F, 0.005F, 0.1F, 0.333F, 0.7F, 0.999F, 1.0F}) {
-        const volatile float product = gain * 10922.0F;
-        const int h = static_cast<int>(product);
         std::vector<short> samples = AllSamples();
         ApplyThreeSlopeGain(gain, PcmView<short>(samples.data(), samples.size()));
         for (int x = -32768; x <= 32767; ++x) {
-            double y = 2.0 * x;
-            if (x > 32767 - 2 * h) {
-                y = std::trunc((x + 32767) / 2.0);
-            } else if (x < 2 * h - 32768) {
-                y = std::trunc((x - 32768) / 2.0);
-            } else if (std::abs(x) > h) {
-                y = x > 0 ? x + h : x - h;
-            }
-            y = std::min(32767.0, std::max(-32768.0, y));
-            ASSERT_EQ(samples[static_cast<std::size_t>(x + 32768)], y) << gain << " at " << x;
+            ASSERT_EQ(samples[static_cast<std::size_t>(x + 32768)], PlainThreeSlopeGain(gain, x))
+                << gain << " at " << x;
         }
 
         const auto third = static_cast<float>(static_cast<double>(gain) * 0.3333333333333333);
-        const volatile float edge = 2.0F * third;
-        const volatile float upper = 1.0F - edge;
-        const volatile float lower = edge - 1.0F;
-        const std::vector<float> ramp = Ramp();
-        std::vector<float> floats = ramp;
-        floats.insert(floats.end(), {upper, lower, third, -third});
-        const std::vector<float> in = floats;
+        const float edge = 2.0F * third;
+        std::vector<float> in = Ramp();
+        in.insert(in.end(), {1.0F - edge, edge - 1.0F, third, -third, NAN});
+        std::vector<float> floats = in;
         ApplyThreeSlopeGain(gain, PcmView<float>(floats.data(), floats.size()));
         for (std::size_t i = 0; i < in.size(); ++i) {
-            const float x = in[i];
-            volatile float y = 2.0F * x;
-            if (x > upper) {
-                y = x + 1.0F;
-                y = y * 0.5F;
-            } else if (x < lower) {
-                y = x - 1.0F;
-                y = y * 0.5F;
-            } else if (x > third) {
-                y = x + third;
-            } else if (x < -third) {
-                y = x - third;
-            }
-            const float bounded = y > 1.0F ? 1.0F : y < -1.0F ? -1.0F : y;
-            ASSERT_EQ(floats[i], bounded) << gain << " at " << x;
+            ASSERT_EQ(floats[i], PlainThreeSlopeGain(gain, in[i])) << gain << " at " << in[i];
         }
     }
 }

@@ -4,11 +4,11 @@
 
 #include <cmath>
 #include <cstring>
-#include <type_traits>
 #include <vector>
 
 #include "support/bytes.h"
 #include "support/seed.h"
+#include "units/plain_detectors.h"
 
 namespace {
 
@@ -425,72 +425,11 @@ TEST(PhaseCheck, ABlockAtAnOddAddressIsReadAndWrittenAsAnyOther) {
     EXPECT_EQ(corrected[2], 3000);
 }
 
-/// Both detectors as their description reads, frame by frame.
-template <typename Sample>
-struct PlainDetectors {
-    int rate = 0;
-    bool planar = false;
-    std::uint64_t inPhase = 0, opposed = 0, silence = 0, total = 0;
-    long long score = 0, score2 = 0;
-    float share = 0.0F;
-    bool invert = false;
-
-    static int Judge(Sample l, Sample r) {  // 0 silent, 1 in phase, 2 opposed
-        const double bound = std::is_same_v<Sample, short> ? 491.5 : 0.016;
-        if (std::abs(static_cast<double>(l)) < bound && std::abs(static_cast<double>(r)) < bound) {
-            return 0;
-        }
-        const double product = static_cast<double>(l) * static_cast<double>(r);
-        return product > 0 ? 1 : 2;
-    }
-
-    void Run(std::vector<Sample>& s, bool second) {
-        const std::size_t frames = s.size() / 2;
-        const bool negate = second ? (invert && score2 > rate * 3) || score2 > rate * 6
-                                   : static_cast<double>(share) > 0.7;
-        invert = second ? negate : invert;
-        for (std::size_t i = 0; i < frames; ++i) {
-            Sample& left = planar ? s[i] : s[2 * i];
-            const Sample right = planar ? s[i + frames] : s[2 * i + 1];
-            const int what = Judge(left, right);
-            if (second) {
-                score2 += what == 2 && left != 0 && right != 0 ? 1 : what == 1 ? -1 : 0;
-                score2 = score2 < 0 ? 0 : score2 > rate * 10 ? rate * 10 : score2;
-            } else {
-                ++total;
-                silence += what == 0 ? 1 : 0;
-                inPhase += what == 1 ? 1 : 0;
-                opposed += what == 2 ? 1 : 0;
-                score += what == 0 ? 0 : (what == 2) != negate ? 1 : -1;
-            }
-            if (negate && left != static_cast<Sample>(-32768)) {
-                left = static_cast<Sample>(-left);
-            }
-        }
-        if (second) {
-            return;
-        }
-        const float in = static_cast<float>(inPhase);
-        const float out = static_cast<float>(opposed);
-        const float all = static_cast<float>(total);
-        const float byRates = (out / all) / (out / all + in / all);
-        const float byCounts = out / static_cast<float>(inPhase + opposed);
-        share = static_cast<double>(inPhase + opposed) > rate * 0.5
-                    ? std::is_same_v<Sample, short> ? byRates : byCounts
-                    : 0.0F;
-        if (score > rate * 20) {
-            inPhase = opposed = silence = total = 0;
-            score = 0;
-        }
-        score = score < 0 ? 0 : score;
-    }
-};
-
 template <typename Sample>
 void FollowsThePlainCounter(bool planar) {
     std::mt19937 random = SeededRandom();
     PhaseCheck check = Ready(8000, planar);
-    PlainDetectors<Sample> plain;
+    PlainDetectors plain;
     plain.rate = 8000;
     plain.planar = planar;
     int corrected = 0;
@@ -520,13 +459,7 @@ void FollowsThePlainCounter(bool planar) {
         const std::uint64_t totalBefore = plain.total;
         plain.Run(expected, second);
         ASSERT_TRUE(SameBits(samples, expected)) << "call " << call;
-        ASSERT_EQ(check.mTotal, plain.total) << "call " << call;
-        ASSERT_EQ(check.mInPhase, plain.inPhase) << "call " << call;
-        ASSERT_EQ(check.mOpposed, plain.opposed) << "call " << call;
-        ASSERT_EQ(check.mSilence, plain.silence) << "call " << call;
-        ASSERT_EQ(check.mScore, plain.score) << "call " << call;
-        ASSERT_EQ(check.mScore2, plain.score2) << "call " << call;
-        ASSERT_EQ(check.mOpposedShare, plain.share) << "call " << call;
+        ASSERT_NO_FATAL_FAILURE(ExpectSameDetectors(check, plain)) << "call " << call;
         corrected += SameBits(samples, before) ? 0 : 1;
         restarts += plain.total < totalBefore ? 1 : 0;
     }
