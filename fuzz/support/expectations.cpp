@@ -1,0 +1,22 @@
+/// Makes a failed expectation of GoogleTest, printed as in a test, a finding.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace {
+
+class AbortAtTheFirstFailure : public testing::EmptyTestEventListener {
+    void OnTestPartResult(const testing::TestPartResult& result) override {
+        if (result.failed()) {
+            std::abort();
+        }
+    }
+};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int* /*argc*/, char*** /*argv*/) {
+    testing::UnitTest::GetInstance()->listeners().Append(new AbortAtTheFirstFailure);
+    return 0;
+}
