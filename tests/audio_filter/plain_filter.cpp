@@ -49,19 +49,12 @@ int PlainFilter::Init(int sampleRate, int channelCount, SampleFmt fmt, ProcessSw
         Log("ERROR", "Init", "*", "Input parameter is invalid!!!");
         return 3;
     }
-    mHasStream = true;
-    mRate = sampleRate;
-    mChannels = channelCount;
-    mFmt = fmt;
-    static const std::map<int, int> bytes = {{0, 1}, {1, 2}, {2, 4}, {3, 4}, {4, 8},
-                                             {5, 1}, {6, 2}, {7, 4}, {8, 4}, {9, 8}};
-    mSampleBytes = bytes.count(fmt) != 0 ? bytes.at(fmt) : 0;
+    TakeStream(sampleRate, channelCount, fmt);
     const int spare = mChannels <= 2 ? 320 : 0;
     mWork.assign(static_cast<std::size_t>((mRate + spare) * mChannels * mSampleBytes), 0);
     for (PhaseCheck& check : mChecks) {
         check.Init(sampleRate, fmt >= 5 && fmt <= 9);
     }
-    mProcessRate = sampleRate <= 8000 ? 8000 : sampleRate <= 16000 ? 16000 : 32000;
     music = false;
     level = 3;
     const int denoise = mDenoise.Init(mProcessRate, channelCount, fmt, 3);
@@ -82,6 +75,36 @@ int PlainFilter::Init(int sampleRate, int channelCount, SampleFmt fmt, ProcessSw
     SetMethod(switches);
     mInited = true;
     return 0;
+}
+
+void PlainFilter::FailToInit(int sampleRate, int channelCount, SampleFmt fmt) {
+    mInited = false;
+    TakeStream(sampleRate, channelCount, fmt);
+    mWork.clear();
+}
+
+void PlainFilter::TakeStream(int sampleRate, int channelCount, SampleFmt fmt) {
+    mHasStream = true;
+    mRate = sampleRate;
+    mProcessRate = sampleRate <= 8000 ? 8000 : sampleRate <= 16000 ? 16000 : 32000;
+    mChannels = channelCount;
+    mFmt = fmt;
+    mSampleBytes = SampleBytesOf(fmt);
+}
+
+int PlainFilter::SampleBytesOf(SampleFmt fmt) {
+    static const std::map<int, int> bytes = {{0, 1}, {1, 2}, {2, 4}, {3, 4}, {4, 8},
+                                             {5, 1}, {6, 2}, {7, 4}, {8, 4}, {9, 8}};
+    return bytes.count(fmt) != 0 ? bytes.at(fmt) : 0;
+}
+
+/// The bound is counted in 32 bits, which it may not fit.
+bool PlainFilter::Exceeds(int size, int seconds) const {
+    std::uint64_t bound = 1;
+    for (const std::int64_t factor : {mSampleBytes, mChannels, mRate, std::int64_t{seconds}}) {
+        bound = bound * static_cast<std::uint64_t>(factor) % 0x1'0000'0000;
+    }
+    return mHasStream && size > static_cast<std::int32_t>(bound);
 }
 
 void PlainFilter::Clear() {
@@ -156,8 +179,7 @@ int PlainFilter::Process(Call& call) {
             Low32(call.inAddress), Low32(call.outAddress), call.size, sourceCount);
         return 2;
     }
-    const std::int64_t second = mSampleBytes * mChannels * mRate;
-    if ((mHasStream && call.size > second * sourceCount) || call.size % sourceCount != 0) {
+    if (Exceeds(call.size, sourceCount) || call.size % sourceCount != 0) {
         Log("ERROR", "Process", "280", "Input parameter is error!!!");
         return 3;
     }
@@ -325,8 +347,7 @@ int PlainFilter::ProcessResample(Call& call) {
         Log("ERROR", "ProcessResample", "320", "Input nothing!!!");
         return 2;
     }
-    const std::int64_t second = mSampleBytes * mChannels * mRate;
-    if ((mHasStream && call.size > second) || call.size % count != 0) {
+    if (Exceeds(call.size, 1) || call.size % count != 0) {
         Log("ERROR", "ProcessResample", "324", "Input parameter is error!!!");
         return 3;
     }
@@ -363,8 +384,7 @@ int PlainFilter::SyncProcessDelay(Call& call) {
             Low32(call.inAddress), Low32(call.outAddress), call.size, sourceCount);
         return 2;
     }
-    const std::int64_t second = mSampleBytes * mChannels * mRate;
-    if ((mHasStream && call.size > second * sourceCount) || call.size % sourceCount != 0) {
+    if (Exceeds(call.size, sourceCount) || call.size % sourceCount != 0) {
         Log("ERROR", "SyncProcessDelay", "376", "Input parameter is error!!!");
         return 3;
     }

@@ -37,12 +37,16 @@ public:
     PlainFilter();
 
     int Init(int sampleRate, int channelCount, SampleFmt fmt, ProcessSwitchMap* switches);
+    /// An Init for which memory has run out: the units are still those of the stream before.
+    void FailToInit(int sampleRate, int channelCount, SampleFmt fmt);
     void Clear();
     bool SetMethod(ProcessSwitchMap* switches);
     bool SetParameter(float gain, int level, ProcessType type);
     int Process(Call& call);
     int ProcessResample(Call& call);
     int SyncProcessDelay(Call& call);
+
+    static int SampleBytesOf(SampleFmt fmt);
 
     bool hasListener = false;
     std::vector<std::string> messages;                ///< since the start; the caller clears it
@@ -55,6 +59,8 @@ public:
 private:
     void Log(const char* level, const char* function, const std::string& line, const char* format,
              ...);
+    void TakeStream(int sampleRate, int channelCount, SampleFmt fmt);
+    bool Exceeds(int size, int seconds) const;
     void Switch(ProcessSwitchMap& switches, ProcessType kind, bool ready, const char* name,
                 const char* opening);
     int Single(Call& call);
