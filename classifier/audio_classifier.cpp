@@ -1,7 +1,6 @@
 #include "classifier/audio_classifier.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <new>
 
@@ -134,7 +133,8 @@ void AudioClassifier::Gather(std::size_t samples) {
     const std::size_t width = mBytesPerSample;
     const std::size_t count = std::min(samples, Room() - mGathered);
     if (IsS16(mFormat)) {
-        std::memcpy(mHistory.data() + mGathered * width, mDenoised.data(), count * width);
+        // Not memcpy: at no rate there is no history, whose address is null.
+        std::copy_n(mDenoised.data(), count * width, mHistory.data() + mGathered * width);
     } else if (IsFloat(mFormat)) {
         // Stored as 16-bit numbers, but analysed as floats: callers rely on that mismatch.
         const PcmView<const float> in(mDenoised.data(), count);

@@ -251,10 +251,12 @@ TEST(AudioClassifier, WithoutChannelsNothingIsGathered) {
 
 TEST(AudioClassifier, AtARateBelow1NothingIsGathered) {
     for (const int rate : {0, -1, -32000, INT32_MIN}) {
-        AudioClassifier classifier;
-        EXPECT_EQ(classifier.Init(2, rate, SAMPLE_FMT_FLT), 0);
-        EXPECT_FALSE(Check(classifier, Block(6400)));
-        EXPECT_EQ(classifier.mGathered, 0U);
+        for (const SampleFmt format : {SAMPLE_FMT_FLT, SAMPLE_FMT_S16}) {
+            AudioClassifier classifier;
+            EXPECT_EQ(classifier.Init(2, rate, format), 0);
+            EXPECT_FALSE(Check(classifier, Block(6400)));
+            EXPECT_EQ(classifier.mGathered, 0U);
+        }
     }
 }
 
