@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 
@@ -11,12 +12,13 @@
 /// The float chain on frames of 320 samples, driven by hand: float band split, the package's
 /// suppressor on 32768 times the bands, float band merge. Whether a frame is left early is asked of
 /// a shadow: a second suppressor with the same low band and a constant high band, which comes back
-/// untouched only from an early exit.
+/// untouched only from an early exit. A frame that overflows the suppressor is zeros and restarts
+/// it.
 class BareFloatSuppressor {
 public:
-    BareFloatSuppressor(int rate, int policy)
-        : mFresh(rate == 8000 ? 80 : 160), mNs(Start(rate, policy)), mShadow(Start(rate, policy)) {
+    BareFloatSuppressor(int rate, int policy) : mNs(WebRtcNs_Create()), mShadow(WebRtcNs_Create()) {
         mConstant.fill(1000.0F);
+        Restart(rate, policy);
     }
     ~BareFloatSuppressor() {
         WebRtcNs_Free(mNs);
@@ -24,6 +26,26 @@ public:
     }
     BareFloatSuppressor(const BareFloatSuppressor&) = delete;
     BareFloatSuppressor& operator=(const BareFloatSuppressor&) = delete;
+
+    /// The suppressor, but not the band filters.
+    void Restart(int rate, int policy) {
+        mRate = rate;
+        mFresh = rate == 8000 ? 80 : 160;
+        mFirst = true;
+        for (NsHandleT* ns : {mNs, mShadow}) {
+            WebRtcNs_Init(ns, static_cast<std::uint32_t>(rate));
+        }
+        SetPolicy(policy);
+    }
+
+    /// The other way round.
+    void SilenceBands() { mMemory = {}; }
+
+    void SetPolicy(int policy) {
+        mPolicy = policy;
+        WebRtcNs_set_policy(mNs, policy);
+        WebRtcNs_set_policy(mShadow, policy);
+    }
 
     void Process(const float* frame, float* out) {
         Band low;
@@ -45,6 +67,10 @@ public:
                                 shadowOut.begin() + static_cast<std::ptrdiff_t>(mFresh),
                                 [](float sample) { return sample == 1000.0F; });
         mFirst = false;
+        if (!std::all_of(lowOut.begin(), lowOut.end(), [](float x) { return std::isfinite(x); })) {
+            Restart(mRate, mPolicy);
+            lowOut.fill(0.0F);
+        }
         for (std::size_t i = 0; i < low.size(); ++i) {
             lowOut[i] /= 32768.0F;
             highOut[i] = leftEarly ? highOut[i] / 32768.0F : 0.0F;
@@ -57,13 +83,6 @@ public:
 private:
     using Band = std::array<float, 160>;
 
-    static NsHandleT* Start(int rate, int policy) {
-        NsHandleT* ns = WebRtcNs_Create();
-        WebRtcNs_Init(ns, static_cast<std::uint32_t>(rate));
-        WebRtcNs_set_policy(ns, policy);
-        return ns;
-    }
-
     static void Run(NsHandleT* ns, const Band& low, const Band& high, Band& lowOut, Band& highOut) {
         const float* const in[2] = {low.data(), high.data()};
         float* const out[2] = {lowOut.data(), highOut.data()};
@@ -71,7 +90,9 @@ private:
         WebRtcNs_Process(ns, in, 2, out);
     }
 
-    std::size_t mFresh;
+    int mRate = 0;
+    int mPolicy = 0;
+    std::size_t mFresh = 0;
     NsHandleT* mNs;
     NsHandleT* mShadow;
     Band mConstant = {};

@@ -11,12 +11,20 @@
 class BareSuppressor {
 public:
     explicit BareSuppressor(int rate, int policy) : mHandle(WebRtcNs_Create()) {
-        WebRtcNs_Init(mHandle, static_cast<std::uint32_t>(rate));
-        WebRtcNs_set_policy(mHandle, policy);
+        Restart(rate, policy);
     }
     ~BareSuppressor() { WebRtcNs_Free(mHandle); }
     BareSuppressor(const BareSuppressor&) = delete;
     BareSuppressor& operator=(const BareSuppressor&) = delete;
+
+    /// The suppressor, but not the band filters.
+    void Restart(int rate, int policy) {
+        WebRtcNs_Init(mHandle, static_cast<std::uint32_t>(rate));
+        WebRtcNs_set_policy(mHandle, policy);
+    }
+
+    /// The other way round.
+    void SilenceBands() { mMemory = {}; }
 
     void SetPolicy(int policy) { WebRtcNs_set_policy(mHandle, policy); }
 

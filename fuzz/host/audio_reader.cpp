@@ -1,0 +1,94 @@
+/// AudioReader: any bytes as a file, read as floats and as samples of its kind, in any portions.
+
+#include "host/audio_reader.h"
+
+#include <gtest/gtest.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "host/failure.h"
+#include "support/block.h"
+
+namespace {
+
+/// A file in memory.
+class MemoryFile {
+public:
+    MemoryFile(const std::uint8_t* data, std::size_t size) : mHandle(memfd_create("fuzz", 0)) {
+        EXPECT_EQ(write(mHandle, data, size), static_cast<ssize_t>(size));
+    }
+    ~MemoryFile() { close(mHandle); }
+    MemoryFile(const MemoryFile&) = delete;
+    MemoryFile& operator=(const MemoryFile&) = delete;
+
+    std::string Path() const { return "/proc/self/fd/" + std::to_string(mHandle); }
+
+private:
+    int mHandle;
+};
+
+/// What a file holds, or why it is refused.
+template <typename Sample>
+struct Recording {
+    std::string failure;
+    AudioFormat format = {};
+    std::vector<Sample> samples;
+};
+
+constexpr std::size_t kMostSamples = 1 << 22;  // a few bytes may state hours of silence
+
+template <typename Sample>
+Recording<Sample> ReadAll(const std::string& path, std::size_t portion) {
+    Recording<Sample> all;
+    try {
+        AudioReader reader(path);
+        all.format = reader.Format();
+        EXPECT_TRUE(all.format.channels == 1 || all.format.channels == 2);
+        EXPECT_GT(all.format.sampleRate, 0);
+        EXPECT_GT(reader.Frames().value_or(1), 0);
+        const auto channels = static_cast<std::size_t>(all.format.channels);
+        Block block(portion * channels * sizeof(Sample));
+        auto* samples = reinterpret_cast<Sample*>(block.Data());
+        std::size_t read = 1;
+        while (read > 0 && all.samples.size() < kMostSamples) {
+            read = reader.Read(samples, portion);
+            EXPECT_LE(read, portion);
+            all.samples.insert(all.samples.end(), samples, samples + read * channels);
+        }
+        const auto frames = static_cast<std::int64_t>(all.samples.size() / channels);
+        EXPECT_TRUE(read > 0 || frames == reader.Frames().value_or(frames));
+        EXPECT_GT(frames, 0);
+    } catch (const Failure& failure) {
+        all.failure = failure.what();
+        EXPECT_EQ(all.failure.find(path + ": "), 0U);
+        EXPECT_EQ(all.failure.find('\n'), std::string::npos);
+    }
+    return all;
+}
+
+template <typename Sample>
+void ExpectTheSame(const Recording<Sample>& one, const Recording<Sample>& other) {
+    EXPECT_EQ(one.failure, other.failure);
+    const std::size_t common = std::min(one.samples.size(), other.samples.size());
+    EXPECT_TRUE(common == 0 || std::memcmp(one.samples.data(), other.samples.data(),
+                                           common * sizeof(Sample)) == 0);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const MemoryFile file(data, size);
+    const std::size_t portion = 1 + (size == 0 ? 0 : data[size - 1]);
+    const Recording<float> whole = ReadAll<float>(file.Path(), 4096);
+    ExpectTheSame(whole, ReadAll<float>(file.Path(), portion));
+    if (whole.format.kind == SampleKind::kS16) {
+        ExpectTheSame(ReadAll<short>(file.Path(), 4096), ReadAll<short>(file.Path(), portion));
+    }
+    return 0;
+}
