@@ -1,0 +1,20 @@
+/// The log, or the pool, whichever a script begins with.
+
+#include "fuzz/common/pool_script.h"
+#include "fuzz/log/log_script.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    Script script(data, size);
+    if (script.ConsumeBool()) {
+        LogScript log(script);
+        while (script.GoesOn()) {
+            log.Step();
+        }
+    } else {
+        PoolScript pool(script);
+        while (script.GoesOn()) {
+            pool.Step();
+        }
+    }
+    return 0;
+}
