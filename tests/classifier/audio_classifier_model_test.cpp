@@ -130,6 +130,12 @@ TEST(AudioClassifierModel, OneSecondBlocksAt48000HzGather96000SamplesOfWhich9599
     ExpectTheVerdictsOfThePlainModel({1, 48000, SAMPLE_FMT_S16}, 3, 48000);
 }
 
+TEST(AudioClassifierModel, BlocksOfUpToTenSecondsAt8000HzAreCutToWhatTheBuffersHold) {
+    for (const unsigned short channels : std::vector<unsigned short>{1, 2}) {
+        ExpectTheVerdictsOfThePlainModel({channels, 8000, SAMPLE_FMT_S16}, 3, 80'000);
+    }
+}
+
 /// Histories of any bytes, without the way through the suppressor.
 TEST(AudioClassifierModel, OneHundredRandomHistoriesGetTheRawVerdictOfThePlainModel) {
     std::mt19937 random = SeededRandom();

@@ -101,8 +101,9 @@ struct PlainClassifier {
     bool Full() const { return gathered >= 60 * Hop() + frameLength; }
 
     bool Check(const unsigned char* block, std::size_t bytes) {
-        const std::size_t samples = bytes / channels / Width();
-        Denoise(block, bytes, samples);
+        const std::size_t heard = std::min(channels, 2U);
+        const std::size_t samples = std::min(bytes / channels / Width(), 4 * rate * heard);
+        Denoise(block, samples);
         if (!Full()) {
             Append(std::min(samples, rate * 4 - gathered));
             return smoothed;
@@ -114,15 +115,15 @@ struct PlainClassifier {
         return smoothed;
     }
 
-    void Denoise(const unsigned char* block, std::size_t bytes, std::size_t samples) {
-        std::vector<char> heard(block, block + bytes);
+    void Denoise(const unsigned char* block, std::size_t samples) {
+        std::vector<char> heard(block, block + samples * Width());
         if (channels == 2) {
             for (std::size_t i = 0; i < samples; ++i) {
                 std::memcpy(&heard[i * Width()], block + 2 * i * Width(), Width());
             }
         }
         if (channels <= 2) {
-            int size = static_cast<int>(bytes / channels);
+            int size = static_cast<int>(heard.size());
             denoise.Process(heard.data(), reinterpret_cast<char*>(denoised.data()), size);
         }
     }
