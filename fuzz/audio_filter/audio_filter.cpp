@@ -36,7 +36,7 @@ private:
         const int channels = mScript.OneIn(8) ? mScript.AnyInt() : mScript.Within(1, 3);
         const SampleFmt fmt = mScript.Format();
         const ProcessSwitchMap switches = Switches();
-        mFilters.Init(rate, channels, fmt, mScript.OneIn(20) ? nullptr : &switches);
+        mFilters.Init(rate, channels, fmt, mScript.OneIn(6) ? nullptr : &switches);
     }
 
     void SetMethod() {

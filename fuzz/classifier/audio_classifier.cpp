@@ -30,6 +30,7 @@ public:
             case 6: Vote(); break;
             case 7: SplitChannels(); break;
             case 8: Numbers(); break;
+            case 9: AskTheSpectrum(); break;
             default: Check(); break;
         }
     }
@@ -120,6 +121,19 @@ private:
             signal.data(), static_cast<unsigned>(signal.size()), static_cast<unsigned>(size)));
         const Floats expected = PlainSpectrum(signal, size);
         ExpectSameNumbers(magnitudes.get(), expected);
+    }
+
+    /// The second question of an analysis, of any size of the transform.
+    void AskTheSpectrum() {
+        Floats signal = SomeFloats(mScript.Count(300));
+        const auto size = static_cast<unsigned>(mScript.OneIn(4) ? mScript.Within(0, 63'998)
+                                                                 : mScript.Within(0, 300));
+        algoParam param = mUnit->getAlgoParam(static_cast<unsigned short>(mUnit->mSampleRate));
+        float* centres[] = {param.subBandCentres[0], param.subBandCentres[1],
+                            param.subBandCentres[2], param.subBandCentres[3]};
+        const auto count = static_cast<unsigned>(signal.size());
+        const bool music = mUnit->musicCheckByFft(signal.data(), count, size, centres);
+        ASSERT_EQ(mUnit->musicCheckByFft(signal.data(), count, size, centres), music);
     }
 
     void Emphasis() {
@@ -217,6 +231,9 @@ private:
                                                     static_cast<unsigned short>(rows.size()),
                                                     static_cast<unsigned short>(dimension));
         ASSERT_NE(std::find(rows.begin(), rows.end(), nearest), rows.end());
+        const float far =
+            mUnit->distance(point.data(), centres[0].data(), static_cast<unsigned>(dimension));
+        ASSERT_TRUE(std::isnan(far) || far >= 0.0F);
         mUnit->hadmanMulti(point.data(), centres[0].data(), static_cast<unsigned>(dimension));
         const unsigned short bytes = mUnit->getSampleByte(mScript.Format());
         ASSERT_TRUE(bytes == 1 || bytes == 2 || bytes == 4 || bytes == 8);

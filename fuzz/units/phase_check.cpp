@@ -66,10 +66,10 @@ private:
     /// The same block over and over: decisions take seconds of audio.
     template <typename Sample>
     void Check(SampleFmt fmt) {
-        const std::size_t samples = mScript.Count(mScript.OneIn(4) ? 24'000 : 400);
+        const std::size_t samples = mScript.OneIn(4) ? 16'000 : mScript.Count(400);
         const std::vector<char> given = mScript.Bytes(samples * sizeof(Sample), fmt);
         const bool second = mScript.ConsumeBool();
-        const int times = mScript.OneIn(4) ? mScript.Within(1, 20) : 1;
+        const int times = mScript.OneIn(4) ? mScript.Within(1, 50) : 1;
         const std::size_t shift = mScript.Count(7);
         for (int time = 0; time < times; ++time) {
             Block block(given, shift);
