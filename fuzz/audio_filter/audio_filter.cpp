@@ -29,7 +29,7 @@ public:
 
 private:
     /// More than this is not handed in: what is larger, and not refused, is made smaller.
-    static constexpr int kLargest = 1 << 18;
+    static constexpr int kLargest = 1 << 17;
 
     void Init() {
         const int rate = mScript.Rate();
@@ -78,7 +78,7 @@ private:
         call.param.audioChannels = Mostly(mFilters.Filter().mChannels);
         call.param.audioSampleFmt = Mostly(mFilters.Filter().mSampleFmt);
         const std::size_t shift = mScript.Count(7);
-        const int times = mScript.OneIn(8) ? mScript.Within(1, 30) : 1;
+        const int times = mScript.OneIn(8) ? mScript.Within(1, 20) : 1;
         for (int time = 0; time < times; ++time) {
             mFilters.Run(entry, call, shift);
         }

@@ -75,7 +75,7 @@ private:
     void Check() {
         const std::size_t bytes = mScript.OneIn(3) ? mScript.Count(60'000) : mScript.Count(3000);
         const std::vector<char> given = mScript.Bytes(bytes, mFmt);
-        const int times = mScript.OneIn(3) ? mScript.Within(1, 12) : 1;
+        const int times = mScript.OneIn(3) ? mScript.Within(1, 6) : 1;
         for (int time = 0; time < times; ++time) {
             Block block(given, mScript.Count(7));
             auto* data = reinterpret_cast<unsigned char*>(block.Data());
@@ -279,7 +279,7 @@ private:
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Script script(data, size);
     ClassifierScript run(script);
-    while (script.GoesOn()) {
+    while (script.GoesOn(16)) {
         run.Step();
     }
     return 0;

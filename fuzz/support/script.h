@@ -2,6 +2,7 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -17,7 +18,8 @@ class Script : public FuzzedDataProvider {
 public:
     using FuzzedDataProvider::FuzzedDataProvider;
 
-    bool GoesOn() { return remaining_bytes() > 0; }
+    /// Until its bytes or so many steps are used up: what takes long finds no more.
+    bool GoesOn(int steps = 64) { return remaining_bytes() > 0 && mSteps++ < steps; }
 
     int Within(int lowest, int highest) { return ConsumeIntegralInRange(lowest, highest); }
 
@@ -51,13 +53,7 @@ public:
     }
 
     /// Any bits.
-    float AnyFloat() {
-        const auto bits = ConsumeIntegral<std::uint32_t>();
-        float value;
-        static_assert(sizeof(value) == sizeof(bits));
-        std::memcpy(&value, &bits, sizeof(value));
-        return value;
-    }
+    float AnyFloat() { return std::bit_cast<float>(ConsumeIntegral<std::uint32_t>()); }
 
     /// `count` bytes: a pattern of the script's own that repeats, or noise at one of 16 levels.
     std::vector<char> Bytes(std::size_t count, SampleFmt format) {
@@ -87,4 +83,6 @@ private:
             std::memcpy(&bytes[i], &sample, sizeof(sample));
         }
     }
+
+    int mSteps = 0;
 };
