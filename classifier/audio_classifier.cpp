@@ -47,9 +47,10 @@ int AudioClassifier::Init(unsigned short channels, int sampleRate, SampleFmt for
     mFormat = format;
 
     const std::int64_t history = std::int64_t{mBytesPerSample} * std::max(sampleRate, 0) * 4;
-    // More than two channels are never listened to.
+    // More than two channels are never listened to. The history is made without any, too.
     const std::int64_t heardChannels = std::min<std::int64_t>(channels, 2);
-    if (history * heardChannels > std::numeric_limits<std::int32_t>::max()) {
+    const std::int64_t largest = std::max(history, history * heardChannels);
+    if (largest > std::numeric_limits<std::int32_t>::max()) {
         throw std::bad_alloc();
     }
     const auto historyBytes = static_cast<std::size_t>(history);

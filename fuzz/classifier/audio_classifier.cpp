@@ -57,7 +57,7 @@ private:
         const SampleFmt fmt = mScript.Format();
         const bool known = fmt == 1 || fmt == 3 || fmt == 6 || fmt == 8;
         const int width = fmt == 1 || fmt == 6 ? 2 : 4;
-        const double bytes = 4.0 * rate * width * std::min<int>(channels, 2);
+        const double bytes = 4.0 * rate * width * std::clamp<int>(channels, 1, 2);
         if (known && bytes > kMostBytes && bytes <= 2147483647.0) {
             return;  // the tests' to try
         }

@@ -138,6 +138,7 @@ TEST(AudioClassifier, FourSecondsBeyond2To31BytesAreBadAllocAndLeaveItNotInitial
     EXPECT_THROW(classifier.Init(2, INT32_MAX / 15, SAMPLE_FMT_S16), std::bad_alloc);
     EXPECT_FALSE(classifier.IsInited());
     EXPECT_THROW(classifier.Init(1, INT32_MAX, SAMPLE_FMT_S16), std::bad_alloc);
+    EXPECT_THROW(classifier.Init(0, INT32_MAX / 15, SAMPLE_FMT_FLT), std::bad_alloc);
     EXPECT_FALSE(Check(classifier, Block(640)));
     EXPECT_EQ(classifier.Init(1, 32000, SAMPLE_FMT_S16), 0);
     EXPECT_FALSE(Check(classifier, Block(640)));
