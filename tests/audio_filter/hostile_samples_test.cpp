@@ -86,16 +86,16 @@ TEST_F(HostileSamples, LeaveNoTraceAfterASecondOfSpeech) {
                     const bool gain = channels == 2;
                     Recovers<short>(hostile, rate, channels, SAMPLE_FMT_S16, sources, gain);
                     Recovers<float>(hostile, rate, channels, SAMPLE_FMT_FLT, sources, gain);
+                    Recovers<short>(hostile, rate, channels, SAMPLE_FMT_S16P, sources, gain);
+                    Recovers<float>(hostile, rate, channels, SAMPLE_FMT_FLTP, sources, gain);
                 }
             }
         }
     }
 }
 
-TEST_F(HostileSamples, InPlanarFormatsAndThreeChannelsBreakNothingEither) {
+TEST_F(HostileSamples, InThreeChannelsLeaveNoTraceEither) {
     for (const HostileSignal& hostile : kHostileSignals) {
-        Recovers<short>(hostile, 32000, 2, SAMPLE_FMT_S16P, {AV_SOURCE_MICROPHONE}, true);
-        Recovers<float>(hostile, 32000, 2, SAMPLE_FMT_FLTP, {AV_SOURCE_MICROPHONE}, true);
         Recovers<short>(hostile, 32000, 3, SAMPLE_FMT_S16, {AV_SOURCE_MICROPHONE}, true);
         Recovers<float>(hostile, 32000, 3, SAMPLE_FMT_FLT, {AV_SOURCE_MICROPHONE}, true);
     }
