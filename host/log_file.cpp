@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <system_error>
 
 #include "host/failure.h"
@@ -11,14 +12,19 @@
 
 namespace {
 
+/// A hidden name in the same folder, as the writer adds to it and would truncate what has that name.
+std::string PrefixBeside(const std::filesystem::path& path) {
+    return path.parent_path() / (".audio-filter-" + std::to_string(std::random_device()()));
+}
+
 /// A file writer with a limit of size, which it never reaches, numbers its files from 0.
-std::string NameOfWriter(const std::string& path) {
-    return path + "_0";
+std::string NameOfWriter(const std::string& prefix) {
+    return prefix + "_0";
 }
 
 }  // namespace
 
-LogFile::LogFile(const std::string& path) : mPath(path) {
+LogFile::LogFile(const std::string& path) : mPath(path), mPrefix(PrefixBeside(path)) {
     // A device or a pipe would be replaced by a file in the end.
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(path, error);
@@ -26,10 +32,10 @@ LogFile::LogFile(const std::string& path) : mPath(path) {
         throw Failure(path, "not a regular file");
     }
     // The writer itself only complains on standard error.
-    if (!std::ofstream(path) || !std::ofstream(NameOfWriter(path))) {
+    if (!std::ofstream(path) || !std::ofstream(NameOfWriter(mPrefix))) {
         throw Failure(path, "cannot be written");
     }
-    PRFileLogParam param = {path, 1, 0};
+    PRFileLogParam param = {mPrefix, 1, 0};
     mId = pr_log->AddLog(PROCESS_LOG_FILE, &param, PROCESS_LOG_DEBUG);
     PR_LOG_ENABLE(true);
 }
@@ -38,5 +44,5 @@ LogFile::~LogFile() {
     PR_LOG_ENABLE(false);
     pr_log->RemoveLog(mId);
     std::error_code ignored;
-    std::filesystem::rename(NameOfWriter(mPath), mPath, ignored);
+    std::filesystem::rename(NameOfWriter(mPrefix), mPath, ignored);
 }

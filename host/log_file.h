@@ -13,5 +13,6 @@ public:
 
 private:
     std::string mPath;
+    std::string mPrefix;  ///< what the writer is told, while it writes
     int mId;
 };

@@ -40,6 +40,17 @@ TEST(LogFile, StartsAnewEachTime) {
     EXPECT_EQ(dir.Names(), std::vector<std::string>{"filter.log"});
 }
 
+TEST(LogFile, LeavesAFileOfTheNameThatAWriterWouldGiveItAlone) {
+    const TempDir dir;
+    WriteFile(dir.File("take_0"), "a recording");
+    ASSERT_EQ(mkfifo(dir.File("pipe_0").c_str(), 0600), 0);
+    for (const char* name : {"take", "pipe"}) {
+        const LogFile log(dir.File(name));
+    }
+    EXPECT_EQ(ReadFile(dir.File("take_0")), "a recording");
+    EXPECT_EQ(dir.Names().size(), 4U);
+}
+
 TEST(LogFile, APipeAFolderOrADeviceIsRefusedAndStaysWhatItIs) {
     const TempDir dir;
     ASSERT_EQ(mkfifo(dir.File("pipe").c_str(), 0600), 0);
