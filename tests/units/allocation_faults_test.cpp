@@ -98,6 +98,15 @@ TEST(AllocationFaults, ASuppressorAsksForAnInstancesMemoryBeforeThePackageTakesI
     Report("Suppressor::Create", failures);
 }
 
+/// The package's own requests are never let fail, so that only this shows that it was not asked.
+TEST(AllocationFaults, WithoutRoomForItsInstanceThePackageIsNotAsked) {
+    Allocations allocations;
+    allocations.Fail(1, false);
+    const std::unique_ptr<Suppressor> suppressor = Suppressor::Create();
+    EXPECT_TRUE(allocations.FailNoMore());
+    EXPECT_EQ(suppressor, nullptr);
+}
+
 /// @param before what has run in the unit, if anything
 int FailNSWrap(int rate, SampleFmt fmt, SampleFmt before) {
     NSWrap fresh;
