@@ -43,6 +43,21 @@ TEST_F(Switches, FourKindsTurnOnAndOffWithEightCodesInTheirOrder) {
                                   Info("switch state is set")}));
 }
 
+TEST_F(Switches, AChangeIsLoggedBeforeTheListenerHearsOfIt) {
+    struct Reading : FilterListener {
+        void OnEvent(int, std::string) override { logged.push_back(log->Lines()); }
+        LogCapture* log = nullptr;
+        std::vector<Lines> logged;
+    } listener;
+    listener.log = &log;
+    Start(32000, 2, SAMPLE_FMT_S16);
+    filter->SetListener(&listener);
+    ProcessSwitchMap switches = {{AP_DENOISE, true}, {AP_GAIN, true}};
+    EXPECT_TRUE(filter->SetMethod(&switches));
+    EXPECT_EQ(listener.logged,
+              (std::vector<Lines>{{Info("AP_DENOISE turn on")}, {Info("AP_GAIN turn on")}}));
+}
+
 TEST_F(Switches, AnEmptyMapGetsExactlyFourKindsAllOff) {
     Start(32000, 2, SAMPLE_FMT_S16, {AP_GAIN});
     ProcessSwitchMap empty;
