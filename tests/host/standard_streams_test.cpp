@@ -79,7 +79,9 @@ TEST_F(StandardStreams, WithoutStandardInputThereIsNothingToReadAndNothingIsLeft
 
 TEST_F(StandardStreams, APipeWhoseReaderLeavesAfter100BytesIsSaid) {
     ASSERT_EQ(mkfifo(File("pipe").c_str(), 0600), 0);
-    for (const char* in : {"in.wav in.wav in.wav", "- --raw s16:32000:1 </dev/zero"}) {
+    // More than a pipe holds, so that it cannot all be written before the reader leaves.
+    WriteSound<short>(File("long.wav"), {32000, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16, Ramp(320000)});
+    for (const char* in : {"long.wav", "- --raw s16:32000:1 </dev/zero"}) {
         EXPECT_EQ(Run(std::string("head -c 100 <pipe >/dev/null & $clean -o - --quiet ") + in +
                       " >pipe 2>err"),
                   1);
