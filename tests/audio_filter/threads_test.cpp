@@ -8,7 +8,9 @@
 #include <vector>
 
 #include "audio_filter/audio_filter.h"
+#include "log/pr_file_log_writer.h"
 #include "log_capture.h"
+#include "support/temp_dir.h"
 
 namespace {
 
@@ -102,6 +104,25 @@ TEST(Threads, TwoFiltersLogSideBySide) {
     }
     // Per filter: the switch, "switch state is set", three lines a call, "cleared".
     EXPECT_EQ(log.Lines().size(), 2U * (2 + 3 * kRounds + 1));
+}
+
+TEST(Threads, AFilterLogsWhileWritersComeAndGo) {
+    TempDir dir;
+    PRFileLogParam file = {dir.File("log"), 1, 0};
+    PR_LOG_ENABLE(true);
+    const auto filter = std::make_unique<AudioFilter>();
+    ProcessSwitchMap none;
+    filter->Init(32000, 2, SAMPLE_FMT_S16, &none);
+    std::atomic<bool> done = false;
+    std::thread audio([&] { ProcessUntil(*filter, done); });
+    for (int round = 0; round < kRounds; ++round) {
+        const int writer = pr_log->AddLog(PROCESS_LOG_FILE, &file, PROCESS_LOG_DEBUG);
+        EXPECT_EQ(pr_log->SetLogLevel(writer, PROCESS_LOG_ERROR), 0);
+        EXPECT_EQ(round % 2 == 0 ? pr_log->RemoveLog(writer) : pr_log->RemoveAllLog(), 0);
+    }
+    done = true;
+    audio.join();
+    PR_LOG_ENABLE(false);
 }
 
 }  // namespace

@@ -23,7 +23,8 @@ std::string NameIn(const std::string& declaration) {
     }
     std::size_t start = end;
     while (start > 0 && (std::isalnum(static_cast<unsigned char>(declaration[start - 1])) != 0 ||
-                         declaration[start - 1] == '_' || declaration[start - 1] == '~')) {
+                         declaration[start - 1] == '_' || declaration[start - 1] == '~' ||
+                         declaration[start - 1] == '=')) {
         --start;
     }
     return declaration.substr(start, end - start);
@@ -47,28 +48,34 @@ std::set<std::string> TaggedOperations(const std::string& header, const std::str
         if (StartsWith(line, "class AUDIO_FILTER_API ") && line.back() == '{') {
             inside = line.substr(23, line.find(' ', 23) - 23);
             isPublic = true;
+        } else if (StartsWith(line, "struct ") && line.back() == '{') {
+            inside = "a record, which has no operations";
         } else if (StartsWith(line, "};")) {
             inside.clear();
             isPublic = true;
-        } else if (text == "private:" || text == "protected:") {
-            isPublic = false;
-        }
-        if (text.empty()) {
+        } else if (text == "private:" || text == "protected:" || text == "public:") {
+            isPublic = text == "public:";
+        } else if (text.empty()) {
             tagged.clear();  // a tag counts for all declarations that follow without a gap
         } else if (StartsWith(text, "/// [")) {
             tagged = text.substr(5, text.find(']') - 5);
-        }
-        if (!isPublic || inside != className || tagged.empty() || StartsWith(text, "//")) {
-            continue;
-        }
-        declaration += text;
-        if (text.back() == ';' || text.back() == '}') {
+        } else if (isPublic && inside == className && text[0] != '/' && text[0] != '#') {
+            declaration += text.substr(0, text.find("//"));
+            const char last = declaration.find_last_not_of(' ') == std::string::npos
+                                  ? ' '
+                                  : declaration[declaration.find_last_not_of(' ')];
+            if (last != ';' && last != '}') {
+                continue;
+            }
             const std::string name = NameIn(declaration);
-            const bool isLife = name == className || StartsWith(name, "~");
+            declaration.clear();
+            const bool isLife = name == className || StartsWith(name, "~") || name == "operator=";
+            if (isLife ? tagged == "any" || tagged == "audio" : !name.empty() && tagged.empty()) {
+                throw std::runtime_error(header + ": " + name + " is not tagged as it must be");
+            }
             if (tagged == tag && !name.empty() && !isLife) {
                 names.insert(name);
             }
-            declaration.clear();
         }
     }
     return names;

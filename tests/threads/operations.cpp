@@ -1,5 +1,8 @@
 #include "threads/operations.h"
 
+#include <atomic>
+#include <thread>
+
 #include "audio_filter/audio_filter.h"
 #include "common/process_data_pool.h"
 #include "log/media_process_log.h"
@@ -175,6 +178,79 @@ Subject LogFunctionsSubject() {
     subject.alone = {
         {"PR_LOG_ENABLE", [] { PR_LOG_ENABLE(false); }},
         {"GeneratePRLogId", [] { GeneratePRLogId(); }},
+    };
+    return subject;
+}
+
+Subject LogWriterSubject() {
+    const auto writer = std::make_shared<PRConsoleLogWriter>(PROCESS_LOG_ERROR);
+    PRLogWriter* base = writer.get();
+    Subject subject = {"log/pr_log_writer.h", "PRLogWriter", writer, nullptr, {}, {}};
+    subject.sideBySide = {{"GetId", [base] { base->GetId(); }}};
+    subject.alone = {
+        {"Init", [base] { base->Init(nullptr); }},
+        {"WriteLog", [base] { base->WriteLog(PROCESS_LOG_DEBUG, "a", "b", nullptr); }},
+        {"SetLevel", [base] { base->SetLevel(PROCESS_LOG_ERROR); }},
+        {"Destroy", [base] { base->Destroy(); }},
+    };
+    return subject;
+}
+
+Subject LockSubject() {
+    struct Object {
+        Object() {
+            process_lock_init(&lock);
+            process_cond_init(&cond);
+        }
+        ~Object() {
+            process_cond_destroy(&cond);
+            process_lock_destroy(&lock);
+        }
+        ProcessLock lock;
+        ProcessCond cond;
+        int guarded = 0;
+    };
+    const auto object = std::make_shared<Object>();
+    Object* pair = object.get();
+    const auto count = [pair] {
+        process_lock(&pair->lock);
+        ++pair->guarded;
+        process_unlock(&pair->lock);
+    };
+    Subject subject = {"common/process_lock.h", "", object, nullptr, {}, {}};
+    subject.sideBySide = {
+        {"process_lock", count},
+        {"process_unlock", count},
+        {"process_cond_signal", [pair] { process_cond_signal(&pair->cond); }},
+        {"process_cond_wait",
+         [pair] {
+             std::atomic<bool> woken = false;
+             std::thread waker([&] {
+                 while (!woken) {
+                     process_cond_signal(&pair->cond);
+                     std::this_thread::yield();
+                 }
+             });
+             process_lock(&pair->lock);
+             process_cond_wait(&pair->cond, &pair->lock);
+             ++pair->guarded;
+             process_unlock(&pair->lock);
+             woken = true;
+             waker.join();
+         }},
+        {"process_cond_wait_time",
+         [pair] {
+             process_lock(&pair->lock);
+             process_cond_wait_time(&pair->cond, &pair->lock, 0);
+             ++pair->guarded;
+             process_unlock(&pair->lock);
+         }},
+    };
+    subject.alone = {
+        {"process_lock_init", [] { Object(); }},
+        {"process_lock_destroy", [] { Object(); }},
+        {"process_cond_init", [] { Object(); }},
+        {"process_cond_destroy", [] { Object(); }},
     };
     return subject;
 }

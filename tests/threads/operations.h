@@ -30,9 +30,12 @@ Subject FileLogSubject();
 Subject PoolSubject();
 Subject BufferSubject();
 Subject LogFunctionsSubject();
+Subject LogWriterSubject();
+Subject LockSubject();
 
 inline const std::vector<std::function<Subject()>>& AllSubjects() {
     static const std::vector<std::function<Subject()>> all = {
-        FilterSubject, LogSubject, FileLogSubject, PoolSubject, BufferSubject, LogFunctionsSubject};
+        FilterSubject, LogSubject,          FileLogSubject,   PoolSubject,
+        BufferSubject, LogFunctionsSubject, LogWriterSubject, LockSubject};
     return all;
 }

@@ -5,6 +5,7 @@
 
 #include <set>
 #include <thread>
+#include <utility>
 
 #include "threads/header_tags.h"
 #include "threads/operations.h"
@@ -29,6 +30,21 @@ TEST(SideBySide, TheOperationsHereAreThoseThatTheHeadersTagAnyOrAudio) {
         EXPECT_EQ(Names(subject.alone),
                   TaggedOperations(subject.header, subject.className, "setup"))
             << subject.header;
+    }
+}
+
+TEST(SideBySide, WhatHasNoLockLetsNothingRunBesideIt) {
+    for (const auto& [header, className] :
+         {std::pair("units/audio_gain.h", "AudioGain"),
+          {"units/audio_mixing.h", "AudioMixing"},
+          {"units/phase_check.h", "PhaseCheck"},
+          {"units/ns_wrap.h", "NSWrap"},
+          {"units/audio_denoise.h", "AudioDenoise"},
+          {"classifier/audio_classifier.h", "AudioClassifier"},
+          {"log/pr_file_log_writer.h", "PRFileLogWriter"},
+          {"log/pr_console_log_writer.h", "PRConsoleLogWriter"}}) {
+        EXPECT_EQ(TaggedOperations(header, className, "any"), std::set<std::string>()) << header;
+        EXPECT_FALSE(TaggedOperations(header, className, "setup").empty()) << header;
     }
 }
 
