@@ -64,6 +64,7 @@ private:
 };
 
 TEST_F(FileFaultsPosix, OnADeviceThatIsAlwaysFullAThousandLinesAreLostAndNothingElse) {
+    ASSERT_TRUE(fs::is_character_file("/dev/full"));
     fs::create_symlink("/dev/full", dir.File("log_0"));
     PRLog log;
     PRFileLogParam param = {dir.File("log"), 1, 0};
@@ -188,8 +189,8 @@ TEST_F(FileFaultsPosix, AConsoleWriterWithoutStandardOutputOrErrorLosesItsLines)
               0);
 }
 
-/// Whoever opens last truncates, and both then write the same places: of lines of equal length, each
-/// is whole, and of one or the other.
+/// Whoever opens last truncates, and both then write the same places: of lines of equal length,
+/// each is whole, and of one or the other.
 TEST_F(FileFaultsPosix,
        TwoProcessesWithOnePrefixInTheSameMillisecondBothEndAndOverwriteWholeLines) {
     constexpr int kLines = 500;
