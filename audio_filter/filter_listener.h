@@ -3,10 +3,9 @@
 #include <string>
 
 /// What a host hears of an AudioFilter. The library calls OnEvent alone, in the thread that makes
-/// the change and with the filter's lock held. From there, SetParameter is the one call that may be
-/// made on the same filter, by the listener or by another thread that it tells. That thread waits
-/// until all changes are made: a listener that waits for it waits for ever. The library never
-/// deletes a listener.
+/// the change and with the filter's lock held: a listener must not call back into the same filter.
+/// Another thread may, with SetParameter, as soon as it is told: it waits until all changes are
+/// made, so that a listener that waits for it waits for ever. The library never deletes a listener.
 class FilterListener {
 public:
     virtual void OnError(int code, std::string message) {
