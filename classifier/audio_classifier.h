@@ -55,11 +55,11 @@ public:
     AudioClassifier(const AudioClassifier&) = delete;
     AudioClassifier& operator=(const AudioClassifier&) = delete;
 
-    /// [setup] Takes a stream from now on. What has been gathered and voted is kept. All memory that
-    /// the stream takes is made here: four seconds of mono samples twice, for two channels seven
-    /// times, and up to 1.2 MiB for the analysis. The rotations of the transform (1 MiB, half of
-    /// that at 32000 Hz) are shared by all objects. Throws std::bad_alloc when memory runs out, or
-    /// for four seconds of more than 2^31 - 1 bytes: the classifier is then not initialised.
+    /// [setup] Takes a stream from now on. What has been gathered and voted is kept. All memory
+    /// that the stream takes is made here: four seconds of mono samples twice, for two channels
+    /// seven times, and up to 1.2 MiB for the analysis. The rotations of the transform (1 MiB, half
+    /// of that at 32000 Hz) are shared by all objects. Throws std::bad_alloc when memory runs out,
+    /// or for four seconds of more than 2^31 - 1 bytes: the classifier is then not initialised.
     /// @param channels 1 and 2 are listened to
     /// @param sampleRate Hz; nothing can be gathered for less than 1
     /// @param format 16-bit (1) or 32-bit float (3); the planar ones (6, 8) are accepted, and heard

@@ -124,8 +124,8 @@ bool FilterStream<Sample>::Hears(const FilterSettings& settings) const {
            std::find(mSources.begin(), end, AV_SOURCE_MICROPHONE) != end;
 }
 
-/// What comes out first is what the suppressor still holds of earlier, and its delay. It has to hear
-/// what has been before, to go on from there instead of from silence.
+/// What comes out first is what the suppressor still holds of earlier, and its delay. It has to
+/// hear what has been before, to go on from there instead of from silence.
 template <typename Sample>
 void FilterStream<Sample>::StartSuppression() {
     const int rate = mRecord.processingRate;

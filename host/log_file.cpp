@@ -12,7 +12,8 @@
 
 namespace {
 
-/// A hidden name in the same folder, as the writer adds to it and would truncate what has that name.
+/// A hidden name in the same folder, as the writer adds to it and would truncate what has that
+/// name.
 std::string PrefixBeside(const std::filesystem::path& path) {
     return path.parent_path() / (".audio-filter-" + std::to_string(std::random_device()()));
 }

@@ -1,5 +1,5 @@
-// The command line on Windows, where none of the libraries for files and sample rates are to be had:
-// raw samples in and out, at the rates that the filter processes as they are.
+// The command line on Windows, where none of the libraries for files and sample rates are to be
+// had: raw samples in and out, at the rates that the filter processes as they are.
 
 #include <fcntl.h>
 #include <io.h>

@@ -14,8 +14,8 @@ struct PRFileLogParam {
 };
 
 /// Prints to a file that it owns: namePrefix + "_" + the local date and time, or + "_0" when a size
-/// limit is set. A file of that name is truncated, and two writers of one name, in one process or in
-/// several, overwrite each other's lines: each needs a prefix of its own.
+/// limit is set. A file of that name is truncated, and two writers of one name, in one process or
+/// in several, overwrite each other's lines: each needs a prefix of its own.
 ///
 /// What a full disk has no room for is lost, without a word; once there is room, lines are written
 /// again, the first of which may be joined to a piece of a lost one.

@@ -88,8 +88,8 @@ AUDIO_FILTER_API void PR_LOG_ENABLE(bool enable);
 /// atomic.
 AUDIO_FILTER_API int GeneratePRLogId();
 
-/// [any] The local time as "2024-03-07 09:05:02.041". Throws std::bad_alloc when memory runs out, as
-/// the next one.
+/// [any] The local time as "2024-03-07 09:05:02.041". Throws std::bad_alloc when memory runs out,
+/// as the next one.
 AUDIO_FILTER_API std::string GetPRFormatDate();
 
 /// [any] The local time as "2024_03_07_09_05_02_041", for file names.

@@ -33,8 +33,8 @@ public:
 
     /// [setup] Starts a stream, whatever ran before. Throws std::bad_alloc when memory runs out:
     /// the unit is then not initialised. A channel whose suppressor refuses the settings (a planar
-    /// format, a rate or level that it does not take), or finds no memory for its own instance, goes
-    /// unnoticed and comes out as silence.
+    /// format, a rate or level that it does not take), or finds no memory for its own instance,
+    /// goes unnoticed and comes out as silence.
     /// @param sampleRate 1 Hz or more; 32000 to work as it should
     /// @param channels 1 or more; 1 and 2 are processed
     /// @param fmt 16-bit (1) or 32-bit float (3); the planar ones (6, 8) are accepted

@@ -98,8 +98,8 @@ private:
         return sources;
     }
 
-    /// 10 ms of every source, some frames or some bytes of it, or any size: what the filter takes of
-    /// the last is there, and what it refuses is not.
+    /// 10 ms of every source, some frames or some bytes of it, or any size: what the filter takes
+    /// of the last is there, and what it refuses is not.
     int Size(int sources) {
         const AudioFilter& filter = mFilters.Filter();
         const int frame = std::max(

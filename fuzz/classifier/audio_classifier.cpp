@@ -81,7 +81,8 @@ private:
             auto* data = reinterpret_cast<unsigned char*>(block.Data());
             const bool music = mUnit->MusicCheck(data, static_cast<unsigned>(bytes));
             ASSERT_EQ(block.Bytes(), given);
-            // A block without a sample makes the plain one analyse, and the unit only if it has a byte.
+            // A block without a sample makes the plain one analyse, and the unit only if it has a
+            // byte.
             if (mPlain && bytes > 0) {
                 ASSERT_EQ(music, mPlain->Check(data, bytes));
                 ASSERT_EQ(mUnit->GetRealTimeCheckRet(), mPlain->raw);

@@ -13,7 +13,8 @@
 
 #include "common/media_process.h"
 
-/// The bytes of a run as a script: what to call, and with which numbers. At its end it answers zero.
+/// The bytes of a run as a script: what to call, and with which numbers. At its end it answers
+/// zero.
 class Script : public FuzzedDataProvider {
 public:
     using FuzzedDataProvider::FuzzedDataProvider;

@@ -8,8 +8,8 @@
 #include "log/pr_log.h"
 #include "support/temp_dir.h"
 
-/// Turns logging on, at all levels, for as long as it lives, and hands out what has been logged. The
-/// date is cut off, and source lines can be masked:
+/// Turns logging on, at all levels, for as long as it lives, and hands out what has been logged.
+/// The date is cut off, and source lines can be masked:
 ///     [ERROR]MediaProcessLog:AudioFilter::Init:*:AGC init error, error code is 3
 class LogCapture {
 public:

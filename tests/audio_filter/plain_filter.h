@@ -18,8 +18,8 @@
 /// after another, over buffers that it copies. It says what is to be logged and heard, too.
 class PlainFilter {
 public:
-    /// A call of a processing entry. The data are worked on in place; the addresses are those of the
-    /// filter's call, for the log.
+    /// A call of a processing entry. The data are worked on in place; the addresses are those of
+    /// the filter's call, for the log.
     struct Call {
         std::vector<char> in;
         std::vector<char> out;

@@ -1,5 +1,5 @@
-/// A host whose filter, loggers and last user are static, and which ends with logging on: everything
-/// of the library that they need at the end has to be there still.
+/// A host whose filter, loggers and last user are static, and which ends with logging on:
+/// everything of the library that they need at the end has to be there still.
 
 #include <cstdlib>
 #include <vector>

@@ -3,8 +3,8 @@
 #include <ctime>
 #include <optional>
 
-/// Stands between the library and the C library's clocks (the linker wraps the calls): passes them on
-/// unless a test has set what they are to answer.
+/// Stands between the library and the C library's clocks (the linker wraps the calls): passes them
+/// on unless a test has set what they are to answer.
 struct FakePosixClock {
     std::optional<timespec> now;       ///< what clock_gettime answers
     std::optional<clockid_t> asked;    ///< the clock that it was asked for last

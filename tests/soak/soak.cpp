@@ -65,7 +65,7 @@ public:
         out << " each as the model does, to the byte\n"
             << "held back: at most " << mFilter->heldBack << " samples of a channel\n"
             << "equal to the same in whole frames: " << mEqualSeconds / 3600.0
-            << " h; not to be compared, as corrections begin with a block: "
+            << " h; not to be compared, as phases turn and music begins with a block: "
             << (mSeconds - mEqualSeconds) / 3600.0 << " h\n"
             << "memory, in the same stream again and again: " << mHeld[0]
             << " blocks more than at the start in the first minute, " << mHeld[1]

@@ -16,7 +16,8 @@ std::atomic<std::size_t> released{0};
 std::atomic<std::size_t> failing{0};  ///< the number of the one that fails; 0 for none
 std::atomic<bool> failingOnwards{false};
 
-/// What it asks of malloc has been noted. Volatile, as compilers know that malloc reads no variable.
+/// What it asks of malloc has been noted. Volatile, as compilers know that malloc reads no
+/// variable.
 thread_local volatile bool insideOperator = false;
 
 class Operator {

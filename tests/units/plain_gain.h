@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <cstdlib>
 
-// The curves of AudioGain sample by sample and in plain words, with their own ways of truncating and
-// shifting: for the tests to compare with.
+// The curves of AudioGain sample by sample and in plain words, with their own ways of truncating
+// and shifting: for the tests to compare with.
 
 /// The 16-bit curve.
 inline short PlainGain(float gain, int x) {

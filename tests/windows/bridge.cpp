@@ -1,4 +1,5 @@
-// Between the suppressor's ELF objects, which call and are called as on Linux, and a Windows program.
+// Between the suppressor's ELF objects, which call and are called as on Linux, and a Windows
+// program.
 
 #include <cmath>
 #include <cstddef>

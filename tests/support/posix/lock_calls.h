@@ -1,8 +1,8 @@
 #pragma once
 
 /// Counts what this thread asks of the system that may make it wait, from the construction of one
-/// on: pthread mutexes, waits for conditions and naps. Stands in for the C library's, and so belongs
-/// into an executable without a sanitizer. One at a time.
+/// on: pthread mutexes, waits for conditions and naps. Stands in for the C library's, and so
+/// belongs into an executable without a sanitizer. One at a time.
 class LockCalls {
 public:
     /// @param one the mutex to be counted by itself, at this address; null for none
