@@ -183,9 +183,12 @@ Subject LogFunctionsSubject() {
 }
 
 Subject LogWriterSubject() {
-    const auto writer = std::make_shared<PRConsoleLogWriter>(PROCESS_LOG_ERROR);
-    PRLogWriter* base = writer.get();
-    Subject subject = {"log/pr_log_writer.h", "PRLogWriter", writer, nullptr, {}, {}};
+    struct Object {
+        PRConsoleLogWriter writer{PROCESS_LOG_ERROR};
+    };
+    const auto object = std::make_shared<Object>();
+    PRLogWriter* base = &object->writer;
+    Subject subject = {"log/pr_log_writer.h", "PRLogWriter", object, nullptr, {}, {}};
     subject.sideBySide = {{"GetId", [base] { base->GetId(); }}};
     subject.alone = {
         {"Init", [base] { base->Init(nullptr); }},
