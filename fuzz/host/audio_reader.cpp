@@ -75,7 +75,7 @@ Recording<Sample> ReadAll(const std::string& path, std::size_t portion) {
 template <typename Sample>
 void ExpectTheSame(const Recording<Sample>& one, const Recording<Sample>& other) {
     EXPECT_EQ(one.failure, other.failure);
-    const auto [common, most] = std::minmax(one.samples.size(), other.samples.size());
+    const auto [common, most] = std::minmax({one.samples.size(), other.samples.size()});
     EXPECT_TRUE(common == most || most >= kMostSamples || !one.failure.empty());
     EXPECT_TRUE(common == 0 || std::memcmp(one.samples.data(), other.samples.data(),
                                            common * sizeof(Sample)) == 0);
