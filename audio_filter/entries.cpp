@@ -5,6 +5,8 @@
 #include "audio_filter/log_address.h"
 #include "log/log_line.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 constexpr const char* kNothingWithValues =

@@ -6,7 +6,9 @@
 #include "audio_filter/audio_filter.h"
 #include "common/sample_format.h"
 #include "log/log_line.h"
-#include "units/frame.h"
+#include "units/suppressor_block.h"
+
+using namespace audio_filter::internal;
 
 namespace {
 
@@ -57,7 +59,7 @@ void AudioFilter::AllocateBuffers() {
     if (frameBytes > kLimit / mSampleRate) {
         throw std::bad_alloc();
     }
-    const std::int64_t spare = mChannels <= 2 ? std::int64_t{kFrameSamples} : 0;
+    const std::int64_t spare = mChannels <= 2 ? std::int64_t{kBlockSamples} : 0;
     mBufferBytes = static_cast<std::size_t>((mSampleRate + spare) * frameBytes);
     for (char** buffer : {&mBuffer, &mBuffer2}) {
         *buffer = static_cast<char*>(std::calloc(std::max<std::size_t>(mBufferBytes, 1), 1));

@@ -7,6 +7,8 @@
 #include "common/source_list.h"
 #include "log/log_line.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 constexpr const char* kFunction = "AudioFilter::MulitProcess";

@@ -5,6 +5,8 @@
 #include "common/sample_format.h"
 #include "log/log_line.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 constexpr const char* kFunction = "AudioFilter::SingleProcess";

@@ -6,6 +6,8 @@
 #include "audio_filter/audio_filter.h"
 #include "log/log_line.h"
 
+using namespace audio_filter::internal;
+
 const AudioFilter::Switch AudioFilter::kSwitches[4] = {
     {AP_DENOISE, &AudioFilter::IsDenoiseReady, "try to open audio denoise, but it is not inited!!!",
      "AP_DENOISE turn on", "AP_DENOISE turn off"},

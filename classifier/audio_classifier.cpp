@@ -9,7 +9,9 @@
 #include "classifier/spectrum.h"
 #include "common/pcm_view.h"
 #include "common/sample_format.h"
-#include "units/frame.h"
+#include "units/suppressor_block.h"
+
+using namespace audio_filter::internal;
 
 namespace {
 
@@ -20,7 +22,7 @@ constexpr unsigned short kVotes = 30;
 
 // The analysis counts samples and frames with 16 bits.
 constexpr std::size_t kSamplesCounted = 65535;
-constexpr std::size_t kFramesCounted = 65535;
+constexpr std::size_t kSegmentsCounted = 65535;
 
 /// A float as the 16-bit number that is stored of it: truncated, and beyond 16 bits wrapped. What
 /// 32 bits cannot hold becomes 0.
@@ -57,7 +59,7 @@ int AudioClassifier::Init(unsigned short channels, int sampleRate, SampleFmt for
     const auto blockBytes = static_cast<std::size_t>(history * heardChannels);
     const std::size_t splitBytes = channels == 2 ? blockBytes : 0;
     mHistory = Bytes(historyBytes);
-    mDenoised = Bytes(blockBytes + kFrameSamples * mBytesPerSample);  // a frame may come on top
+    mDenoised = Bytes(blockBytes + kBlockSamples * mBytesPerSample);  // a frame may come on top
     mLeft = Bytes(splitBytes);
     mRight = Bytes(splitBytes);
     mGathered = std::min(mGathered, static_cast<unsigned int>(historyBytes / mBytesPerSample));
@@ -75,7 +77,7 @@ void AudioClassifier::PrepareAnalysis() {
     mVotes.reserve(kVotes);
     CacheWindow(param.frameLength);
     mSignal.resize(std::min(Room(), kSamplesCounted));
-    mEnergies.reserve(std::min((Room() - param.frameLength) / param.hop + 1, kFramesCounted));
+    mEnergies.reserve(std::min((Room() - param.frameLength) / param.hop + 1, kSegmentsCounted));
     mMagnitudes.resize(param.bandStart);
     if (mTransform == nullptr || mTransform->Size() != param.fftSize) {
         mTransform = std::make_unique<SpectrumTransform>(param.fftSize);
@@ -99,7 +101,7 @@ bool AudioClassifier::MusicCheck(unsigned char* data, unsigned int length) {
     }
     const algoParam param = getAlgoParam(static_cast<unsigned short>(mSampleRate));
     const std::size_t samples = std::min<std::size_t>(
-        length / mChannels / mBytesPerSample, mDenoised.size() / mBytesPerSample - kFrameSamples);
+        length / mChannels / mBytesPerSample, mDenoised.size() / mBytesPerSample - kBlockSamples);
     Hear(data, static_cast<int>(samples));
     if (mGathered < kHopsGathered * param.hop + param.frameLength) {
         Gather(samples);
@@ -150,9 +152,9 @@ void AudioClassifier::Gather(std::size_t samples) {
 bool AudioClassifier::Analyse(algoParam param) {
     const std::span<float> signal = EmphasisedHistory(param.emphasis);
     CacheWindow(param.frameLength);
-    mFrameCount = CountFrames(mGathered, param.frameLength, param.hop);
+    mFrameCount = CountSegments(mGathered, param.frameLength, param.hop);
     mEnergies.resize(mFrameCount);
-    FrameEnergies(signal, param.hop, mWindow, mEnergies);
+    SegmentEnergies(signal, param.hop, mWindow, mEnergies);
     if (IsSpeechByLowEnergy(mEnergies, param.lowEnergyThresholds, param.lowEnergyCentres)) {
         return false;
     }

@@ -11,7 +11,9 @@
 #include "common/media_process.h"
 #include "units/audio_denoise.h"
 
+namespace audio_filter::internal {
 class SpectrumTransform;
+}
 
 /// What the classifier works with at a sample rate.
 struct AUDIO_FILTER_API algoParam {
@@ -148,5 +150,5 @@ private:
     std::vector<float> mSignal;      ///< the history, emphasised
     std::vector<double> mEnergies;   ///< of the frames
     std::vector<float> mMagnitudes;  ///< of the bins of the sub-bands
-    std::unique_ptr<SpectrumTransform> mTransform;
+    std::unique_ptr<audio_filter::internal::SpectrumTransform> mTransform;
 };

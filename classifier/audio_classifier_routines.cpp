@@ -16,12 +16,14 @@
 #include "common/pcm_view.h"
 #include "common/sample_format.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 std::vector<double> Energies(float** frames, std::size_t frameLength, std::size_t count) {
     std::vector<double> energies(count);
     std::transform(frames, frames + count, energies.begin(), [&](const float* frame) {
-        return frame == nullptr ? 0.0 : FrameEnergy({frame, frameLength});
+        return frame == nullptr ? 0.0 : SegmentEnergy({frame, frameLength});
     });
     return energies;
 }
@@ -66,12 +68,12 @@ void AudioClassifier::hadmanMulti(float* data, float* window, unsigned int lengt
 float** AudioClassifier::frameSeg(float* signal, unsigned short signalLength,
                                   unsigned short frameLength, unsigned short hop) {
     CacheWindow(frameLength);
-    mFrameCount = CountFrames(signalLength, frameLength, hop);
+    mFrameCount = CountSegments(signalLength, frameLength, hop);
     void** rows = array2dCreate(mFrameCount, frameLength, sizeof(float));
     for (std::size_t j = 0; j < mFrameCount; ++j) {
         if (rows[j] != nullptr) {
-            CutFrame({signal, signalLength}, j, hop, mWindow,
-                     {static_cast<float*>(rows[j]), frameLength});
+            CutSegment({signal, signalLength}, j, hop, mWindow,
+                       {static_cast<float*>(rows[j]), frameLength});
         }
     }
     return reinterpret_cast<float**>(rows);

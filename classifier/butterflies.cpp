@@ -6,6 +6,8 @@
 
 #include "classifier/complex.h"
 
+namespace audio_filter::internal {
+
 // No two of the arrays that a loop is given overlap. The compiler has to be told, or it walks them
 // one element at a time.
 #define APART __restrict
@@ -97,8 +99,9 @@ void QuarterRows(float* APART aReal, float* APART aImag, float* APART bReal, flo
 
 /// One half of the bins: those of the sums of stage `half`, or those of its differences.
 template <bool kSums, bool kCutIsSecond>
-void LastMagnitudes(ConstElements low, ConstElements high, ConstElements cut, ConstElements w,
-                    ConstElements wLast, std::size_t count, float* APART magnitudes) {
+void LastMagnitudes(ConstSplitComplex low, ConstSplitComplex high, ConstSplitComplex cut,
+                    ConstSplitComplex w, ConstSplitComplex wLast, std::size_t count,
+                    float* APART magnitudes) {
     for (std::size_t k = 0; k < count; ++k) {
         const complex turn(w.real[k], w.imag[k]);
         const complex a(low.real[k], low.imag[k]);
@@ -115,7 +118,7 @@ void LastMagnitudes(ConstElements low, ConstElements high, ConstElements cut, Co
 }
 
 template <bool kCutIsSecond>
-void LastBins(ConstElements e, std::size_t half, ConstElements cut, ConstElements w,
+void LastBins(ConstSplitComplex e, std::size_t half, ConstSplitComplex cut, ConstSplitComplex w,
               std::size_t begin, std::size_t end, float* magnitudes) {
     const auto bins = [&](auto isSums, std::size_t from, std::size_t to, std::size_t bin) {
         if (from < to) {
@@ -131,20 +134,20 @@ void LastBins(ConstElements e, std::size_t half, ConstElements cut, ConstElement
 
 }  // namespace
 
-void AllStages(Elements e, std::size_t length, ConstElements w) {
+void AllStages(SplitComplex e, std::size_t length, ConstSplitComplex w) {
     for (std::size_t half = 1; half < length; half *= 2) {
         for (std::size_t start = 0; start < length; start += 2 * half) {
-            const Elements low = e + start;
-            const Elements high = low + half;
+            const SplitComplex low = e + start;
+            const SplitComplex high = low + half;
             OneStage(low.real, low.imag, high.real, high.imag, w.real + half, w.imag + half, half);
         }
     }
 }
 
-void TwoStages(Elements e, std::size_t quarter, ConstElements w) {
-    const Elements b = e + quarter;
-    const Elements c = b + quarter;
-    const Elements d = c + quarter;
+void TwoStages(SplitComplex e, std::size_t quarter, ConstSplitComplex w) {
+    const SplitComplex b = e + quarter;
+    const SplitComplex c = b + quarter;
+    const SplitComplex d = c + quarter;
     QuarterBlocks(e.real, e.imag, b.real, b.imag, c.real, c.imag, d.real, d.imag, w.real + quarter,
                   w.imag + quarter, quarter);
 }
@@ -155,7 +158,8 @@ void RowStage(Row* real, Row* imag, std::size_t rows) {
     }
 }
 
-void TwoRowStages(Row* real, Row* imag, std::size_t rows, std::size_t quarter, ConstElements w) {
+void TwoRowStages(Row* real, Row* imag, std::size_t rows, std::size_t quarter,
+                  ConstSplitComplex w) {
     const auto turn = [w](std::size_t k) { return complex(w.real[k], w.imag[k]); };
     for (std::size_t start = 0; start < rows; start += 4 * quarter) {
         for (std::size_t k = 0; k < quarter; ++k) {
@@ -169,7 +173,9 @@ void TwoRowStages(Row* real, Row* imag, std::size_t rows, std::size_t quarter, C
     }
 }
 
-void LastTwoStages(ConstElements e, std::size_t half, ConstElements cut, bool cutIsSecond,
-                   ConstElements w, std::size_t begin, std::size_t end, float* magnitudes) {
+void LastTwoStages(ConstSplitComplex e, std::size_t half, ConstSplitComplex cut, bool cutIsSecond,
+                   ConstSplitComplex w, std::size_t begin, std::size_t end, float* magnitudes) {
     (cutIsSecond ? LastBins<true> : LastBins<false>)(e, half, cut, w, begin, end, magnitudes);
 }
+
+}  // namespace audio_filter::internal

@@ -2,6 +2,10 @@
 
 #include <cstddef>
 
+#include "classifier/split_complex.h"
+
+namespace audio_filter::internal {
+
 /// The butterflies of the classifier's transform, over whole blocks, with real and imaginary parts
 /// apart so that neighbouring ones are worked out side by side. Every one is
 ///
@@ -14,38 +18,23 @@
 ///
 /// `w` are the rotations of all stages: those of a stage from element `half` on.
 
-/// Complex numbers, real and imaginary parts apart.
-struct Elements {
-    float* real;
-    float* imag;
-
-    Elements operator+(std::size_t offset) const { return {real + offset, imag + offset}; }
-};
-
-struct ConstElements {
-    const float* real;
-    const float* imag;
-
-    ConstElements operator+(std::size_t offset) const { return {real + offset, imag + offset}; }
-};
-
 /// Elements that are worked out side by side before they are written where they belong.
 inline constexpr std::size_t kLanes = 16;
 using Row = float[kLanes];
 
 /// The stages 1 .. length / 2, one by one: the plain walk.
 /// @param length a power of two
-void AllStages(Elements e, std::size_t length, ConstElements w);
+void AllStages(SplitComplex e, std::size_t length, ConstSplitComplex w);
 
 /// The stages `quarter` and 2 * quarter of 4 * quarter elements.
-void TwoStages(Elements e, std::size_t quarter, ConstElements w);
+void TwoStages(SplitComplex e, std::size_t quarter, ConstSplitComplex w);
 
 /// Stage 1 of `rows` rows of real numbers, each lane a transform of its own.
 /// @param imag is only written
 void RowStage(Row* real, Row* imag, std::size_t rows);
 
 /// The stages `quarter` and 2 * quarter of `rows` rows.
-void TwoRowStages(Row* real, Row* imag, std::size_t rows, std::size_t quarter, ConstElements w);
+void TwoRowStages(Row* real, Row* imag, std::size_t rows, std::size_t quarter, ConstSplitComplex w);
 
 /// The magnitudes after the last two stages, `half` and 2 * half, of 4 * half elements of which the
 /// second half repeats the first, but breaks off into zeros. Bins are 0 .. 2 * half - 1.
@@ -53,5 +42,7 @@ void TwoRowStages(Row* real, Row* imag, std::size_t rows, std::size_t quarter, C
 /// @param cut the half of the repetition that breaks off: its second half, or its first one where
 ///        the second is nothing but zeros
 /// @param magnitudes of the bins begin .. end - 1
-void LastTwoStages(ConstElements e, std::size_t half, ConstElements cut, bool cutIsSecond,
-                   ConstElements w, std::size_t begin, std::size_t end, float* magnitudes);
+void LastTwoStages(ConstSplitComplex e, std::size_t half, ConstSplitComplex cut, bool cutIsSecond,
+                   ConstSplitComplex w, std::size_t begin, std::size_t end, float* magnitudes);
+
+}  // namespace audio_filter::internal

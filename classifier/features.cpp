@@ -4,6 +4,8 @@
 #include <cmath>
 #include <iterator>
 
+namespace audio_filter::internal {
+
 namespace {
 
 double Square(float value) {
@@ -20,8 +22,8 @@ std::size_t Scaled(std::size_t bin, double factor) {
 constexpr std::size_t kSideBySide = 8;
 
 /// The energies of several whole frames.
-void AddFrames(std::span<const float> signal, std::size_t hop, std::span<const float> window,
-               std::span<double, kSideBySide> energies) {
+void AddSegments(std::span<const float> signal, std::size_t hop, std::span<const float> window,
+                 std::span<double, kSideBySide> energies) {
     constexpr std::size_t kAtOnce = 64;
     double squares[kSideBySide][kAtOnce];
     double sums[kSideBySide] = {};
@@ -44,7 +46,7 @@ void AddFrames(std::span<const float> signal, std::size_t hop, std::span<const f
 
 }  // namespace
 
-double FrameEnergy(std::span<const float> frame) {
+double SegmentEnergy(std::span<const float> frame) {
     double energy = 0.0;
     for (const float sample : frame) {
         energy += Square(sample);
@@ -52,13 +54,13 @@ double FrameEnergy(std::span<const float> frame) {
     return energy;
 }
 
-void FrameEnergies(std::span<const float> signal, std::size_t hop, std::span<const float> window,
-                   std::span<double> energies) {
+void SegmentEnergies(std::span<const float> signal, std::size_t hop, std::span<const float> window,
+                     std::span<double> energies) {
     std::size_t j = 0;
     for (; j + kSideBySide <= energies.size() &&
            (j + kSideBySide - 1) * hop + window.size() <= signal.size();
          j += kSideBySide) {
-        AddFrames(signal.subspan(j * hop), hop, window, energies.subspan(j).first<kSideBySide>());
+        AddSegments(signal.subspan(j * hop), hop, window, energies.subspan(j).first<kSideBySide>());
     }
     for (; j < energies.size(); ++j) {
         const std::size_t start = std::min(j * hop, signal.size());
@@ -133,3 +135,5 @@ bool IsSpeechByLowEnergy(std::span<const double> energies, const float* threshol
     }
     return false;
 }
+
+}  // namespace audio_filter::internal

@@ -4,16 +4,18 @@
 #include <cstddef>
 #include <span>
 
+namespace audio_filter::internal {
+
 /// What the classifier measures: how many frames are quiet beside the mean, and how the power of
 /// the upper half of the spectrum is spread; and how near that is to what is known.
 
 /// Sum of the squares of a frame.
-double FrameEnergy(std::span<const float> frame);
+double SegmentEnergy(std::span<const float> frame);
 
 /// The energies of overlapping frames: of each windowed frame, hop samples after the one before,
 /// the sum of the squares in the order of the samples. What reaches past the signal counts as 0.
-void FrameEnergies(std::span<const float> signal, std::size_t hop, std::span<const float> window,
-                   std::span<double> energies);
+void SegmentEnergies(std::span<const float> signal, std::size_t hop, std::span<const float> window,
+                     std::span<double> energies);
 
 /// The share of frames with less energy than `ratio` times the mean, 0..1. NaN without frames.
 float LowEnergyRate(std::span<const double> energies, float ratio);
@@ -37,3 +39,5 @@ bool IsNearestToCentre0(float value, std::span<const float> centres);
 /// @param centres four rows
 bool IsSpeechByLowEnergy(std::span<const double> energies, const float* thresholds,
                          const float (*centres)[4]);
+
+}  // namespace audio_filter::internal

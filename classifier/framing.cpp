@@ -4,6 +4,8 @@
 #include <cmath>
 #include <cstdint>
 
+namespace audio_filter::internal {
+
 void HammingWindow(std::span<float> window, float gain) {
     const float pi = std::acos(-1.0F);
     const float twoPi = 2.0F * pi;
@@ -17,7 +19,7 @@ void HammingWindow(std::span<float> window, float gain) {
     }
 }
 
-unsigned short CountFrames(std::size_t signalLength, std::size_t frameLength, std::size_t hop) {
+unsigned short CountSegments(std::size_t signalLength, std::size_t frameLength, std::size_t hop) {
     if (hop == 0) {
         return 0;
     }
@@ -27,8 +29,8 @@ unsigned short CountFrames(std::size_t signalLength, std::size_t frameLength, st
     return static_cast<unsigned short>(std::max<std::int64_t>(frames, 0));
 }
 
-void CutFrame(std::span<const float> signal, std::size_t index, std::size_t hop,
-              std::span<const float> window, std::span<float> frame) {
+void CutSegment(std::span<const float> signal, std::size_t index, std::size_t hop,
+                std::span<const float> window, std::span<float> frame) {
     const std::size_t start = std::min(index * hop, signal.size());
     const std::size_t inside = std::min(signal.size() - start, frame.size());
     for (std::size_t i = 0; i < inside; ++i) {
@@ -36,3 +38,5 @@ void CutFrame(std::span<const float> signal, std::size_t index, std::size_t hop,
     }
     std::fill(frame.begin() + static_cast<std::ptrdiff_t>(inside), frame.end(), 0.0F);
 }
+
+}  // namespace audio_filter::internal

@@ -5,6 +5,8 @@
 
 #include "common/pcm_view.h"
 
+namespace audio_filter::internal {
+
 /// How the classifier's signal is prepared and cut.
 
 /// Pre-emphasis, y[n] = x[n] - coefficient * x[n - 1], beginning after silence.
@@ -25,9 +27,11 @@ void HammingWindow(std::span<float> window, float gain);
 /// How many frames fit a signal: (length - frame) / hop + 1, where the division drops the remainder
 /// towards zero. Hence one frame, not whole, for a signal that is shorter by less than a hop. None
 /// for a negative number, or without a hop.
-unsigned short CountFrames(std::size_t signalLength, std::size_t frameLength, std::size_t hop);
+unsigned short CountSegments(std::size_t signalLength, std::size_t frameLength, std::size_t hop);
 
 /// Frame `index` of a signal, windowed. What reaches past the signal is 0.
 /// @param frame as long as the window
-void CutFrame(std::span<const float> signal, std::size_t index, std::size_t hop,
-              std::span<const float> window, std::span<float> frame);
+void CutSegment(std::span<const float> signal, std::size_t index, std::size_t hop,
+                std::span<const float> window, std::span<float> frame);
+
+}  // namespace audio_filter::internal

@@ -4,12 +4,14 @@
 #include <bit>
 #include <cmath>
 
+namespace audio_filter::internal {
+
 namespace {
 
 constexpr std::size_t kWhole = static_cast<std::size_t>(-1);
 constexpr unsigned int kSmallestBits = 9;  // below, it is not worth more than the plain walk
 
-ConstElements Constant(Elements e) {
+ConstSplitComplex Constant(SplitComplex e) {
     return {e.real, e.imag};
 }
 
@@ -34,9 +36,10 @@ SpectrumTransform::SpectrumTransform(std::size_t size)
       mBits(std::max(static_cast<unsigned int>(std::bit_width(size)), 2U) - 1),
       mLength(std::size_t{1} << mBits),
       mLeaf(LeafLength(mBits)),
-      mRotations(Rotations::UpTo(mLength)),
-      mW(mRotations->Table()),
-      mElements(mBits < kSmallestBits ? 2 * mLength : mLength + mLength / 2, SplitArray::kElements),
+      mTwiddles(TwiddleFactors::UpTo(mLength)),
+      mW(mTwiddles->Table()),
+      mElements(mBits < kSmallestBits ? 2 * mLength : mLength + mLength / 2,
+                SplitComplexArray::kElements),
       mFirst(mElements.Begin()) {}
 
 void SpectrumTransform::Run(std::span<const float> signal, std::size_t first,
@@ -97,7 +100,7 @@ void SpectrumTransform::Leaves() {
             TwoRowStages(real, imag, mLeaf, quarter, mW);
         }
         for (std::size_t lane = 0; lane < kLanes; ++lane) {
-            const Elements leaf = mFirst + Reversed(column + lane, mBits - leafBits) * mLeaf;
+            const SplitComplex leaf = mFirst + Reversed(column + lane, mBits - leafBits) * mLeaf;
             for (std::size_t row = 0; row < mLeaf; ++row) {
                 leaf.real[row] = real[row][lane];
                 leaf.imag[row] = imag[row][lane];
@@ -146,8 +149,8 @@ void SpectrumTransform::Finish(std::size_t start, std::size_t repeated) {
 void SpectrumTransform::FinishRepeated(std::size_t start, std::size_t length,
                                        std::size_t repeated) {
     const std::size_t half = mLength / 2;
-    const Elements from = mFirst + start;
-    const Elements to = mFirst + mLength + start % half;
+    const SplitComplex from = mFirst + start;
+    const SplitComplex to = mFirst + mLength + start % half;
     if (length == mLeaf) {
         for (std::size_t i = 0; i < length; ++i) {
             to.real[i] = i < repeated ? Sample(start + i) : 0.0F;
@@ -168,3 +171,5 @@ void SpectrumTransform::FinishRepeated(std::size_t start, std::size_t length,
 void Spectrum(std::span<const float> signal, std::size_t size, std::span<float> magnitudes) {
     SpectrumTransform(size).Run(signal, 0, magnitudes);
 }
+
+}  // namespace audio_filter::internal

@@ -5,8 +5,10 @@
 #include <span>
 
 #include "classifier/butterflies.h"
-#include "classifier/rotations.h"
-#include "classifier/split_array.h"
+#include "classifier/split_complex.h"
+#include "classifier/twiddle_factors.h"
+
+namespace audio_filter::internal {
 
 /// Magnitudes of the classifier's radix-2 transform. Of a power of two, that is a discrete Fourier
 /// transform. It is used for other sizes, too, on purpose: there the index table has the bit length
@@ -44,13 +46,15 @@ private:
     unsigned int mBits;   ///< of an index
     std::size_t mLength;  ///< n
     std::size_t mLeaf;    ///< elements of the blocks that the first stages are worked out in
-    std::shared_ptr<const Rotations> mRotations;
-    ConstElements mW;
-    SplitArray mElements;  ///< the first n, and half as many of the repetition
-    Elements mFirst;
+    std::shared_ptr<const TwiddleFactors> mTwiddles;
+    ConstSplitComplex mW;
+    SplitComplexArray mElements;  ///< the first n, and half as many of the repetition
+    SplitComplex mFirst;
     std::span<const float> mSignal;
 };
 
 /// The magnitudes of all bins, or of the first ones, by a transform made for the purpose. Throws
 /// std::bad_alloc when memory runs out.
 void Spectrum(std::span<const float> signal, std::size_t size, std::span<float> magnitudes);
+
+}  // namespace audio_filter::internal

@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <span>
 
+namespace audio_filter::internal {
+
 /// The weighted vote of past decisions and the current one: each past one counts with the length of
 /// the run of equal decisions that it ends, the current one with 1.
 /// @param history oldest first, 0 or 1
@@ -19,3 +21,5 @@ inline bool Vote(std::span<const unsigned char> history, bool current) {
     (current ? music : speech) += weight;
     return music > speech;
 }
+
+}  // namespace audio_filter::internal

@@ -4,6 +4,8 @@
 
 #include "common/pcm_view.h"
 
+namespace audio_filter::internal {
+
 /// Takes stereo frames at any address apart, and puts them together again.
 
 template <typename Sample>
@@ -27,3 +29,5 @@ void Interleave(const void* left, const void* right, std::size_t frames, void* s
         both.Set(2 * i + 1, r.Get(i));
     }
 }
+
+}  // namespace audio_filter::internal

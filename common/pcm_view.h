@@ -4,6 +4,8 @@
 #include <cstring>
 #include <type_traits>
 
+namespace audio_filter::internal {
+
 /// PCM samples at any address. Hosts hand in bytes, and nothing makes them align a block to its
 /// sample size; going through memcpy is defined at every address and costs nothing at an aligned
 /// one. A view of const samples can only be read.
@@ -44,3 +46,5 @@ private:
     Byte* mData;
     std::size_t mSize;
 };
+
+}  // namespace audio_filter::internal

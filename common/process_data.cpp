@@ -5,6 +5,8 @@
 
 #include "common/steady_time.h"
 
+using namespace audio_filter::internal;
+
 ProcessData::~ProcessData() {
     Free();
 }

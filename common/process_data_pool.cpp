@@ -4,6 +4,8 @@
 
 #include "common/steady_time.h"
 
+using namespace audio_filter::internal;
+
 ProcessDataPool::ProcessDataPool(int maxCount, bool flag, int sweepInterval,
                                  unsigned long long idleLimitMs)
     : mStorage(new ProcessData[static_cast<std::size_t>(std::max(maxCount, 0))]),

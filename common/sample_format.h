@@ -2,6 +2,8 @@
 
 #include "common/media_process.h"
 
+namespace audio_filter::internal {
+
 /// Questions that a sample format is asked. Any number may be passed for one: a SampleFmt may hold
 /// it.
 
@@ -24,3 +26,5 @@ constexpr bool IsS16(int fmt) {
 constexpr bool IsFloat(int fmt) {
     return fmt == SAMPLE_FMT_FLT || fmt == SAMPLE_FMT_FLTP;
 }
+
+}  // namespace audio_filter::internal

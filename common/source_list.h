@@ -5,6 +5,8 @@
 
 #include "common/media_process.h"
 
+namespace audio_filter::internal {
+
 /// Questions that the sources of one buffer are asked, in the order in which their blocks lie.
 
 inline bool HasMicrophone(const std::vector<AVSourceType>& sources) {
@@ -14,3 +16,5 @@ inline bool HasMicrophone(const std::vector<AVSourceType>& sources) {
 inline bool HasSeveralMicrophones(const std::vector<AVSourceType>& sources) {
     return std::count(sources.begin(), sources.end(), AV_SOURCE_MICROPHONE) >= 2;
 }
+
+}  // namespace audio_filter::internal

@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+namespace audio_filter::internal {
+
 /// The machine's clock, as far as the logs need it.
 
 /// A date and time of day in the local time zone.
@@ -19,3 +21,5 @@ LocalTime LocalTimeNow();
 
 /// Seconds since 1970-01-01 00:00 UTC.
 std::int64_t CalendarSecondsNow();
+
+}  // namespace audio_filter::internal

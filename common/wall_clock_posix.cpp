@@ -2,6 +2,8 @@
 
 #include "common/wall_clock.h"
 
+namespace audio_filter::internal {
+
 LocalTime LocalTimeNow() {
     timespec now = {};
     clock_gettime(CLOCK_REALTIME, &now);
@@ -19,3 +21,5 @@ LocalTime LocalTimeNow() {
 std::int64_t CalendarSecondsNow() {
     return std::time(nullptr);
 }
+
+}  // namespace audio_filter::internal

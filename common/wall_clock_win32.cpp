@@ -4,6 +4,8 @@
 
 #include "common/wall_clock.h"
 
+namespace audio_filter::internal {
+
 LocalTime LocalTimeNow() {
     SYSTEMTIME now = {};
     GetLocalTime(&now);
@@ -14,3 +16,5 @@ LocalTime LocalTimeNow() {
 std::int64_t CalendarSecondsNow() {
     return _time64(nullptr);
 }
+
+}  // namespace audio_filter::internal

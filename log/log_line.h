@@ -6,6 +6,8 @@
 #include "log/media_process_log.h"
 #include "log/pr_log.h"
 
+namespace audio_filter::internal {
+
 /// The one form of the library's own log lines. This call, in line 83,
 ///
 ///     LogLine(PROCESS_LOG_ERROR, {"AudioFilter::Init"}, "error code is %d", -1);
@@ -46,3 +48,5 @@ void LogLine(ProcessLogLevel level, const LogSite& site, const char* format, Arg
         return;
     }
 }
+
+}  // namespace audio_filter::internal

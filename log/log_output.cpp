@@ -1,5 +1,7 @@
 #include "log/log_output.h"
 
+namespace audio_filter::internal {
+
 namespace {
 
 /// "%%" as the formatter prints it, and everything else as it stands: there is nothing to convert.
@@ -25,3 +27,5 @@ void PrintLogMessage(std::FILE* stream, const char* prefix, const char* format, 
     std::fputc('\n', stream);
     std::fflush(stream);
 }
+
+}  // namespace audio_filter::internal

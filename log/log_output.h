@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <type_traits>
 
+namespace audio_filter::internal {
+
 /// An argument list as the writers take it, and back: a char* where va_list is one, else the list's
 /// address. A va_list parameter decays where it is an array: pack a local one.
 template <typename List = va_list>
@@ -27,3 +29,5 @@ List& UnpackArguments(char*& args) {
 /// Prints prefix, ":", the formatted message and a newline, and flushes. Texts may be null, for
 /// empty; args as for PRLogWriter::WriteLog.
 void PrintLogMessage(std::FILE* stream, const char* prefix, const char* format, char* args);
+
+}  // namespace audio_filter::internal

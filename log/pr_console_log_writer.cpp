@@ -2,6 +2,8 @@
 
 #include "log/log_output.h"
 
+using namespace audio_filter::internal;
+
 PRConsoleLogWriter::PRConsoleLogWriter(int level) : PRLogWriter(level) {}
 
 int PRConsoleLogWriter::Init(void* param) {

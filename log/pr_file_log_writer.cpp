@@ -6,6 +6,8 @@
 #include "log/log_output.h"
 #include "log/pr_log.h"
 
+using namespace audio_filter::internal;
+
 PRFileLogWriter::PRFileLogWriter(int level) : PRLogWriter(level) {}
 
 PRFileLogWriter::~PRFileLogWriter() {

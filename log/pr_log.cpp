@@ -11,6 +11,8 @@
 #include "log/pr_console_log_writer.h"
 #include "log/pr_file_log_writer.h"
 
+using namespace audio_filter::internal;
+
 PRLog* pr_log = new (std::nothrow) PRLog;
 bool pr_log_enalbe = false;
 

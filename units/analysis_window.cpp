@@ -4,6 +4,8 @@
 #include <cmath>
 #include <numbers>
 
+namespace audio_filter::internal {
+
 namespace {
 
 /// The suppressor's table holds eight decimals.
@@ -39,3 +41,5 @@ bool AnalysisWindow::IsSilentAfter(const float* lowBand) {
     }
     return true;
 }
+
+}  // namespace audio_filter::internal

@@ -3,6 +3,8 @@
 #include <array>
 #include <cstddef>
 
+namespace audio_filter::internal {
+
 /// The suppressor's windowed analysis buffer, followed from outside. The suppressor joins each
 /// frame's low band to some older samples, weights both ends of the buffer with quarter-sine ramps
 /// and sums the squares; where that sum is zero in single precision it leaves the frame early.
@@ -25,3 +27,5 @@ private:
     std::size_t mOld = 0;  ///< samples kept from frame to frame, and the length of a ramp
     std::size_t mNew = 0;  ///< samples that enter with each frame
 };
+
+}  // namespace audio_filter::internal

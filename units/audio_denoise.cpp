@@ -7,11 +7,13 @@
 
 #include "common/interleave.h"
 #include "common/sample_format.h"
-#include "units/frame.h"
+#include "units/suppressor_block.h"
+
+using namespace audio_filter::internal;
 
 namespace {
 
-constexpr int kFrameBufferSamples = static_cast<int>(kFrameSamples);
+constexpr int kBufferSamples = static_cast<int>(kBlockSamples);
 
 }  // namespace
 
@@ -42,8 +44,8 @@ int AudioDenoise::Init(int sampleRate, int channels, SampleFmt fmt, int level) {
 }
 
 void AudioDenoise::StartChannel(Buffer& in, Buffer& out, std::unique_ptr<NSWrap>& ns, int level) {
-    in = std::make_unique<char[]>(Bytes(kFrameBufferSamples));
-    out = std::make_unique<char[]>(Bytes(kFrameBufferSamples));
+    in = std::make_unique<char[]>(Bytes(kBufferSamples));
+    out = std::make_unique<char[]>(Bytes(kBufferSamples));
     ns = std::make_unique<NSWrap>();
     ns->Init(mSampleRate, static_cast<SampleFmt>(mFmt),
              level);  // a refusal is left to show in the output
@@ -92,7 +94,7 @@ int AudioDenoise::Process(const char* in, char* out, int& size) {
         Gather(in + static_cast<std::ptrdiff_t>(consumed) * bytesPerStep, chunk);
         consumed += chunk;
         if (mBuffered >= mFrameLen) {
-            ProcessFrame(out + size);
+            ProcessBlock(out + size);
             size += mFrameLen * bytesPerStep;
         }
     }
@@ -106,7 +108,7 @@ void AudioDenoise::Gather(const char* in, int samples) {
         SplitLR(const_cast<char*>(in), samples);
         return;
     }
-    const int fitting = std::min(samples, kFrameBufferSamples - mBuffered);
+    const int fitting = std::min(samples, kBufferSamples - mBuffered);
     if (fitting > 0) {
         std::memcpy(mInL.get() + Bytes(mBuffered), in, Bytes(fitting));
     }
@@ -115,8 +117,8 @@ void AudioDenoise::Gather(const char* in, int samples) {
 
 /// Runs the gathered frame of every channel and writes 10 ms out. A suppressor that refuses leaves
 /// the processed frame as it was.
-void AudioDenoise::ProcessFrame(char* out) {
-    const int held = std::min(mFrameLen, kFrameBufferSamples);
+void AudioDenoise::ProcessBlock(char* out) {
+    const int held = std::min(mFrameLen, kBufferSamples);
     mNsL->Process(mInL.get(), mOutL.get());
     if (mChannels == 2) {
         mNsR->Process(mInR.get(), mOutR.get());
@@ -130,7 +132,7 @@ void AudioDenoise::ProcessFrame(char* out) {
 
 int AudioDenoise::SplitLR(char* in, int frames) {
     const int counted = std::max(frames, 0);
-    const int fitting = mInR ? std::min(counted, kFrameBufferSamples - mBuffered) : 0;
+    const int fitting = mInR ? std::min(counted, kBufferSamples - mBuffered) : 0;
     if (fitting > 0) {
         char* left = mInL.get() + Bytes(mBuffered);
         char* right = mInR.get() + Bytes(mBuffered);
@@ -145,7 +147,7 @@ int AudioDenoise::SplitLR(char* in, int frames) {
 }
 
 int AudioDenoise::CombineLR(char* out, int frames) {
-    const int available = mOutR ? kFrameBufferSamples : 0;
+    const int available = mOutR ? kBufferSamples : 0;
     const auto fitting = static_cast<std::size_t>(std::clamp(frames, 0, available));
     if (IsS16(mFmt)) {
         Interleave<short>(mOutL.get(), mOutR.get(), fitting, out);
@@ -159,7 +161,7 @@ bool AudioDenoise::Reset() {
     if (!mNsL) {
         return true;
     }
-    const std::size_t bytes = Bytes(kFrameBufferSamples);
+    const std::size_t bytes = Bytes(kBufferSamples);
     std::memset(mInL.get(), 0, bytes);
     std::memset(mOutL.get(), 0, bytes);
     mNsL->Reset();

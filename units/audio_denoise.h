@@ -78,7 +78,7 @@ private:
 
     void StartChannel(Buffer& in, Buffer& out, std::unique_ptr<NSWrap>& ns, int level);
     void Gather(const char* in, int samples);
-    void ProcessFrame(char* out);
+    void ProcessBlock(char* out);
     std::size_t Bytes(int samples) const;
 
     bool mInited = false;

@@ -5,6 +5,8 @@
 #include "common/sample_format.h"
 #include "units/gain_curve.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 /// The whole samples of a block of `size` bytes; none in a block that is not there.

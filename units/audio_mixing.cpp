@@ -8,6 +8,8 @@
 #include "common/sample_format.h"
 #include "units/kernels.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 void Enter(PcmView<const short> samples, short* row) {
@@ -96,12 +98,12 @@ int AudioMixing::Mix(Sample* in, Sample* out, int& count, int srcNum) {
     const auto sources = static_cast<std::size_t>(srcNum);
     const PcmView<const Sample> input(in, length * sources);
     const PcmView<Sample> output(out, length);
-    for (std::size_t pos = 0; pos < length; pos += kBlockSamples) {
-        const std::size_t block = std::min(kBlockSamples, length - pos);
+    for (std::size_t pos = 0; pos < length; pos += kScratchSamples) {
+        const std::size_t block = std::min(kScratchSamples, length - pos);
         for (std::size_t k = 0; k < sources; ++k) {
             Enter(input.Part(k * length + pos, block), mScratch[k]);
         }
-        Leave(mScratch[0], kBlockSamples, sources, output.Part(pos, block));
+        Leave(mScratch[0], kScratchSamples, sources, output.Part(pos, block));
     }
     return 0;
 }

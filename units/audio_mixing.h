@@ -50,7 +50,7 @@ public:
 
 private:
     static constexpr int kMaxSources = 16;
-    static constexpr std::size_t kBlockSamples = 1920;
+    static constexpr std::size_t kScratchSamples = 1920;
 
     /// The mix. A single source comes out at 7/8 here, too. count is in samples: of all sources on
     /// entry, of one on return.
@@ -63,6 +63,6 @@ private:
     int Mix(Sample* in, Sample* out, int& count, int srcNum);
 
     bool mInited = false;
-    int mFmt = SAMPLE_FMT_NONE;                       ///< the SampleFmt given to Init
-    short mScratch[kMaxSources][kBlockSamples] = {};  ///< a row per source: its current block
+    int mFmt = SAMPLE_FMT_NONE;                         ///< the SampleFmt given to Init
+    short mScratch[kMaxSources][kScratchSamples] = {};  ///< a row per source: its current block
 };

@@ -4,7 +4,9 @@
 #include <array>
 #include <cmath>
 
-#include "units/frame.h"
+#include "units/suppressor_block.h"
+
+namespace audio_filter::internal {
 
 namespace {
 
@@ -74,3 +76,5 @@ void MergeBands(const float* low, const float* high, float* frame, double* memor
         frame[2 * i + 1] = ToFloat(sum[i]);
     }
 }
+
+}  // namespace audio_filter::internal

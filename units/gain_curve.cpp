@@ -4,6 +4,8 @@
 
 #include "units/kernels.h"
 
+namespace audio_filter::internal {
+
 namespace {
 
 short Saturate(int value) {
@@ -85,3 +87,5 @@ void ApplyThreeSlopeGain(float gain, PcmView<float> samples) {
         return 2.0F * x;
     });
 }
+
+}  // namespace audio_filter::internal

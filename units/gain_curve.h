@@ -2,6 +2,8 @@
 
 #include "common/pcm_view.h"
 
+namespace audio_filter::internal {
+
 /// The arithmetic of AudioGain: memoryless curves that lift quiet samples and compress loud ones,
 /// odd-symmetric (at 16 bits up to the final shift, which rounds down). A gain lies in (0, 1].
 /// Every curve maps the samples of a view in place.
@@ -31,3 +33,5 @@ void ApplyGain(const GainCurveFloat& curve, PcmView<float> samples);
 /// The alternative with three slopes: double, shift, compress.
 void ApplyThreeSlopeGain(float gain, PcmView<short> samples);
 void ApplyThreeSlopeGain(float gain, PcmView<float> samples);
+
+}  // namespace audio_filter::internal

@@ -1,5 +1,7 @@
 #include "units/kernels.h"
 
+namespace audio_filter::internal {
+
 namespace {
 
 /// A host's own static objects may work before this file's do: they find the plainest level.
@@ -15,3 +17,5 @@ constinit const Kernels* gBest = nullptr;
 const Kernels& BestKernels() {
     return gBest != nullptr ? *gBest : KernelLevels().front();
 }
+
+}  // namespace audio_filter::internal

@@ -7,6 +7,8 @@
 #include "units/gain_curve.h"
 #include "units/phase_statistics.h"
 
+namespace audio_filter::internal {
+
 /// The inner loops of the units, compiled from one source (kernel_loops.inc) for each level of
 /// instructions that a build knows. Every level gives the same bytes.
 struct Kernels {
@@ -32,3 +34,5 @@ std::span<const Kernels> KernelLevels();
 
 /// The last of them, picked once when the library is loaded; the plainest until then.
 const Kernels& BestKernels();
+
+}  // namespace audio_filter::internal

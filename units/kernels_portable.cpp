@@ -7,6 +7,8 @@
 #include "units/kernels.h"
 #include "units/mix_limiter.h"
 
+namespace audio_filter::internal {
+
 namespace {
 
 #define KERNEL_LEVEL plain
@@ -22,3 +24,5 @@ constexpr Kernels kLevels[] = {plain::TableCalled("plain")};
 std::span<const Kernels> KernelLevels() {
     return kLevels;
 }
+
+}  // namespace audio_filter::internal

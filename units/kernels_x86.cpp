@@ -7,6 +7,8 @@
 #include "units/kernels.h"
 #include "units/mix_limiter.h"
 
+namespace audio_filter::internal {
+
 // An attribute of each loop, rather than an option of a file: what a header defines inline stays
 // code that every machine can run.
 
@@ -32,3 +34,5 @@ std::span<const Kernels> KernelLevels() {
     __builtin_cpu_init();
     return {kLevels, __builtin_cpu_supports("avx2") ? std::size_t{2} : std::size_t{1}};
 }
+
+}  // namespace audio_filter::internal

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <type_traits>
 
+namespace audio_filter::internal {
+
 /// The arithmetic of AudioMixing: a soft limiter of five segments, and the way of a float sample
 /// through 16 bits.
 
@@ -61,3 +63,5 @@ constexpr Sample FromMixerSample(short limited) {
         return limited;
     }
 }
+
+}  // namespace audio_filter::internal

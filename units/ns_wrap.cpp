@@ -5,8 +5,10 @@
 #include <cstring>
 
 #include "units/float_bands.h"
-#include "units/frame.h"
 #include "units/suppressor.h"
+#include "units/suppressor_block.h"
+
+using namespace audio_filter::internal;
 
 namespace {
 
@@ -55,7 +57,7 @@ void NSWrap::AllocateMissing() {
     }
     ReleaseBuffers();
     for (Bytes* band : {&mLowIn, &mHighIn, &mLowOut, &mHighOut}) {
-        *band = std::make_unique<char[]>(kFrameSamples * sizeof(Sample));
+        *band = std::make_unique<char[]>(kBlockSamples * sizeof(Sample));
     }
     for (Bytes* memory :
          {&mAnalysisState1, &mAnalysisState2, &mSynthesisState1, &mSynthesisState2}) {
@@ -69,15 +71,15 @@ int NSWrap::Process(const char* in, char* out) {
         return -1;
     }
     switch (mFmt) {
-        case SAMPLE_FMT_S16: return ProcessFrame<short, std::int32_t>(in, out);
-        case SAMPLE_FMT_FLT: return ProcessFrame<float, double>(in, out);
+        case SAMPLE_FMT_S16: return ProcessBlock<short, std::int32_t>(in, out);
+        case SAMPLE_FMT_FLT: return ProcessBlock<float, double>(in, out);
         default: return -1;
     }
 }
 
 template <typename Sample, typename Memory>
-int NSWrap::ProcessFrame(const char* in, char* out) {
-    std::array<Sample, kFrameSamples> frame;
+int NSWrap::ProcessBlock(const char* in, char* out) {
+    std::array<Sample, kBlockSamples> frame;
     std::memcpy(frame.data(), in, sizeof(frame));
     auto* lowIn = As<Sample>(mLowIn);
     auto* highIn = As<Sample>(mHighIn);

@@ -6,7 +6,9 @@
 #include "common/export.h"
 #include "common/media_process.h"
 
+namespace audio_filter::internal {
 class Suppressor;
+}
 
 /// The noise suppressor for one channel, a frame at a time: splits 320 samples into two bands,
 /// suppresses the noise of both and merges them again. 320 samples are 10 ms at 32000 Hz, for which
@@ -62,7 +64,7 @@ private:
     template <typename Sample, typename Memory>
     void AllocateMissing();
     template <typename Sample, typename Memory>
-    int ProcessFrame(const char* in, char* out);
+    int ProcessBlock(const char* in, char* out);
     void ReleaseBuffers();
 
     bool mInited = false;  ///< never set, never read
@@ -77,6 +79,6 @@ private:
     Bytes mAnalysisState2;
     Bytes mSynthesisState1;
     Bytes mSynthesisState2;
-    std::unique_ptr<Suppressor> mNs;
+    std::unique_ptr<audio_filter::internal::Suppressor> mNs;
     int mBufferFmt = SAMPLE_FMT_NONE;  ///< what the buffers hold; none while there are none
 };

@@ -5,6 +5,8 @@
 
 #include "units/phase_statistics.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 constexpr int kMinSampleRate = 8000;

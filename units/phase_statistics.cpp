@@ -2,6 +2,8 @@
 
 #include "units/kernels.h"
 
+namespace audio_filter::internal {
+
 PhaseCounts CountPhases(PcmView<short> samples, const StereoLayout& layout, bool negateLeft) {
     return BestKernels().countPhasesS16(samples, layout, negateLeft);
 }
@@ -9,3 +11,5 @@ PhaseCounts CountPhases(PcmView<short> samples, const StereoLayout& layout, bool
 PhaseCounts CountPhases(PcmView<float> samples, const StereoLayout& layout, bool negateLeft) {
     return BestKernels().countPhasesFloat(samples, layout, negateLeft);
 }
+
+}  // namespace audio_filter::internal

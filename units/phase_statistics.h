@@ -6,6 +6,8 @@
 
 #include "common/pcm_view.h"
 
+namespace audio_filter::internal {
+
 /// The arithmetic of PhaseCheck: what one frame of a stereo signal says about the polarity of its
 /// channels, and walks over all frames of a block.
 
@@ -91,3 +93,5 @@ std::int32_t ScorePhases(PcmView<Sample> samples, const StereoLayout& layout, bo
     });
     return score;
 }
+
+}  // namespace audio_filter::internal

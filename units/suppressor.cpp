@@ -6,8 +6,10 @@
 #include <cstdlib>
 #include <utility>
 
-#include "units/frame.h"
+#include "units/suppressor_block.h"
 #include "units/webrtc_ns.h"
+
+namespace audio_filter::internal {
 
 namespace {
 
@@ -125,10 +127,12 @@ short RoundToS16(float sample) {
 
 void SplitBands(const short* frame, short* low, short* high, std::int32_t* memory1,
                 std::int32_t* memory2) {
-    WebRtcSpl_AnalysisQMF(frame, kFrameSamples, low, high, memory1, memory2);
+    WebRtcSpl_AnalysisQMF(frame, kBlockSamples, low, high, memory1, memory2);
 }
 
 void MergeBands(const short* low, const short* high, short* frame, std::int32_t* memory1,
                 std::int32_t* memory2) {
     WebRtcSpl_SynthesisQMF(low, high, kBandSamples, frame, memory1, memory2);
 }
+
+}  // namespace audio_filter::internal

@@ -8,6 +8,8 @@
 
 struct NsHandleT;
 
+namespace audio_filter::internal {
+
 /// One instance of the packaged noise suppressor, and its 16-bit band filters. This pair of files
 /// is the only place that knows the package. All bands hold kBandSamples samples, of which the
 /// suppressor reads and writes the first 80 at 8000 Hz; the others come out as zeros.
@@ -58,10 +60,12 @@ private:
 /// To the nearest 16-bit value, halves away from zero; beyond them, the last one.
 short RoundToS16(float sample);
 
-/// Splits a frame of kFrameSamples into two bands; each memory holds six values.
+/// Splits a frame of kBlockSamples into two bands; each memory holds six values.
 void SplitBands(const short* frame, short* low, short* high, std::int32_t* memory1,
                 std::int32_t* memory2);
 
 /// Merges two bands into a frame; each memory holds six values.
 void MergeBands(const short* low, const short* high, short* frame, std::int32_t* memory1,
                 std::int32_t* memory2);
+
+}  // namespace audio_filter::internal

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <vector>
 
+using namespace audio_filter::internal;
+
 namespace {
 
 /// The magnitudes of all bins of a tone that fills the transform, which has been made before.

@@ -18,6 +18,8 @@
 #include "log/pr_log.h"
 #include "support/temp_dir.h"
 
+using namespace audio_filter::internal;
+
 /// PRLog with any writers, and MediaProcessLog: the files have to hold what they were told.
 class LogScript {
 public:

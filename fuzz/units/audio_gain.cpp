@@ -8,6 +8,8 @@
 #include "units/kernels.h"
 #include "units/plain_gain.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 void RunLevel(const Kernels& kernels, float gain, PcmView<short> samples) {

@@ -8,6 +8,8 @@
 #include "units/kernels.h"
 #include "units/plain_kernels.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 void Enter(const Kernels& kernels, PcmView<const short> samples, short* row) {

@@ -7,6 +7,8 @@
 #include "support/seed.h"
 #include "support/signals.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 constexpr AVSourceType kMic = AV_SOURCE_MICROPHONE;

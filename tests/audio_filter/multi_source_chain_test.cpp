@@ -4,6 +4,8 @@
 #include "support/signals.h"
 #include "units/suppressor.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 constexpr AVSourceType kMic = AV_SOURCE_MICROPHONE;

@@ -14,6 +14,8 @@
 #include "support/bytes.h"
 #include "support/seed.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 using Block = std::vector<unsigned char>;

@@ -6,9 +6,11 @@
 #include <vector>
 
 #include "classifier/complex.h"
-#include "classifier/rotations.h"
+#include "classifier/twiddle_factors.h"
 #include "support/bytes.h"
 #include "support/seed.h"
+
+using namespace audio_filter::internal;
 
 namespace {
 
@@ -22,10 +24,10 @@ struct Block {
         }
     }
 
-    operator Elements() { return {real.data(), imag.data()}; }
-    operator ConstElements() const { return {real.data(), imag.data()}; }
+    operator SplitComplex() { return {real.data(), imag.data()}; }
+    operator ConstSplitComplex() const { return {real.data(), imag.data()}; }
 
-    void PlainStage(std::size_t half, ConstElements w) {
+    void PlainStage(std::size_t half, ConstSplitComplex w) {
         for (std::size_t i = 0; i < real.size(); ++i) {
             if ((i & half) == 0) {
                 const std::size_t k = half + i % half;
@@ -50,7 +52,7 @@ void ExpectSame(const Block& a, const Block& b, std::size_t length) {
 
 TEST(Butterflies, AllStagesOf1To1024ElementsAreThePlainOnes) {
     std::mt19937 random = SeededRandom();
-    const Rotations rotations(1024);
+    const TwiddleFactors rotations(1024);
     for (std::size_t length = 1; length <= 1024; length *= 2) {
         Block block(random, length);
         Block plain = block;
@@ -64,7 +66,7 @@ TEST(Butterflies, AllStagesOf1To1024ElementsAreThePlainOnes) {
 
 TEST(Butterflies, TwoStagesAtATimeOf4To4096ElementsAreThePlainOnes) {
     std::mt19937 random = SeededRandom();
-    const Rotations rotations(4096);
+    const TwiddleFactors rotations(4096);
     for (std::size_t quarter = 1; quarter <= 1024; quarter *= 2) {
         Block block(random, 4 * quarter);
         Block plain = block;
@@ -77,7 +79,7 @@ TEST(Butterflies, TwoStagesAtATimeOf4To4096ElementsAreThePlainOnes) {
 
 TEST(Butterflies, FiveStagesOf32RowsAreThoseOfATransformPerLane) {
     std::mt19937 random = SeededRandom();
-    const Rotations rotations(32);
+    const TwiddleFactors rotations(32);
     std::vector<Block> lanes;
     Row real[32];
     Row imag[32];
@@ -104,7 +106,7 @@ TEST(Butterflies, FiveStagesOf32RowsAreThoseOfATransformPerLane) {
 TEST(Butterflies, TheLastTwoStagesOfARepetitionCutInEitherHalfAreThePlainOnesInAnyRangeOfBins) {
     std::mt19937 random = SeededRandom();
     constexpr std::size_t kHalf = 64;
-    const Rotations rotations(2 * kHalf);
+    const TwiddleFactors rotations(2 * kHalf);
     for (const bool second : {false, true}) {
         const Block first(random, 2 * kHalf);
         const Block cut(random, kHalf);

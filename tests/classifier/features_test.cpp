@@ -12,19 +12,21 @@
 #include "classifier/framing.h"
 #include "support/seed.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
-TEST(FrameEnergy, OfThreeAndFourIs25AndOfNothing0) {
-    EXPECT_EQ(FrameEnergy(std::vector<float>{3.0F, -4.0F}), 25.0);
-    EXPECT_EQ(FrameEnergy({}), 0.0);
+TEST(SegmentEnergy, OfThreeAndFourIs25AndOfNothing0) {
+    EXPECT_EQ(SegmentEnergy(std::vector<float>{3.0F, -4.0F}), 25.0);
+    EXPECT_EQ(SegmentEnergy({}), 0.0);
 }
 
-TEST(FrameEnergy, IsSummedInDoublePrecision) {
-    EXPECT_EQ(FrameEnergy(std::vector<float>{16777217.0F, 1.0F}), 16777216.0 * 16777216.0 + 1.0);
-    EXPECT_GT(FrameEnergy(std::vector<float>{3e38F}), 8e76);
+TEST(SegmentEnergy, IsSummedInDoublePrecision) {
+    EXPECT_EQ(SegmentEnergy(std::vector<float>{16777217.0F, 1.0F}), 16777216.0 * 16777216.0 + 1.0);
+    EXPECT_GT(SegmentEnergy(std::vector<float>{3e38F}), 8e76);
 }
 
-TEST(FrameEnergies, Of0To20FramesAndWindowsAroundTheirLoopsAreThoseOfTheFramesCutOneByOne) {
+TEST(SegmentEnergies, Of0To20FramesAndWindowsAroundTheirLoopsAreThoseOfTheFramesCutOneByOne) {
     std::mt19937 random = SeededRandom();
     std::uniform_real_distribution<float> any(-30000.0F, 30000.0F);
     for (const std::size_t length : {1U, 7U, 63U, 64U, 65U, 130U, 1412U}) {
@@ -36,11 +38,11 @@ TEST(FrameEnergies, Of0To20FramesAndWindowsAroundTheirLoopsAreThoseOfTheFramesCu
             std::vector<float> window(length);
             HammingWindow(window, 1.0F);
             std::vector<double> energies(frames, -1.0);
-            FrameEnergies(signal, hop, window, energies);
+            SegmentEnergies(signal, hop, window, energies);
             std::vector<float> frame(length);
             for (std::size_t j = 0; j < frames; ++j) {
-                CutFrame(signal, j, hop, window, frame);
-                const double expected = FrameEnergy(frame);
+                CutSegment(signal, j, hop, window, frame);
+                const double expected = SegmentEnergy(frame);
                 ASSERT_TRUE(energies[j] == expected || (length == 1 && std::isnan(energies[j])))
                     << "frame " << j << " of " << frames << ", " << length << " samples";
             }

@@ -7,6 +7,8 @@
 #include <cstring>
 #include <vector>
 
+using namespace audio_filter::internal;
+
 namespace {
 
 TEST(Emphasise, SubtractsTheSampleBeforeTimes0_97AndBeginsAfterSilence) {
@@ -68,45 +70,45 @@ TEST(HammingWindow, OfOneCoefficientIsNaNAndOfNoneNothing) {
     HammingWindow({}, 1.0F);
 }
 
-TEST(CountFrames, SignalsOf0To5000SamplesGiveTheQuotientTowardsZeroPlus1ButNoneBelow0) {
+TEST(CountSegments, SignalsOf0To5000SamplesGiveTheQuotientTowardsZeroPlus1ButNoneBelow0) {
     for (int length = 0; length <= 5000; ++length) {
         const int quotient = (length - 1024) / 512 + 1;
-        EXPECT_EQ(CountFrames(static_cast<std::size_t>(length), 1024, 512),
+        EXPECT_EQ(CountSegments(static_cast<std::size_t>(length), 1024, 512),
                   quotient < 0 ? 0 : quotient)
             << length;
     }
 }
 
-TEST(CountFrames, AFrameOf1024InASignalOf100IsNoneAndOf600IsOne) {
-    EXPECT_EQ(CountFrames(100, 1024, 512), 0);
-    EXPECT_EQ(CountFrames(512, 1024, 512), 0);
-    EXPECT_EQ(CountFrames(513, 1024, 512), 1);
-    EXPECT_EQ(CountFrames(600, 1024, 512), 1);
-    EXPECT_EQ(CountFrames(1024, 1024, 512), 1);
-    EXPECT_EQ(CountFrames(1535, 1024, 512), 1);
-    EXPECT_EQ(CountFrames(1536, 1024, 512), 2);
-    EXPECT_EQ(CountFrames(31744, 1024, 512), 61);
-    EXPECT_EQ(CountFrames(0, 65535, 1), 0);
-    EXPECT_EQ(CountFrames(100, 10, 0), 0);
+TEST(CountSegments, AFrameOf1024InASignalOf100IsNoneAndOf600IsOne) {
+    EXPECT_EQ(CountSegments(100, 1024, 512), 0);
+    EXPECT_EQ(CountSegments(512, 1024, 512), 0);
+    EXPECT_EQ(CountSegments(513, 1024, 512), 1);
+    EXPECT_EQ(CountSegments(600, 1024, 512), 1);
+    EXPECT_EQ(CountSegments(1024, 1024, 512), 1);
+    EXPECT_EQ(CountSegments(1535, 1024, 512), 1);
+    EXPECT_EQ(CountSegments(1536, 1024, 512), 2);
+    EXPECT_EQ(CountSegments(31744, 1024, 512), 61);
+    EXPECT_EQ(CountSegments(0, 65535, 1), 0);
+    EXPECT_EQ(CountSegments(100, 10, 0), 0);
 }
 
-TEST(CutFrame, CopiesFromIndexTimesHopAndWindows) {
+TEST(CutSegment, CopiesFromIndexTimesHopAndWindows) {
     const std::vector<float> signal = {1, 2, 3, 4, 5, 6};
     const std::vector<float> window = {1, 10, 100};
     std::vector<float> frame(3, -1.0F);
-    CutFrame(signal, 1, 2, window, frame);
+    CutSegment(signal, 1, 2, window, frame);
     EXPECT_EQ(frame, (std::vector<float>{3, 40, 500}));
 }
 
-TEST(CutFrame, PadsWithZerosWhatReachesPastTheSignal) {
+TEST(CutSegment, PadsWithZerosWhatReachesPastTheSignal) {
     const std::vector<float> signal = {1, 2, 3, 4, 5, 6};
     const std::vector<float> window = {1, 10, 100};
     std::vector<float> frame(3, -1.0F);
-    CutFrame(signal, 2, 2, window, frame);
+    CutSegment(signal, 2, 2, window, frame);
     EXPECT_EQ(frame, (std::vector<float>{5, 60, 0}));
-    CutFrame(signal, 3, 2, window, frame);
+    CutSegment(signal, 3, 2, window, frame);
     EXPECT_EQ(frame, (std::vector<float>{0, 0, 0}));
-    CutFrame(signal, 1000, 1000, window, frame);
+    CutSegment(signal, 1000, 1000, window, frame);
     EXPECT_EQ(frame, (std::vector<float>{0, 0, 0}));
 }
 

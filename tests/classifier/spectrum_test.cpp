@@ -14,6 +14,8 @@
 #include "support/bytes.h"
 #include "support/seed.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 std::vector<float> Noise(std::mt19937& random, std::size_t samples, float amplitude = 1.0F) {

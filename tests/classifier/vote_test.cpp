@@ -7,6 +7,8 @@
 #include "classifier/plain_model.h"
 #include "support/seed.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 using Votes = std::vector<unsigned char>;

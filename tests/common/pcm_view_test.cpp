@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+using namespace audio_filter::internal;
+
 namespace {
 
 TEST(PcmView, ReadsAndWritesAtOddAddresses) {

@@ -9,6 +9,8 @@
 
 #include "common/steady_time.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 /// Counts who comes back.

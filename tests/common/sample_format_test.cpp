@@ -4,6 +4,8 @@
 
 #include <cstdint>
 
+using namespace audio_filter::internal;
+
 namespace {
 
 SampleFmt Format(int value) {

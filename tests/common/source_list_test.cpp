@@ -4,6 +4,8 @@
 
 #include <initializer_list>
 
+using namespace audio_filter::internal;
+
 namespace {
 
 std::vector<AVSourceType> Sources(std::initializer_list<int> values) {

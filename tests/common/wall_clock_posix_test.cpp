@@ -6,6 +6,8 @@
 #include "common/wall_clock.h"
 #include "fake_posix_clock.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 std::tuple<int, int, int, int, int, int, int> FieldsAt(std::time_t seconds, long nanoseconds,

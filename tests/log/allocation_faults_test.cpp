@@ -13,6 +13,8 @@
 #include "support/temp_dir.h"
 #include "variable_arguments.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 /// Deleted as what it is.

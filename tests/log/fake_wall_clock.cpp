@@ -2,6 +2,8 @@
 
 #include <atomic>
 
+namespace audio_filter::internal {
+
 FakeWallClock& TheWallClock() {
     static FakeWallClock clock;
     return clock;
@@ -16,3 +18,5 @@ std::int64_t CalendarSecondsNow() {
     std::atomic_ref(TheWallClock().reads).fetch_add(1);  // several threads may log
     return TheWallClock().seconds;
 }
+
+}  // namespace audio_filter::internal

@@ -2,6 +2,8 @@
 
 #include "common/wall_clock.h"
 
+using namespace audio_filter::internal;
+
 /// Stands in for the machine's clock in all log tests: it shows what a test sets, and nothing moves
 /// it.
 struct FakeWallClock {

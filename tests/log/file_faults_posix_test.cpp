@@ -19,6 +19,8 @@
 #include "support/temp_dir.h"
 #include "variable_arguments.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 namespace fs = std::filesystem;

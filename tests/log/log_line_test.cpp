@@ -6,6 +6,8 @@
 #include "log/pr_file_log_writer.h"
 #include "support/temp_dir.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 class LogLineTest : public testing::Test {

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace audio_filter::internal;
+
 namespace {
 
 std::string Printed(const char* prefix, const char* format) {

@@ -7,6 +7,8 @@
 #include "support/temp_dir.h"
 #include "variable_arguments.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 using testing::internal::CaptureStderr;

@@ -12,6 +12,8 @@
 #include "support/temp_dir.h"
 #include "support/virtual_slots.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 using testing::internal::CaptureStderr;

@@ -5,6 +5,8 @@
 #include "log/log_output.h"
 #include "log/pr_log_writer.h"
 
+using namespace audio_filter::internal;
+
 /// Calls a writer as the dispatcher does, with a variable-argument list.
 inline int WriteTo(PRLogWriter& writer, int level, const char* prefix, const char* format, ...) {
     va_list args;

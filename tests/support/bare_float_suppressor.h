@@ -9,6 +9,8 @@
 #include "units/float_bands.h"
 #include "units/webrtc_ns.h"
 
+using namespace audio_filter::internal;
+
 /// The float chain on frames of 320 samples, driven by hand: float band split, the package's
 /// suppressor on 32768 times the bands, float band merge. Whether a frame is left early is asked of
 /// a shadow: a second suppressor with the same low band and a constant high band, which comes back

@@ -15,6 +15,8 @@
 #include "units/phase_check.h"
 #include "units/suppressor.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 const std::vector<SampleFmt> kFormats = {SAMPLE_FMT_S16, SAMPLE_FMT_FLT, SAMPLE_FMT_S16P,

@@ -5,6 +5,8 @@
 #include <array>
 #include <cmath>
 
+using namespace audio_filter::internal;
+
 namespace {
 
 /// Frames of silence, but for one sample of `value`.

@@ -8,6 +8,8 @@
 #include "support/bytes.h"
 #include "units/gain_curve.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 AudioGain Ready(SampleFmt fmt) {

@@ -11,6 +11,8 @@
 #include "support/seed.h"
 #include "units/mix_limiter.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 std::unique_ptr<AudioMixing> Ready(SampleFmt fmt) {

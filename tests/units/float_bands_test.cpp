@@ -9,6 +9,8 @@
 #include "support/bytes.h"
 #include "support/seed.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 /// One all-pass section in plain words: `previousIn` and `previousOut` are its memory.

@@ -7,6 +7,8 @@
 
 #include "units/plain_gain.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 constexpr int kGains = 33;

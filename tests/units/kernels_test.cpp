@@ -16,6 +16,8 @@
 #include "support/seed.h"
 #include "units/plain_kernels.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
 /// Longer than two of the widest vectors in use, whatever is left over.

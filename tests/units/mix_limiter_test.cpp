@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <limits>
 
+using namespace audio_filter::internal;
+
 namespace {
 
 /// The limiter segment by segment, from its table of slopes and starts.

@@ -5,6 +5,8 @@
 #include <cmath>
 #include <vector>
 
+using namespace audio_filter::internal;
+
 namespace {
 
 TEST(PhaseStatistics, FloatSilenceIsStrictInDoublePrecision) {

@@ -9,6 +9,8 @@
 #include "units/mix_limiter.h"
 #include "units/phase_statistics.h"
 
+using namespace audio_filter::internal;
+
 /// The kernels of the units sample by sample, branch by branch: what every level of the real ones
 /// is compared with.
 namespace plain {

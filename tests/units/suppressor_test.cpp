@@ -8,8 +8,10 @@
 #include <vector>
 
 #include "support/seed.h"
-#include "units/frame.h"
+#include "units/suppressor_block.h"
 #include "units/webrtc_ns.h"
+
+using namespace audio_filter::internal;
 
 namespace {
 
@@ -248,12 +250,12 @@ TEST(SuppressorBands, SixteenBitSplitAndMergeAreThePackagesFilters) {
     std::mt19937 random = SeededRandom();
     std::array<std::array<std::int32_t, 6>, 8> m = {};
     for (int frame = 0; frame < 20; ++frame) {
-        std::array<short, kFrameSamples> in;
+        std::array<short, kBlockSamples> in;
         for (short& sample : in) {
             sample = static_cast<short>(RandomInt(random, -32768, 32767));
         }
         Band<short> low, high, bareLow, bareHigh;
-        std::array<short, kFrameSamples> out, bareOut;
+        std::array<short, kBlockSamples> out, bareOut;
         SplitBands(in.data(), low.data(), high.data(), m[0].data(), m[1].data());
         MergeBands(low.data(), high.data(), out.data(), m[2].data(), m[3].data());
         WebRtcSpl_AnalysisQMF(in.data(), 320, bareLow.data(), bareHigh.data(), m[4].data(),

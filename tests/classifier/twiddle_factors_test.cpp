@@ -1,4 +1,4 @@
-#include "classifier/rotations.h"
+#include "classifier/twiddle_factors.h"
 
 #include <gtest/gtest.h>
 
@@ -8,11 +8,13 @@
 
 #include "classifier/audio_classifier.h"
 
+using namespace audio_filter::internal;
+
 namespace {
 
-TEST(Rotations, OfAStageStartAt1AndAddUpTheRoundingOfEachStep) {
-    const Rotations rotations(65536);
-    const ConstElements w = rotations.Table();
+TEST(TwiddleFactors, OfAStageStartAt1AndAddUpTheRoundingOfEachStep) {
+    const TwiddleFactors rotations(65536);
+    const ConstSplitComplex w = rotations.Table();
     for (std::size_t half = 1; half <= 65536; half *= 2) {
         const float angle = std::acos(-1.0F) / static_cast<float>(half);
         float real = 1.0F;
@@ -27,14 +29,14 @@ TEST(Rotations, OfAStageStartAt1AndAddUpTheRoundingOfEachStep) {
     }
 }
 
-TEST(Rotations, AreSharedWhileSomebodyHoldsThem) {
-    const auto one = Rotations::UpTo(1024);
-    EXPECT_EQ(one, Rotations::UpTo(1024));
-    EXPECT_NE(one, Rotations::UpTo(2048));
-    EXPECT_EQ(one->Table().real, Rotations::UpTo(1024)->Table().real);
+TEST(TwiddleFactors, AreSharedWhileSomebodyHoldsThem) {
+    const auto one = TwiddleFactors::UpTo(1024);
+    EXPECT_EQ(one, TwiddleFactors::UpTo(1024));
+    EXPECT_NE(one, TwiddleFactors::UpTo(2048));
+    EXPECT_EQ(one->Table().real, TwiddleFactors::UpTo(1024)->Table().real);
 }
 
-TEST(Rotations, AreMadeOnceForFourClassifiersThatStartAtTheSameTime) {
+TEST(TwiddleFactors, AreMadeOnceForFourClassifiersThatStartAtTheSameTime) {
     AudioClassifier classifiers[4];
     std::vector<std::thread> threads;
     for (AudioClassifier& classifier : classifiers) {
@@ -43,7 +45,7 @@ TEST(Rotations, AreMadeOnceForFourClassifiersThatStartAtTheSameTime) {
     for (std::thread& thread : threads) {
         thread.join();
     }
-    EXPECT_EQ(Rotations::UpTo(65536).use_count(), 5);
+    EXPECT_EQ(TwiddleFactors::UpTo(65536).use_count(), 5);
 }
 
 }  // namespace

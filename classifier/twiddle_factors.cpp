@@ -1,4 +1,4 @@
-#include "classifier/rotations.h"
+#include "classifier/twiddle_factors.h"
 
 #include <cmath>
 #include <map>
@@ -6,22 +6,25 @@
 
 #include "classifier/complex.h"
 
-std::shared_ptr<const Rotations> Rotations::UpTo(std::size_t widest) {
+namespace audio_filter::internal {
+
+std::shared_ptr<const TwiddleFactors> TwiddleFactors::UpTo(std::size_t widest) {
     static std::mutex mutex;
     // Never destroyed: a host may start a stream while the process already ends.
-    static auto& tables = *new std::map<std::size_t, std::weak_ptr<const Rotations>>;
+    static auto& tables = *new std::map<std::size_t, std::weak_ptr<const TwiddleFactors>>;
     const std::lock_guard<std::mutex> lock(mutex);
-    std::weak_ptr<const Rotations>& known = tables[widest];
-    std::shared_ptr<const Rotations> table = known.lock();
+    std::weak_ptr<const TwiddleFactors>& known = tables[widest];
+    std::shared_ptr<const TwiddleFactors> table = known.lock();
     if (table == nullptr) {
-        table = std::make_shared<const Rotations>(widest);
+        table = std::make_shared<const TwiddleFactors>(widest);
         known = table;
     }
     return table;
 }
 
-Rotations::Rotations(std::size_t widest) : mTable(2 * widest, SplitArray::kRotations) {
-    const Elements table = mTable.Begin();
+TwiddleFactors::TwiddleFactors(std::size_t widest)
+    : mTable(2 * widest, SplitComplexArray::kTwiddles) {
+    const SplitComplex table = mTable.Begin();
     for (std::size_t half = 1; half <= widest; half *= 2) {
         const float angle = std::acos(-1.0F) / static_cast<float>(half);
         const complex rotation(std::cos(angle), std::sin(angle));
@@ -33,3 +36,5 @@ Rotations::Rotations(std::size_t widest) : mTable(2 * widest, SplitArray::kRotat
         }
     }
 }
+
+}  // namespace audio_filter::internal
