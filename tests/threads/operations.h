@@ -13,7 +13,7 @@ struct Operation {
     std::function<void()> run;
 };
 
-/// An object of a class that holds a lock, ready to be used, and its operations.
+/// An object, ready to use, and its operations. An operation checks its own results.
 struct Subject {
     const char* header = "";
     const char* className = "";  ///< empty for functions outside of classes
@@ -21,7 +21,8 @@ struct Subject {
     ProcessLock* lock = nullptr;        ///< null where there is none
     std::vector<Operation> sideBySide;  ///< those tagged [any] or [audio]
     std::vector<Operation> alone;       ///< those tagged [setup]
-    bool once = false;                  ///< a second call of an operation may wait for good
+    std::function<void()> check;        ///< expects what must hold once sideBySide has run
+    int calls = 5;  ///< of an operation in a row; 1 where a second call may block for good
 };
 
 Subject FilterSubject();
