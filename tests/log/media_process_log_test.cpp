@@ -135,11 +135,19 @@ TEST(MediaProcessLog, ANewLoggerIsNotInitialisedAtLevel4) {
     EXPECT_EQ(log.mLevel, 4);
 }
 
-TEST(MediaProcessLog, ALoggerWhoseLockItsThreadStillHoldsCanBeDestroyed) {
-    MediaProcessLog log;
-    log.Init(PROCESS_LOG_DEBUG, "");
-    log.WriteLog(PROCESS_LOG_DEBUG, "");
-    log.WriteLog(PROCESS_LOG_ERROR, "");
+TEST_F(MediaProcessLogTest, ALoggerWhoseLockItsThreadHoldsFourTimesClosesItsFileWhenDestroyed) {
+    const long before = OpenFileCount();
+    {
+        MediaProcessLog held;
+        ASSERT_EQ(held.Init(PROCESS_LOG_ERROR, path), 0);
+        EXPECT_EQ(held.WriteLog(PROCESS_LOG_DEBUG, "below the level"), 0);
+        EXPECT_EQ(held.WriteLog(PROCESS_LOG_ERROR, ""), 2);
+        EXPECT_EQ(held.Init(PROCESS_LOG_DEBUG, ""), 3);
+        held.mInited = false;
+        EXPECT_EQ(held.WriteLog(PROCESS_LOG_ERROR, "m"), 4);
+        EXPECT_EQ(OpenFileCount(), before + 1);
+    }
+    EXPECT_EQ(OpenFileCount(), before);
 }
 
 TEST_F(MediaProcessLogTest, AnOpenFileWithoutInitIsNowhereToWrite) {

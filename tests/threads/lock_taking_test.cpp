@@ -2,6 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
+
+#include "log/media_process_log.h"
 #include "support/posix/lock_calls.h"
 #include "threads/operations.h"
 
@@ -38,6 +41,16 @@ TEST(LockTaking, WhatIsTaggedSetupTakesNoLockButInits) {
             }
         }
     }
+}
+
+TEST(LockTaking, ALoggerWhoseLockItsThreadHoldsThreeTimesFreesItBeforeItIsDestroyed) {
+    auto log = std::make_unique<MediaProcessLog>();
+    EXPECT_EQ(log->Init(PROCESS_LOG_DEBUG, ""), 3);
+    EXPECT_EQ(log->WriteLog(PROCESS_LOG_DEBUG, ""), 0);
+    EXPECT_EQ(log->WriteLog(PROCESS_LOG_ERROR, ""), 4);
+    const LockCalls calls(&log->mLock);
+    log.reset();
+    EXPECT_TRUE(calls.IsTheOneDestroyed());
 }
 
 }  // namespace

@@ -13,6 +13,7 @@ struct Counts {
     int locks = 0;
     int ofTheOne = 0;
     int waits = 0;
+    int destroyed = 0;
 };
 
 thread_local Counts counts;
@@ -32,6 +33,12 @@ int pthread_mutex_lock(pthread_mutex_t* mutex) {
     counts.ofTheOne += counts.counting && mutex == counts.one ? 1 : 0;
     return next(mutex);
 }
+int pthread_mutex_destroy(pthread_mutex_t* mutex) {
+    static const auto next = Next<int(pthread_mutex_t*)>("pthread_mutex_destroy");
+    const int error = next(mutex);
+    counts.destroyed += counts.counting && mutex == counts.one && error == 0 ? 1 : 0;
+    return error;
+}
 int pthread_cond_wait(pthread_cond_t* cond, pthread_mutex_t* mutex) {
     static const auto next = Next<int(pthread_cond_t*, pthread_mutex_t*)>("pthread_cond_wait");
     counts.waits += counts.counting ? 1 : 0;
@@ -45,7 +52,7 @@ int nanosleep(const timespec* time, timespec* left) {
 }
 
 LockCalls::LockCalls(const void* one) {
-    counts = {true, one, 0, 0, 0};
+    counts = {true, one, 0, 0, 0, 0};
 }
 
 LockCalls::~LockCalls() {
@@ -62,4 +69,8 @@ int LockCalls::OfTheOne() const {
 
 int LockCalls::Waits() const {
     return counts.waits;
+}
+
+bool LockCalls::IsTheOneDestroyed() const {
+    return counts.destroyed == 1;
 }

@@ -14,4 +14,5 @@ public:
     int Locks() const;     ///< mutexes taken
     int OfTheOne() const;  ///< of these, the one
     int Waits() const;
+    bool IsTheOneDestroyed() const;  ///< with success, which takes a mutex that nobody holds
 };
