@@ -20,7 +20,7 @@ const std::vector<Stream> kStreams = {
     {1, 32000, SAMPLE_FMT_S16},  {2, 32000, SAMPLE_FMT_FLT}, {3, 32000, SAMPLE_FMT_S16},
     {1, 44100, SAMPLE_FMT_FLT},  {2, 44100, SAMPLE_FMT_S16}, {1, 48000, SAMPLE_FMT_S16},
     {2, 48000, SAMPLE_FMT_FLT},  {1, 8000, SAMPLE_FMT_S16},  {1, 192000, SAMPLE_FMT_FLT},
-    {1, 32000, SAMPLE_FMT_S16P},
+    {1, 32000, SAMPLE_FMT_S16P}, {1, 7936, SAMPLE_FMT_S16},  // whose history is one analysis long
 };
 
 unsigned Full(AudioClassifier& classifier) {
@@ -69,7 +69,7 @@ TEST(Allocations, OfOperatorNewAreCountedUntilTheCountIsStopped) {
     EXPECT_EQ(allocations.Stop(), counted);
 }
 
-TEST(MusicCheckAllocates, NothingInTwoAnalysesOfTenKindsOfStream) {
+TEST(MusicCheckAllocates, NothingInTwoAnalysesOf11Streams) {
     for (const Stream& stream : kStreams) {
         AudioClassifier classifier;
         ASSERT_EQ(classifier.Init(stream.channels, stream.rate, stream.format), 0);
@@ -118,6 +118,17 @@ TEST(MusicCheckAllocates, NothingForSteadyTonesWhoseSpectrumDecides) {
         }
         EXPECT_GT(music, 0) << rate;
     }
+}
+
+TEST(Array2dDelete, SkipsARowThatIsNullAndFreesTheOtherTwo) {
+    AudioClassifier classifier;
+    Allocations allocations;
+    void** rows = classifier.array2dCreate(3, 5, 4);
+    EXPECT_EQ(allocations.Held(), 4) << "three rows and their table";
+    delete[] static_cast<char*>(rows[1]);
+    rows[1] = nullptr;
+    classifier.array2dDelete(rows, 3);
+    EXPECT_EQ(allocations.Held(), 0);
 }
 
 }  // namespace
