@@ -105,20 +105,6 @@ TEST(AllocationFaults, AClassifierWhoseInitThrewIsNotInitialisedAndTheNextInitLi
     Report("AudioClassifier::Init", failures);
 }
 
-TEST(AllocationFaults, TwoAnalysesHaveNoAllocationThatCouldFail) {
-    for (const Stream& stream : kStreams) {
-        AudioClassifier classifier;
-        classifier.Init(stream.channels, stream.rate, stream.format);
-        std::vector<unsigned char> block(static_cast<std::size_t>(stream.rate) / 100 * 4 *
-                                         stream.channels);
-        Allocations allocations;
-        for (int i = 0; i < 250; ++i) {
-            classifier.MusicCheck(block.data(), static_cast<unsigned int>(block.size()));
-        }
-        EXPECT_EQ(allocations.Stop(), 0U) << stream.rate;
-    }
-}
-
 /// The steps that hand arrays out: they throw, and leave nothing behind.
 TEST(AllocationFaults, TheStepsOfTheAnalysisThrowAndLeaveNothing) {
     const auto make = [] {

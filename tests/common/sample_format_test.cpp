@@ -25,16 +25,6 @@ TEST(SampleFormat, ByteSizeOfMinus1And10AndAnyNegativeFormatIs0) {
     }
 }
 
-TEST(SampleFormat, ByteSizeOf5Is1AndOf9Is8) {
-    EXPECT_EQ(SampleByteSize(SAMPLE_FMT_U8P), 1);
-    EXPECT_EQ(SampleByteSize(SAMPLE_FMT_DBLP), 8);
-}
-
-TEST(SampleFormat, Format4IsNotPlanarAndFormat5Is) {
-    EXPECT_FALSE(IsPlanar(SAMPLE_FMT_DBL));
-    EXPECT_TRUE(IsPlanar(SAMPLE_FMT_U8P));
-}
-
 TEST(SampleFormat, ExactlyTheFormats5To9ArePlanar) {
     for (int value = -3; value < 14; ++value) {
         EXPECT_EQ(IsPlanar(Format(value)), value >= 5 && value <= 9) << value;

@@ -1,16 +1,15 @@
 #include "host/audio_writer.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
 
 #include "host/failure.h"
 #include "sound_files.h"
+#include "support/posix/full_disk.h"
 #include "support/temp_dir.h"
 
 namespace {
@@ -192,30 +191,10 @@ TEST_F(AudioWriterTest, AWavOf4GBLess65536BytesIsPlainAndOneFrameMoreMakesItRF64
     EXPECT_TRUE(keepsRoom(SampleKind::kFloat, 2, most / 8 + 1));
 }
 
-/// No file may grow beyond `bytes` while this lives.
-class FileSizeLimit {
-public:
-    explicit FileSizeLimit(rlim_t bytes) : mHandler(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &mBefore);
-        const rlimit limit = {bytes, mBefore.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FileSizeLimit() {
-        setrlimit(RLIMIT_FSIZE, &mBefore);
-        std::signal(SIGXFSZ, mHandler);
-    }
-    FileSizeLimit(const FileSizeLimit&) = delete;
-    FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
-private:
-    rlimit mBefore = {};
-    void (*mHandler)(int);
-};
-
 TEST_F(AudioWriterTest, ADiskThatIsFullAnywhereInTheLast4KBLeavesNothing) {
     for (const char* name : {"out.wav", "out.flac"}) {
         const auto isWritten = [&](rlim_t limit) {
-            const FileSizeLimit disk(limit);
+            const FullDisk disk(limit);
             try {
                 AudioWriter writer(dir.File(name), {32000, 1, SampleKind::kS16}, 30'000);
                 WriteThrough(writer, Ramp(30'000));

@@ -2,11 +2,9 @@
 // process, and of standard output where there is none.
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <filesystem>
 #include <functional>
 
@@ -16,6 +14,7 @@
 #include "log/pr_file_log_writer.h"
 #include "log/pr_log.h"
 #include "open_files.h"
+#include "support/posix/full_disk.h"
 #include "support/temp_dir.h"
 #include "variable_arguments.h"
 
@@ -26,28 +25,6 @@ namespace {
 namespace fs = std::filesystem;
 using testing::internal::CaptureStderr;
 using testing::internal::GetCapturedStderr;
-
-/// Lets no file grow beyond a size for as long as it lives: a disk that is full for a while.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t bytes) {
-        mHandler = std::signal(SIGXFSZ, SIG_IGN);
-        getrlimit(RLIMIT_FSIZE, &mBefore);
-        rlimit small = mBefore;
-        small.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &small);
-    }
-    ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &mBefore);
-        std::signal(SIGXFSZ, mHandler);
-    }
-    FullDisk(const FullDisk&) = delete;
-    FullDisk& operator=(const FullDisk&) = delete;
-
-private:
-    rlimit mBefore = {};
-    void (*mHandler)(int) = nullptr;
-};
 
 class FileFaultsPosix : public testing::Test {
 protected:
