@@ -321,6 +321,16 @@ TEST(ProcessDataPool, AnEntryCutOffFromItsNewerNeighbourIsDroppedWithTheMaximum)
     EXPECT_EQ(pool.Free().size(), 3U);
 }
 
+TEST(ProcessDataPool, TheOnlyEntryInUseByTheCountEmptiesTheListEvenIfItIsNotTheNewest) {
+    Pool pool(3);
+    ProcessData* entry = pool.Get();
+    pool.Get();
+    pool.mFreeCount = 2;
+    pool.RecycleData(entry);
+    EXPECT_TRUE(pool.InUse().empty());
+    EXPECT_EQ(pool.Free().front(), entry);
+}
+
 TEST(ProcessDataPool, UnlessThatLeavesOneInUseWhenItComesBackAfterAll) {
     Pool pool(6);
     ProcessData* cut = pool.Get();

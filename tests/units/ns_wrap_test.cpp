@@ -93,7 +93,9 @@ TEST(NSWrap, BeforeInitAndAfterClearProcessIsMinus1AndSetLevelFalse) {
     EXPECT_FALSE(wrap.setLevel(1));
     EXPECT_FALSE(wrap.Reset());
     ASSERT_TRUE(wrap.Init(32000, SAMPLE_FMT_S16, 3));
+    EXPECT_FALSE(wrap.mInited) << "no Init sets it";
     EXPECT_TRUE(wrap.Clear());
+    EXPECT_FALSE(wrap.mInited);
     EXPECT_EQ(wrap.Process(BytesOf(frame), BytesOf(frame)), -1);
     EXPECT_FALSE(wrap.setLevel(1));
     EXPECT_TRUE(wrap.Reset()) << "the stored format still is one";

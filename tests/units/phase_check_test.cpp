@@ -219,6 +219,18 @@ TEST(PhaseCheck, CountZeroOnAFreshUnitStoresTheIeeeResultsOf0Over0InThe16BitRate
     EXPECT_EQ(flt.mInPhaseRate, 0.0F);
 }
 
+TEST(PhaseCheck, Check2OfCountZeroDecidesByTheScoreLikeAnyOtherCall) {
+    PhaseCheck check = Ready();
+    check.mScore2 = 288001;  // above six seconds' worth
+    short sample = 0;
+    EXPECT_EQ(check.Check2(&sample, 0), 0);
+    EXPECT_TRUE(check.mInvert);
+    check.mScore2 = 144000;
+    float value = 0.0F;
+    EXPECT_EQ(check.Check2(&value, 0), 0);
+    EXPECT_FALSE(check.mInvert);
+}
+
 TEST(PhaseCheck, PlanarCount8HasTheFrames0And4_1And5_2And6_3And7) {
     PhaseCheck check = Ready(8000, true);
     check.mOpposedShare = 1.0F;
