@@ -3,6 +3,7 @@
 
 #include "audio_filter/audio_filter.h"
 #include "audio_filter/log_address.h"
+#include "common/result_code.h"
 #include "log/log_line.h"
 
 using namespace audio_filter::internal;
@@ -29,20 +30,20 @@ int AudioFilter::CheckCall(const EntryTags& tags, const char* inData, const char
     if (inData == nullptr || outData == nullptr || size <= 0 || sources <= 0) {
         LogLine(PROCESS_LOG_ERROR, {tags.function, tags.nothing}, tags.nothingText,
                 LogAddress(inData), LogAddress(outData), size, sources);
-        return 2;
+        return RESULT_BAD_ARGUMENT;
     }
     // Before the first accepted Init there is no stream to bound a size.
     const int bound = BoundOf(GetSampleByteSize(mSampleFmt), mChannels, mSampleRate, boundSources);
     if ((mSampleRate > 0 && size > bound) || size % sources != 0) {
         LogLine(PROCESS_LOG_ERROR, {tags.function, tags.error}, "Input parameter is error!!!");
-        return 3;
+        return RESULT_INVALID;
     }
     if (!mInited) {
         LogLine(PROCESS_LOG_ERROR, {tags.function, tags.notInited},
                 "Have not been initialized yet!!!");
-        return 4;
+        return RESULT_NOT_INITIALISED;
     }
-    return 0;
+    return RESULT_OK;
 }
 
 int AudioFilter::Process(const char* inData, char* outData, int& size,
@@ -94,7 +95,7 @@ int AudioFilter::ProcessResample(const char* inData, char* outData, int& size,
     if (current != outData) {
         std::memmove(outData, current, static_cast<std::size_t>(size));
     }
-    return 12;
+    return RESULT_RESAMPLED;
 }
 
 /// Whether a buffer has the format that the last call of Process has asked for. That call's number
@@ -121,5 +122,5 @@ int AudioFilter::SyncProcessDelay(const char* inData, char* outData, int& size,
     }
     size /= mSrcNum;
     std::memmove(outData, inData, static_cast<std::size_t>(size));
-    return 0;
+    return RESULT_OK;
 }

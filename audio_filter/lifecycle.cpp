@@ -4,6 +4,7 @@
 #include <new>
 
 #include "audio_filter/audio_filter.h"
+#include "common/result_code.h"
 #include "common/sample_format.h"
 #include "log/log_line.h"
 #include "units/suppressor_block.h"
@@ -31,7 +32,7 @@ int AudioFilter::Init(int sampleRate, int channels, SampleFmt fmt, ProcessSwitch
     mInited = false;
     if (sampleRate < 1 || channels < 1 || fmt == SAMPLE_FMT_NONE) {
         LogLine(PROCESS_LOG_ERROR, {"AudioFilter::Init"}, "Input parameter is invalid!!!");
-        return 3;
+        return RESULT_INVALID;
     }
     SetRate(sampleRate);
     mChannels = channels;
@@ -40,7 +41,7 @@ int AudioFilter::Init(int sampleRate, int channels, SampleFmt fmt, ProcessSwitch
     InitUnits();
     SetMethod(switches);
     mInited = true;
-    return 0;
+    return RESULT_OK;
 }
 
 void AudioFilter::SetRate(int sampleRate) {

@@ -3,6 +3,7 @@
 
 #include "audio_filter/audio_filter.h"
 #include "audio_filter/log_address.h"
+#include "common/result_code.h"
 #include "common/sample_format.h"
 #include "common/source_list.h"
 #include "log/log_line.h"
@@ -64,7 +65,7 @@ int AudioFilter::MulitProcess(char* inData, char* outData, int& size,
                 LogAddress(outData), LogAddress(current), size);
         std::memcpy(outData, current, static_cast<std::size_t>(size));
     }
-    return 0;
+    return RESULT_OK;
 }
 
 /// Each block by the checker of its kind. The last kind takes that of the block before, on purpose.

@@ -2,6 +2,7 @@
 
 #include "audio_filter/audio_filter.h"
 #include "audio_filter/log_address.h"
+#include "common/result_code.h"
 #include "common/sample_format.h"
 #include "log/log_line.h"
 
@@ -41,7 +42,7 @@ int AudioFilter::SingleProcess(char* inData, char* outData, int& size, AVSourceT
     LogLine(PROCESS_LOG_DEBUG, {kFunction, 530}, "copy to outbuf, outData:%d, out:%d, byteSize:%d",
             LogAddress(outData), LogAddress(current), size);
     std::memmove(outData, current, static_cast<std::size_t>(size));
-    return 0;
+    return RESULT_OK;
 }
 
 bool AudioFilter::ChecksPhase() {
@@ -99,5 +100,5 @@ int AudioFilter::AskForResampling(const char* data, char* outData, int size, AVP
     param.audioSampleRate = mProcessRate;
     param.audioChannels = mChannels;
     param.audioSampleFmt = mSampleFmt;
-    return 9;
+    return RESULT_NEEDS_RESAMPLING;
 }

@@ -8,6 +8,7 @@
 #include "classifier/framing.h"
 #include "classifier/spectrum.h"
 #include "common/pcm_view.h"
+#include "common/result_code.h"
 #include "common/sample_format.h"
 #include "units/suppressor_block.h"
 
@@ -65,7 +66,7 @@ int AudioClassifier::Init(unsigned short channels, int sampleRate, SampleFmt for
     mGathered = std::min(mGathered, static_cast<unsigned int>(historyBytes / mBytesPerSample));
     PrepareAnalysis();
     mInited = true;
-    return 0;
+    return RESULT_OK;
 }
 
 /// Makes what an analysis takes, where the history is long enough for one.

@@ -7,12 +7,12 @@
 #include "common/export.h"
 #include "common/media_process.h"
 
-/// The parameter records that travel through the engine beside its media. Of all of this the audio
-/// library reads and writes the audio format of AVParam alone; it carries the rest as it is.
+/// The parameter records that accompany media buffers through the engine. The audio library reads
+/// and writes only the audio format of AVParam and carries everything else unchanged.
 ///
-/// Plain values: copies are deep, and every member has a value from construction on. Copying and
-/// assigning throw std::bad_alloc when memory runs out; the target of an assignment then holds some
-/// members of either record. [any] for a record of one's own.
+/// Plain values: copies are deep, and construction initialises every member. Copying and assigning
+/// throw std::bad_alloc when memory runs out; the target of an assignment then holds a mixture of
+/// both records. [any], one thread at a time per record.
 
 /// A virtual background.
 struct AUDIO_FILTER_API VBGParams {
@@ -80,7 +80,7 @@ struct AUDIO_FILTER_API AIPar {
     std::string session;
 };
 
-/// Where the engine's beauty filter finds what it needs.
+/// Resources of the engine's beauty filter.
 struct AUDIO_FILTER_API BeautyInitParams {
     BeautyInitParams();
     BeautyInitParams(const BeautyInitParams& other);
@@ -92,24 +92,24 @@ struct AUDIO_FILTER_API BeautyInitParams {
     std::string licencePath;
 };
 
-/// Bytes of the engine's own that are attached to a buffer.
+/// Opaque bytes that the engine attaches to a buffer.
 struct AUDIO_FILTER_API ProcessUsrData {
     ProcessUsrData();
     /// A copy of a record without bytes is a default record.
     ProcessUsrData(const ProcessUsrData& other);
-    /// Keeps the block if the sizes are equal, and when memory runs out. From a record without
-    /// bytes: none, size -1.
+    /// Reuses the allocation when the sizes are equal; when memory runs out, the target is unchanged.
+    /// Assigning a record without bytes leaves none, and size -1.
     ProcessUsrData& operator=(const ProcessUsrData& other);
     ~ProcessUsrData();
 
     std::int32_t size = -1;  ///< bytes; -1 for none
-    char* data = nullptr;    ///< made by new[]; the record deletes it
+    char* data = nullptr;    ///< allocated with new[], owned by the record
 
 private:
     bool HasBytes() const { return data != nullptr && size > 0; }
 };
 
-/// What a media buffer is.
+/// The parameters of a media buffer.
 struct AUDIO_FILTER_API AVParam {
     AVParam();
     AVParam(const AVParam& other);

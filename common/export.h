@@ -1,16 +1,17 @@
 #pragma once
 
-/// How the library is seen from outside: what is exported, and from which thread it may be called.
+/// What the library exports, and from which threads it may be called.
 ///
 /// Thread tags. Every public operation carries one of them:
-///   [audio]  may run on the audio thread: it allocates nothing and waits for nothing, except for a
-///            lock that its own class is said to hold.
-///   [setup]  may allocate or touch files; call it while no audio runs through the object.
-///   [any]    from any thread at any time, but not beside a [setup] operation of the same object.
-/// An object whose class names no lock serves one thread at a time, whatever the tag.
+///   [audio]  may run on the audio thread: never allocates, and blocks only on the lock that the
+///            class documents, if any.
+///   [setup]  may allocate or access files; call it while no audio runs through the object.
+///   [any]    from any thread at any time, but not concurrently with a [setup] operation of the
+///            same object.
+/// A class that documents no lock supports one thread at a time per object, whatever the tag.
 ///
-/// AUDIO_FILTER_API stands on the class itself, so that all of its members are exported with it.
-/// Define AUDIO_FILTER_STATIC when linking the static library; the build's target does so.
+/// AUDIO_FILTER_API stands on the class, so that all its members are exported with it. Define
+/// AUDIO_FILTER_STATIC when linking the static library; the CMake target does so.
 #if defined(AUDIO_FILTER_STATIC)
 #define AUDIO_FILTER_API
 #elif !defined(_WIN32)

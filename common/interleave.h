@@ -6,7 +6,7 @@
 
 namespace audio_filter::internal {
 
-/// Takes stereo frames at any address apart, and puts them together again.
+/// Conversion between interleaved stereo and two channels, at any address.
 
 template <typename Sample>
 void Deinterleave(const void* stereo, std::size_t frames, void* left, void* right) {

@@ -4,18 +4,18 @@
 #include <map>
 #include <string>
 
-/// The vocabulary that the library shares with the media engine around it. The audio library uses
-/// the kinds 0 to 4, the source kinds and the sample formats; the rest belongs to the engine.
+/// The vocabulary that the library shares with the media engine. The audio library uses the
+/// processing kinds 0 to 4, the source types and the sample formats; the rest is the engine's.
 ///
-/// Every enumeration has a 32-bit underlying type, so a value outside its list may be passed: it is
-/// answered with a code, never with undefined behaviour.
+/// Every enumeration has a 32-bit underlying type, so passing a value outside its list is defined:
+/// the operation returns a result code.
 
-/// A kind of processing, and the index of its name in kProcessTypeNames.
+/// A processing kind, and the index of its name in kProcessTypeNames.
 enum ProcessType : std::int32_t {
     AP_DENOISE = 0,      ///< noise suppression
     AP_PHASE_CHECK = 1,  ///< stereo phase check
     AP_VOICE_CHANGE = 2,
-    AP_GAIN = 3,    ///< automatic gain
+    AP_GAIN = 3,    ///< a fixed gain curve that shapes the waveform; no level control
     AP_MIXING = 4,  ///< mixing of several sources
     VP_SHARPEN = 5,
     VP_BRIGHTEN = 6,
@@ -29,12 +29,11 @@ enum ProcessType : std::int32_t {
     AP_TRANSLATE = 14
 };
 
-/// Which kinds are asked for, or are active. Reading a missing key by subscript inserts it as
-/// false.
+/// The processing kinds that are requested, or on. Subscripting a missing key inserts false.
 using ProcessSwitchMap = std::map<ProcessType, bool>;
 
-/// Where one input stream comes from. Only the microphone has a meaning of its own in this library;
-/// the others are told apart from it and from each other.
+/// The type of an input source. The library treats the microphone specially and only distinguishes
+/// the others from it and from each other.
 enum AVSourceType : std::int32_t {
     AV_SOURCE_MICROPHONE = 0,
     AV_SOURCE_1 = 1,
@@ -60,8 +59,7 @@ enum SampleFmt : std::int32_t {
 /// A language of the engine's recognition and translation; the engine defines the values.
 enum LANGUAGE_TYPE : std::int32_t {};
 
-/// Names of the processing kinds, indexed by ProcessType. "VdieoBrighten" is spelt as the engine
-/// knows it.
+/// Names of the processing kinds, indexed by ProcessType. The engine spells "VdieoBrighten" so.
 const std::string kProcessTypeNames[15] = {"AudioDenoise",
                                            "AudioPhaseCheck",
                                            "VoiceChange",
@@ -78,7 +76,7 @@ const std::string kProcessTypeNames[15] = {"AudioDenoise",
                                            "AudioRecognizeOffline",
                                            "Translate"};
 
-/// The key under which the engine stores a filter's name, beside kBeautyParamKeys.
+/// The engine's key for a filter name, used alongside kBeautyParamKeys.
 const std::string kFilterNameKey = "filter_name";
 
 /// Keys of the engine's beauty parameters.

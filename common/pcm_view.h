@@ -6,9 +6,9 @@
 
 namespace audio_filter::internal {
 
-/// PCM samples at any address. Hosts hand in bytes, and nothing makes them align a block to its
-/// sample size; going through memcpy is defined at every address and costs nothing at an aligned
-/// one. A view of const samples can only be read.
+/// PCM samples at any address. Hosts pass bytes and need not align a block to its sample size;
+/// memcpy is defined at every address and free at an aligned one. A view of const samples is
+/// read-only.
 template <typename Sample>
 class PcmView {
 public:
@@ -29,12 +29,12 @@ public:
         std::memcpy(mData + index * sizeof(Value), &value, sizeof(Value));
     }
 
-    /// `count` samples from `first` on.
+    /// `count` samples, starting at `first`.
     PcmView Part(std::size_t first, std::size_t count) const {
         return {mData + first * sizeof(Value), count};
     }
 
-    /// The whole elements of another type in the same bytes.
+    /// The same bytes as whole elements of another type.
     template <typename Other>
     PcmView<Other> As() const {
         return {mData, mSize * sizeof(Value) / sizeof(Other)};

@@ -3,6 +3,7 @@
 #include <cstring>
 #include <new>
 
+#include "common/result_code.h"
 #include "common/steady_time.h"
 
 using namespace audio_filter::internal;
@@ -43,14 +44,14 @@ unsigned long long ProcessData::GetLastReleaseTime() const {
 
 int ProcessData::Reset(int bytes) {
     if (bytes < 1) {
-        return -1;
+        return RESULT_FAILURE;
     }
     if (capacity >= bytes) {
         return capacity;
     }
     char* grown = new (std::nothrow) char[static_cast<std::size_t>(bytes)]();
     if (grown == nullptr) {
-        return -1;
+        return RESULT_FAILURE;
     }
     if (data != nullptr) {
         std::memcpy(grown, data, static_cast<std::size_t>(capacity));
@@ -86,10 +87,10 @@ int ProcessData::WriteData(char* source, int bytes, unsigned long long time, Pro
 int ProcessData::Fill(const char* source, int bytes, const AVParam* avParam,
                       unsigned long long time, const ProcessUsrData* usr) {
     if (bytes < 0 || (source == nullptr && bytes > 0)) {
-        return -1;
+        return RESULT_FAILURE;
     }
     if (capacity < bytes && Reset(bytes) == -1) {
-        return -1;
+        return RESULT_FAILURE;
     }
     try {
         if (avParam != nullptr) {
@@ -103,7 +104,7 @@ int ProcessData::Fill(const char* source, int bytes, const AVParam* avParam,
             *userData = *usr;
         }
     } catch (const std::bad_alloc&) {
-        return -1;
+        return RESULT_FAILURE;
     }
     if (bytes > 0) {
         std::memcpy(data, source, static_cast<std::size_t>(bytes));
@@ -111,7 +112,7 @@ int ProcessData::Fill(const char* source, int bytes, const AVParam* avParam,
     size = bytes;
     timestamp = time;
     mRefCount = 1;
-    return 0;
+    return RESULT_OK;
 }
 
 void ProcessData::ReleaseUserData() {

@@ -7,47 +7,50 @@
 #include "common/av_param.h"
 #include "common/export.h"
 
-/// A reference-counted media buffer. A ProcessDataPool makes it, hands it out and takes it back
-/// when its last reference is released.
+/// A reference-counted media buffer, an entry of a ProcessDataPool. It returns to the pool when its
+/// last reference is released.
 ///
-/// The count may be raised and lowered from any thread; everything else belongs to who holds the
-/// buffer.
+/// Any thread may add and release references; everything else belongs to the holder of the buffer.
 class AUDIO_FILTER_API ProcessData {
 public:
-    /// Takes a buffer back.
+    /// Called when the last reference is released.
     using ReleaseCallback = void (*)(void* context, ProcessData* entry);
 
     ProcessData(const ProcessData&) = delete;
     ProcessData& operator=(const ProcessData&) = delete;
 
-    /// [any] One reference more. @return this
+    /// [any] Adds a reference. @return this
     ProcessData* SelfCopy();
 
-    /// [any] One reference less; with the last one, the buffer goes back to its pool (whose lock is
-    /// waited for) and may not be touched any more. Does nothing without a reference.
+    /// [any] Releases a reference. The last one returns the buffer to its pool, which blocks on the
+    /// pool's lock; the buffer must not be used afterwards. Does nothing without a reference.
     void SelfRelease();
 
-    /// [any] 0: free.
+    /// [any] 0 for a free entry.
     std::int32_t GetRefCount() const;
 
-    /// [any] When the last reference was released: milliseconds of a clock that never jumps.
+    /// [any] Time of the last release of the last reference, milliseconds of a monotonic clock.
     unsigned long long GetLastReleaseTime() const;
 
-    /// [setup] Room for a payload. What it holds is kept; new room starts as zeros.
+    /// [setup] Grows the payload buffer to at least `bytes`. The contents are kept; the additional
+    /// bytes are zero.
     /// @param bytes at least 1
-    /// @return the capacity, in bytes; -1 for less, or when memory runs out: the buffer is then
-    ///        kept
+    /// @return the capacity in bytes; RESULT_FAILURE for `bytes` below 1 or when memory runs out:
+    ///         the buffer is then unchanged
     int Reset(int bytes);
 
-    /// [setup] Releases the payload and the user data, and forgets all references.
+    /// [setup] Frees the payload and the user data and sets the reference count to 0, without
+    /// calling the release callback. An entry that is handed out then stays on the pool's list of
+    /// entries in use and counts as used for good: its holder's SelfRelease does nothing. Use
+    /// SelfRelease to return an entry.
     void Free();
 
-    /// [setup] Who takes the buffer back.
+    /// [setup] Sets the callback for the release of the last reference; null for none.
     void SetFree(ReleaseCallback callback, void* context);
 
     char* data = nullptr;              ///< payload, capacity bytes
     std::int32_t size = 0;             ///< bytes of payload in use
-    std::vector<std::int32_t> values;  ///< carried along
+    std::vector<std::int32_t> values;  ///< unused by the library
     unsigned long long timestamp = 0;
     AVParam param;
     ProcessUsrData* userData = nullptr;  ///< null for none
@@ -59,12 +62,12 @@ private:
     ProcessData() = default;
     ~ProcessData();
 
-    /// Fills the buffer and gives it its one reference. The form without parameters keeps those of
-    /// the entry's earlier use.
-    /// @param source size bytes; may be null for none
-    /// @param usr bytes to attach a copy of; null for none
-    /// @return 0; -1 for a negative size, a missing source, or when memory runs out: the entry is
-    ///         then without a reference
+    /// Copies a payload into the buffer and sets the reference count to 1. The overload without
+    /// parameters keeps those of the entry's previous use.
+    /// @param source `bytes` bytes; null only for 0 bytes
+    /// @param usr copied and attached; null for none
+    /// @return RESULT_OK; RESULT_FAILURE for a negative size, a null source, or when memory runs
+    ///         out: the entry then has no reference
     int WriteData(char* source, int bytes, AVParam avParam, unsigned long long time,
                   ProcessUsrData* usr);
     int WriteData(char* source, int bytes, unsigned long long time, ProcessUsrData* usr);

@@ -18,7 +18,7 @@ ProcessDataPool::ProcessDataPool(int maxCount, bool flag, int sweepInterval,
     if (mMaxCount > 0) {
         mFree = mStorage;
     }
-    // The last entry is chained, and on purpose left without a way back.
+    // The last entry is chained without a release callback: callers rely on it never returning.
     for (std::int32_t i = 0; i + 1 < mMaxCount; ++i) {
         mStorage[i].mNext = &mStorage[i + 1];
         mStorage[i].SetFree(&ProcessDataPool::DataFree, this);
@@ -123,7 +123,7 @@ void ProcessDataPool::RecycleData(ProcessData* entry) {
     CheckPool();
 }
 
-/// All older entries leave the list with it. @return whether it may become free
+/// Removes an entry and all older ones from the list. @return whether the entry becomes free
 bool ProcessDataPool::TakeOutOfUse(ProcessData* entry) {
     if (mFreeCount == mMaxCount - 1 || entry == mInUse) {
         mInUse = nullptr;
@@ -133,7 +133,7 @@ bool ProcessDataPool::TakeOutOfUse(ProcessData* entry) {
         entry->mNext->mOlder = nullptr;
         return true;
     }
-    // Neither the newest nor with a newer neighbour: the pool gives such an entry up.
+    // Neither the newest entry nor one with a newer neighbour: the pool drops it.
     --mMaxCount;
     return mFreeCount == mMaxCount - 1;
 }
@@ -147,7 +147,7 @@ bool ProcessDataPool::CheckData(ProcessData* entry) {
     return false;
 }
 
-/// Free entries keep no payload once the pool is entered again.
+/// Frees the payloads that free entries still hold.
 void ProcessDataPool::CheckPool() {
     for (ProcessData* entry = mFree; entry != nullptr; entry = entry->mNext) {
         if (entry->data != nullptr) {

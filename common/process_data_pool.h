@@ -7,58 +7,62 @@
 #include "common/process_data.h"
 #include "common/process_lock.h"
 
-/// A fixed number of media buffers, for producers and consumers on different threads. The buffers
-/// in use are kept in the order of their arrival, so that a consumer can take the oldest first;
-/// each comes back by itself when its last reference is released.
+/// A fixed number of media buffers for producers and consumers on different threads. Entries in use
+/// are listed in order of acquisition, so that a consumer can take the oldest first; each returns
+/// to the pool when its last reference is released.
 ///
 ///     ProcessDataPool pool(16, false, 100, 5000);
 ///     ProcessData* entry = pool.GetProcessData(bytes, size, param, timestamp, nullptr);
 ///     ...
 ///     entry->SelfRelease();
 ///
-/// Buffers are meant to be released in the order of their arrival. Releasing one takes the older
-/// ones out of use as well: they stay valid for who holds them, but never come back to the pool.
-/// The pool's last entry has nobody to take it back: once handed out, it is gone for good, so that
-/// the pool then has one entry fewer.
+/// Release buffers in order of acquisition. Releasing one also removes all older ones from the list
+/// of entries in use: they stay valid for their holders, but never return to the pool.
 ///
-/// It holds a lock of its own over each operation. It must outlive its buffers.
+/// The last entry of the pool has no release callback: once acquired it never returns, so the pool
+/// has one entry fewer from then on, and it stays on the list of entries in use until a newer one
+/// is released. A loop that drains the pool through GetFrontInputData must therefore stop on a
+/// count of its own, not on a null result. Entries that never return still count as used.
+///
+/// Every operation but FreeUnused holds the pool's own lock. The pool must outlive its buffers.
 class AUDIO_FILTER_API ProcessDataPool {
 public:
     /// [setup] Throws std::bad_alloc when memory runs out.
-    /// @param maxCount entries; a pool of none (or less) hands out nothing
-    /// @param flag kept, and not used
-    /// @param sweepInterval entries handed out between sweeps of the idle ones
-    /// @param idleLimitMs milliseconds since its release after which a sweep empties a free entry
+    /// @param maxCount entries; below 1, the pool is empty
+    /// @param flag stored, not used
+    /// @param sweepInterval acquisitions between sweeps of idle entries
+    /// @param idleLimitMs milliseconds after its release from which a sweep frees an idle entry
     ProcessDataPool(int maxCount, bool flag, int sweepInterval, unsigned long long idleLimitMs);
 
-    /// [setup] Releases all entries, handed out or not.
+    /// [setup] Destroys all entries, in use or not.
     ~ProcessDataPool();
     ProcessDataPool(const ProcessDataPool&) = delete;
     ProcessDataPool& operator=(const ProcessDataPool&) = delete;
 
-    /// [any] A filled entry with one reference. Allocates its payload. The form without parameters
-    /// leaves the entry those of its earlier use, or of a call for which memory ran out.
-    /// @param data size bytes, which are copied
+    /// [any] Acquires a filled entry with one reference. Allocates its payload. The overload without
+    /// parameters keeps those of the entry's previous use, or of a call that ran out of memory.
+    /// @param data `size` bytes, copied
     /// @param size bytes, at least 0
-    /// @param param taken by value, which allocates at the caller's side
-    /// @param timestamp of any unit
-    /// @param usr bytes to attach a copy of; null for none
-    /// @return null when all entries are in use, for a negative size or missing data, or when
-    ///        memory runs out
+    /// @param param by value, so the caller allocates
+    /// @param timestamp in any unit
+    /// @param usr copied and attached; null for none
+    /// @return null when all entries are in use, for a negative size or null data, or when memory
+    ///         runs out
     ProcessData* GetProcessData(char* data, int size, AVParam param, unsigned long long timestamp,
                                 ProcessUsrData* usr);
     ProcessData* GetProcessData(char* data, int size, unsigned long long timestamp,
                                 ProcessUsrData* usr);
 
-    /// [any] The oldest entry in use, without a reference of its own; null when none is in use.
+    /// [any] The oldest entry in use, without adding a reference; null when the list is empty.
     ProcessData* GetFrontInputData();
 
-    /// [any] Entries that are free, that there are, that are in use.
+    /// [any] The numbers of entries: free, in total, and used (the total less the free ones, so that
+    /// entries which never return count).
     int GetFreeDataSize();
     int GetMaxDataSize();
     int GetUsedDataSize();
 
-    /// [setup] Releases the payload and the user data of every free entry. Takes no lock.
+    /// [setup] Frees the payload and the user data of every free entry. Takes no lock.
     void FreeUnused();
 
 private:
@@ -73,8 +77,8 @@ private:
     void SweepIdle();
 
     ProcessData* mStorage;          ///< all entries
-    ProcessData* mFree = nullptr;   ///< head of the free ones
-    ProcessData* mInUse = nullptr;  ///< the newest of those in use
+    ProcessData* mFree = nullptr;   ///< head of the free list
+    ProcessData* mInUse = nullptr;  ///< newest entry in use
     bool mFlag;
     std::int32_t mFreeCount;
     std::int32_t mMaxCount;

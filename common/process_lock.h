@@ -4,8 +4,8 @@
 
 #include "common/export.h"
 
-/// The lock and the condition variable behind every class of the library that guards state: a
-/// critical section and its condition variable on Windows, the same operations on a re-entrant lock
+/// The lock and condition variable behind every class of the library that guards state: a critical
+/// section and its condition variable on Windows, a re-entrant lock with the same operations
 /// elsewhere.
 ///
 ///     ProcessLock lock;
@@ -16,10 +16,10 @@
 ///     }
 ///     process_lock_destroy(&lock);
 ///
-/// Every pointer must point to an object that its init has prepared and its destroy has not yet
-/// taken down. All operations but the two waits return 0.
+/// Every pointer must point to an object between its init and its destroy. All operations return
+/// RESULT_OK, except the two waits, which return the platform's truth value.
 
-/// A re-entrant lock: its owning thread may take it again and must give it back as often. Opaque.
+/// A re-entrant lock: its owner may lock it again and must unlock it as often. Opaque.
 struct ProcessLock {
     alignas(std::max_align_t) unsigned char storage[96] = {};
 };
@@ -29,38 +29,39 @@ struct ProcessCond {
     alignas(std::max_align_t) unsigned char storage[96] = {};
 };
 
-/// [setup] Makes the lock ready, held by nobody.
+/// [setup] Initialises the lock, unlocked.
 AUDIO_FILTER_API int process_lock_init(ProcessLock* lock);
 
-/// [setup] Takes the lock down. The calling thread may still hold it; no other thread may.
+/// [setup] Destroys the lock. The calling thread may hold it; no other thread may.
 AUDIO_FILTER_API int process_lock_destroy(ProcessLock* lock);
 
-/// [any] Waits until the lock is free or this thread's own, and takes it.
+/// [any] Locks; blocks while another thread holds the lock.
 AUDIO_FILTER_API int process_lock(ProcessLock* lock);
 
-/// [any] Gives the lock back once. Does nothing in a thread that does not hold it.
+/// [any] Unlocks one level. Does nothing in a thread that does not hold the lock.
 AUDIO_FILTER_API int process_unlock(ProcessLock* lock);
 
-/// [setup] Makes the condition ready, with nobody waiting.
+/// [setup] Initialises the condition.
 AUDIO_FILTER_API int process_cond_init(ProcessCond* cond);
 
-/// [setup] Takes the condition down; nobody may be waiting.
+/// [setup] Destroys the condition. No thread may be waiting on it.
 AUDIO_FILTER_API int process_cond_destroy(ProcessCond* cond);
 
-/// [any] Wakes one waiting thread, if there is one; it is not remembered otherwise.
+/// [any] Wakes one waiting thread. Without a waiting thread the signal is lost.
 AUDIO_FILTER_API int process_cond_signal(ProcessCond* cond);
 
-/// [any] Gives the lock up whole, however often this thread holds it, waits to be woken, and takes
-/// it back as often. A wait may also end without a signal: test the awaited state in a loop.
-/// @return non-zero when woken, 0 on failure (such as in a thread that does not hold the lock)
+/// [any] Releases every level of the lock that this thread holds, waits, and locks as many levels
+/// again. Wake-ups may be spurious: test the awaited state in a loop. A thread that is cancelled in
+/// the wait (POSIX) leaves the lock unlocked; unlocking it while the stack unwinds does nothing.
+/// @return non-zero when woken, 0 on failure (for example, the thread does not hold the lock)
 AUDIO_FILTER_API int process_cond_wait(ProcessCond* cond, ProcessLock* lock);
 
-/// [any] As process_cond_wait, for a limited time, by a clock that never jumps.
-/// @param ms limit in milliseconds; 0 looks once, negative waits without limit
+/// [any] As process_cond_wait, with a time limit by a monotonic clock.
+/// @param ms limit in milliseconds; 0 returns at once, a negative number sets no limit
 /// @return non-zero when woken, 0 on time-out or failure
 AUDIO_FILTER_API int process_cond_wait_time(ProcessCond* cond, ProcessLock* lock, int ms);
 
-/// [any] Holds a lock for as long as it lives.
+/// [any] Locks on construction and unlocks on destruction.
 class AUDIO_FILTER_API ProcessAutolock {
 public:
     explicit ProcessAutolock(ProcessLock* lock);

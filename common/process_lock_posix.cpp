@@ -6,14 +6,15 @@
 #include <new>
 
 #include "common/process_lock.h"
+#include "common/result_code.h"
 
 namespace {
 
-/// A plain mutex that knows its owner. A recursive one would not do: waiting on a condition gives
-/// back only one of its levels.
+/// A plain mutex with an owner and a depth. A recursive mutex does not serve: waiting on a condition
+/// releases only one of its levels.
 struct Lock {
     pthread_mutex_t mutex = PTHREAD_MUTEX_INITIALIZER;
-    std::atomic<std::uint64_t> owner = 0;  ///< 0 for nobody
+    std::atomic<std::uint64_t> owner = 0;  ///< 0 while the lock is free
     int depth = 0;
 };
 
@@ -29,9 +30,9 @@ pthread_cond_t* Of(ProcessCond* cond) {
     return std::launder(reinterpret_cast<pthread_cond_t*>(cond->storage));
 }
 
-/// A number that no other thread ever has: the platform's own identity of a thread that has ended
-/// is given to a later one, which would then seem to hold what the first one has left held.
-/// Initial-exec keeps the first use in a thread from allocating.
+/// A number that is never reused. The platform reuses the id of a thread that has ended, and the
+/// later thread would appear to hold the locks that the earlier one never released. Initial-exec
+/// keeps the first use in a thread from allocating.
 std::uint64_t ThisThread() {
     static std::atomic<std::uint64_t> count = 0;
     thread_local std::uint64_t identity __attribute__((tls_model("initial-exec"))) = 0;
@@ -41,7 +42,7 @@ std::uint64_t ThisThread() {
     return identity;
 }
 
-/// Only a thread itself ever writes its identity here, so what it reads of it needs no ordering.
+/// Only the thread itself writes its identity here, so the read needs no ordering.
 bool IsMine(const Lock& lock) {
     return lock.owner.load(std::memory_order_relaxed) == ThisThread();
 }
@@ -51,14 +52,36 @@ void SetOwner(Lock& lock, std::uint64_t thread, int depth) {
     lock.depth = depth;
 }
 
+/// Unlocks the mutex when a cancelled wait unwinds: the wait has locked it again by then.
+class UnlockIfCancelled {
+public:
+    explicit UnlockIfCancelled(pthread_mutex_t* mutex) : mMutex(mutex) {}
+    UnlockIfCancelled(const UnlockIfCancelled&) = delete;
+    UnlockIfCancelled& operator=(const UnlockIfCancelled&) = delete;
+    ~UnlockIfCancelled() {
+        if (mMutex != nullptr) {
+            pthread_mutex_unlock(mMutex);
+        }
+    }
+
+    void Dismiss() { mMutex = nullptr; }
+
+private:
+    pthread_mutex_t* mMutex;
+};
+
+/// Releases every level of the lock for the duration of a wait.
+/// @return 1 when woken, 0 on time-out or failure
 template <typename Wait>
-int WaitGivingUp(Lock& lock, Wait wait) {
+int WaitReleased(Lock& lock, Wait wait) {
     if (!IsMine(lock)) {
         return 0;
     }
     const int depth = lock.depth;
     SetOwner(lock, 0, 0);
+    UnlockIfCancelled guard(&lock.mutex);
     const int error = wait(&lock.mutex);
+    guard.Dismiss();
     SetOwner(lock, ThisThread(), depth);
     return error == 0 ? 1 : 0;
 }
@@ -79,7 +102,7 @@ timespec MonotonicTimeIn(int ms) {
 
 int process_lock_init(ProcessLock* lock) {
     new (lock->storage) Lock;
-    return 0;
+    return RESULT_OK;
 }
 
 int process_lock_destroy(ProcessLock* lock) {
@@ -90,7 +113,7 @@ int process_lock_destroy(ProcessLock* lock) {
     }
     pthread_mutex_destroy(&own.mutex);
     own.~Lock();
-    return 0;
+    return RESULT_OK;
 }
 
 int process_lock(ProcessLock* lock) {
@@ -101,7 +124,7 @@ int process_lock(ProcessLock* lock) {
         pthread_mutex_lock(&own.mutex);
         SetOwner(own, ThisThread(), 1);
     }
-    return 0;
+    return RESULT_OK;
 }
 
 int process_unlock(ProcessLock* lock) {
@@ -110,7 +133,7 @@ int process_unlock(ProcessLock* lock) {
         SetOwner(own, 0, 0);
         pthread_mutex_unlock(&own.mutex);
     }
-    return 0;
+    return RESULT_OK;
 }
 
 int process_cond_init(ProcessCond* cond) {
@@ -119,21 +142,21 @@ int process_cond_init(ProcessCond* cond) {
     pthread_condattr_setclock(&monotonic, CLOCK_MONOTONIC);
     pthread_cond_init(new (cond->storage) pthread_cond_t, &monotonic);
     pthread_condattr_destroy(&monotonic);
-    return 0;
+    return RESULT_OK;
 }
 
 int process_cond_destroy(ProcessCond* cond) {
     pthread_cond_destroy(Of(cond));
-    return 0;
+    return RESULT_OK;
 }
 
 int process_cond_signal(ProcessCond* cond) {
     pthread_cond_signal(Of(cond));
-    return 0;
+    return RESULT_OK;
 }
 
 int process_cond_wait(ProcessCond* cond, ProcessLock* lock) {
-    return WaitGivingUp(
+    return WaitReleased(
         Of(lock), [cond](pthread_mutex_t* mutex) { return pthread_cond_wait(Of(cond), mutex); });
 }
 
@@ -141,7 +164,7 @@ int process_cond_wait_time(ProcessCond* cond, ProcessLock* lock, int ms) {
     if (ms < 0) {
         return process_cond_wait(cond, lock);
     }
-    return WaitGivingUp(Of(lock), [cond, until = MonotonicTimeIn(ms)](pthread_mutex_t* mutex) {
+    return WaitReleased(Of(lock), [cond, until = MonotonicTimeIn(ms)](pthread_mutex_t* mutex) {
         return pthread_cond_timedwait(Of(cond), mutex, &until);
     });
 }

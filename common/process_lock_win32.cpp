@@ -4,6 +4,7 @@
 #include <new>
 
 #include "common/process_lock.h"
+#include "common/result_code.h"
 
 namespace {
 
@@ -29,7 +30,7 @@ int Wait(ProcessCond* cond, ProcessLock* lock, DWORD ms) {
     if (!IsMine(section)) {
         return 0;
     }
-    // The wait itself leaves the section once only.
+    // The wait leaves the section only once.
     const LONG extra = section->RecursionCount - 1;
     for (LONG level = 0; level < extra; ++level) {
         LeaveCriticalSection(section);
@@ -45,7 +46,7 @@ int Wait(ProcessCond* cond, ProcessLock* lock, DWORD ms) {
 
 int process_lock_init(ProcessLock* lock) {
     InitializeCriticalSection(new (lock->storage) CRITICAL_SECTION);
-    return 0;
+    return RESULT_OK;
 }
 
 int process_lock_destroy(ProcessLock* lock) {
@@ -54,12 +55,12 @@ int process_lock_destroy(ProcessLock* lock) {
         LeaveCriticalSection(section);
     }
     DeleteCriticalSection(section);
-    return 0;
+    return RESULT_OK;
 }
 
 int process_lock(ProcessLock* lock) {
     EnterCriticalSection(Of(lock));
-    return 0;
+    return RESULT_OK;
 }
 
 int process_unlock(ProcessLock* lock) {
@@ -67,21 +68,21 @@ int process_unlock(ProcessLock* lock) {
     if (IsMine(section)) {
         LeaveCriticalSection(section);
     }
-    return 0;
+    return RESULT_OK;
 }
 
 int process_cond_init(ProcessCond* cond) {
     InitializeConditionVariable(new (cond->storage) CONDITION_VARIABLE);
-    return 0;
+    return RESULT_OK;
 }
 
 int process_cond_destroy(ProcessCond*) {
-    return 0;
+    return RESULT_OK;
 }
 
 int process_cond_signal(ProcessCond* cond) {
     WakeConditionVariable(Of(cond));
-    return 0;
+    return RESULT_OK;
 }
 
 int process_cond_wait(ProcessCond* cond, ProcessLock* lock) {

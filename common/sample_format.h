@@ -4,10 +4,9 @@
 
 namespace audio_filter::internal {
 
-/// Questions that a sample format is asked. Any number may be passed for one: a SampleFmt may hold
-/// it.
+/// Properties of a sample format. They take any number, because a SampleFmt can hold any.
 
-/// Bytes of one sample; 0 for anything that is not a format.
+/// Bytes per sample; 0 for a number that is no format.
 constexpr int SampleByteSize(int fmt) {
     constexpr int kBytes[10] = {1, 2, 4, 4, 8, 1, 2, 4, 4, 8};
     return fmt < SAMPLE_FMT_U8 || fmt > SAMPLE_FMT_DBLP ? 0 : kBytes[fmt];

@@ -7,7 +7,7 @@
 
 namespace audio_filter::internal {
 
-/// Questions that the sources of one buffer are asked, in the order in which their blocks lie.
+/// Properties of the list of source types that describes a buffer.
 
 inline bool HasMicrophone(const std::vector<AVSourceType>& sources) {
     return std::find(sources.begin(), sources.end(), AV_SOURCE_MICROPHONE) != sources.end();

@@ -4,7 +4,7 @@
 
 namespace audio_filter::internal {
 
-/// Milliseconds of a clock that never jumps.
+/// Milliseconds of a monotonic clock.
 inline unsigned long long SteadyMilliseconds() {
     const auto now = std::chrono::steady_clock::now().time_since_epoch();
     const auto nanoseconds = std::chrono::duration_cast<std::chrono::nanoseconds>(now).count();

@@ -4,7 +4,7 @@
 
 namespace audio_filter::internal {
 
-/// The machine's clock, as far as the logs need it.
+/// The wall clock, for log lines and log file names.
 
 /// A date and time of day in the local time zone.
 struct LocalTime {

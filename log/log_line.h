@@ -8,14 +8,15 @@
 
 namespace audio_filter::internal {
 
-/// The one form of the library's own log lines. This call, in line 83,
+/// The format of the library's own log lines. This call, in line 83,
 ///
 ///     LogLine(PROCESS_LOG_ERROR, {"AudioFilter::Init"}, "error code is %d", -1);
 ///
 /// prints 2024-03-07 09:05:02.041:[ERROR]MediaProcessLog:AudioFilter::Init:83:error code is -1
 
-/// Where a line comes from: the qualified function, and the line tag, which is the site's own
-/// source line unless another is given.
+/// The origin of a log line: the qualified function and the line tag. The tag is the source line of
+/// the call unless the call passes a fixed one: hosts search their logs for the fixed tags (275 ..
+/// 683), which are therefore part of the interface and unrelated to lines of these files.
 struct LogSite {
     LogSite(const char* siteFunction, int siteLine = __builtin_LINE())
         : function(siteFunction), line(siteLine) {}
@@ -24,13 +25,13 @@ struct LogSite {
     int line;
 };
 
-/// Date, level tag, module word, function and line tag.
+/// Date, level tag, module, function and line tag.
 std::string LogPrefix(ProcessLogLevel level, const LogSite& site);
 
-/// Sends a line to pr_log while logging is on; else nothing is built and nothing called. A line for
-/// which there is no memory is lost: what it is about goes on.
+/// Dispatches a line to pr_log while logging is on; otherwise does nothing. When memory runs out,
+/// the line is lost and processing continues.
 /// @param level 1..4
-/// @param args what printf takes
+/// @param args as for printf
 template <typename... Args>
 void LogLine(ProcessLogLevel level, const LogSite& site, const char* format, Args... args) {
     if (!pr_log_enalbe) {

@@ -4,7 +4,7 @@ namespace audio_filter::internal {
 
 namespace {
 
-/// "%%" as the formatter prints it, and everything else as it stands: there is nothing to convert.
+/// Prints "%%" as "%", and everything else literally.
 void PrintWithoutArguments(std::FILE* stream, const char* format) {
     for (const char* c = format; *c != '\0'; ++c) {
         std::fputc(*c, stream);

@@ -6,8 +6,8 @@
 
 namespace audio_filter::internal {
 
-/// An argument list as the writers take it, and back: a char* where va_list is one, else the list's
-/// address. A va_list parameter decays where it is an array: pack a local one.
+/// Conversion between a va_list and the char* that writers take: the list itself where va_list is a
+/// char*, else its address. A va_list parameter decays where it is an array: pack a local copy.
 template <typename List = va_list>
 char* PackArguments(List& args) {
     if constexpr (std::is_same_v<List, char*>) {
@@ -26,8 +26,8 @@ List& UnpackArguments(char*& args) {
     }
 }
 
-/// Prints prefix, ":", the formatted message and a newline, and flushes. Texts may be null, for
-/// empty; args as for PRLogWriter::WriteLog.
+/// Prints prefix, ":", the formatted message and a newline, and flushes. Null texts print as empty;
+/// args as for PRLogWriter::WriteLog.
 void PrintLogMessage(std::FILE* stream, const char* prefix, const char* format, char* args);
 
 }  // namespace audio_filter::internal

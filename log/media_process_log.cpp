@@ -1,5 +1,7 @@
 #include "log/media_process_log.h"
 
+#include "common/result_code.h"
+
 #include <cstdarg>
 
 namespace {
@@ -22,7 +24,7 @@ MediaProcessLog::~MediaProcessLog() {
 int MediaProcessLog::Init(ProcessLogLevel level, std::string path) {
     process_lock(&mLock);
     if (path.empty() || !IsLevel(level)) {
-        return 3;  // with the lock held, as callers know it
+        return RESULT_INVALID;  // deliberately with the lock held
     }
     mInited = false;
     mLevel = level;
@@ -30,7 +32,7 @@ int MediaProcessLog::Init(ProcessLogLevel level, std::string path) {
     mFile = std::fopen(path.c_str(), "w+");
     mInited = true;
     process_unlock(&mLock);
-    return 0;
+    return RESULT_OK;
 }
 
 bool MediaProcessLog::IsInited() {
@@ -53,24 +55,24 @@ bool MediaProcessLog::Uninit() {
 
 int MediaProcessLog::WriteLog(ProcessLogLevel level, std::string format, ...) {
     process_lock(&mLock);
-    // These three leave with the lock held, as callers know it.
+    // These three deliberately return with the lock held.
     if (level < mLevel) {
-        return 0;
+        return RESULT_OK;
     }
     if (mFile == nullptr || !mInited) {
-        return 4;
+        return RESULT_NOT_INITIALISED;
     }
     if (format.empty()) {
-        return 2;
+        return RESULT_BAD_ARGUMENT;
     }
     va_list args;
-    va_start(args, format);  // after a class by value, which GCC and clang support
+    va_start(args, format);  // after a class by value: supported by GCC and clang
     std::vfprintf(mFile, format.c_str(), args);
     va_end(args);
     std::fputc('\n', mFile);
     std::fflush(mFile);
     process_unlock(&mLock);
-    return 0;
+    return RESULT_OK;
 }
 
 void MediaProcessLog::CloseFile() {

@@ -7,7 +7,7 @@
 #include "common/export.h"
 #include "common/process_lock.h"
 
-/// The levels of all logging; a higher one is more urgent.
+/// Log levels, in order of increasing severity.
 enum ProcessLogLevel : std::int32_t {
     PROCESS_LOG_DEBUG = 1,
     PROCESS_LOG_INFO = 2,
@@ -21,12 +21,12 @@ enum ProcessLogLevel : std::int32_t {
 ///     log.Init(PROCESS_LOG_INFO, "stream.log");
 ///     log.WriteLog(PROCESS_LOG_WARN, "%d frames late", late);
 ///
-/// What a full disk has no room for is lost, without a word. Two loggers of one file overwrite each
-/// other's lines.
+/// A full disk loses lines silently. Two loggers of one file overwrite each other's lines.
 ///
-/// It holds a lock of its own. Some results leave that lock held by the calling thread, on purpose;
-/// as the lock is re-entrant, this does not stop that thread, but other threads then wait at this
-/// logger until the holder destroys it.
+/// The logger has its own lock. A deliberate oddity: some results leave that lock held by the
+/// calling thread. The lock is re-entrant, so that thread is not affected, but every other thread
+/// that uses the logger then blocks until the holder destroys it. No thread may be waiting when the
+/// logger is destroyed.
 class AUDIO_FILTER_API MediaProcessLog {
 public:
     /// [setup] Not initialised, at level 4.
@@ -34,30 +34,33 @@ public:
     MediaProcessLog(const MediaProcessLog&) = delete;
     MediaProcessLog& operator=(const MediaProcessLog&) = delete;
 
-    /// [setup] Closes the file. In a thread that left the lock held, or while nobody does.
+    /// [setup] Closes the file. Call it from the thread that holds the lock, or while no thread does,
+    /// and never while another thread waits for it.
     ~MediaProcessLog();
 
-    /// [setup] Opens a file and truncates it. That it cannot be opened shows in WriteLog only.
-    /// @param level 1..4, the lowest that is written
+    /// [setup] Opens and truncates a file. A failure to open it shows only in WriteLog.
+    /// @param level 1..4, the lowest level that is written
     /// @param path not empty
-    /// @return 0; 3 for a level or path out of range: nothing changes and the lock stays held
+    /// @return RESULT_OK; RESULT_INVALID for a bad level or path: nothing changes, and the lock stays
+    ///         held
     int Init(ProcessLogLevel level, std::string path);
 
     /// [setup] Takes no lock.
     bool IsInited();
 
-    /// [setup] Anything but 1..4 is ignored. Takes no lock.
+    /// [setup] Values outside 1..4 are ignored. Takes no lock.
     void SetLogLevel(ProcessLogLevel level);
 
     /// [any] Closes the file and sets the level to 4.
     /// @return true
     bool Uninit();
 
-    /// [any] Writes a line: no date, no prefix. It goes to a file: an audio thread that must not
-    /// wait keeps away. Checks in this order:
-    /// @param format and what follows: as for printf
-    /// @return 0 for a level below the logger's, with the lock held; 4 without an open file, with
-    ///        the lock held; 2 for an empty format, with the lock held; 0 when written
+    /// [any] Writes a line, without date or prefix. It accesses a file: do not call it from a thread
+    /// that must not block.
+    /// @param format and the arguments: as for printf
+    /// @return in this order: RESULT_OK for a level below the logger's, RESULT_NOT_INITIALISED without
+    ///         an open file, RESULT_BAD_ARGUMENT for an empty format, each with the lock left held;
+    ///         RESULT_OK for a line that was written
     int WriteLog(ProcessLogLevel level, std::string format, ...);
 
 private:

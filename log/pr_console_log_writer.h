@@ -10,17 +10,17 @@ struct PRConsoleLogParam {
     std::int32_t nType = 0;  ///< 0 standard output, 1 standard error
 };
 
-/// Prints to standard output or standard error, which it does not own.
+/// Writes to standard output or standard error.
 class AUDIO_FILTER_API PRConsoleLogWriter : public PRLogWriter {
 public:
     /// [setup]
-    /// @param level 1..4, the lowest that is printed
+    /// @param level 1..4, the lowest level that is written
     explicit PRConsoleLogWriter(int level);
 
-    /// [setup] Says on standard error what it does not take, and then goes on printing where it did
-    /// before, which is nowhere at first.
+    /// [setup] Selects the stream. Reports a bad block on standard error. An unknown nType leaves no
+    /// stream, so that later writes fail; a null block keeps the previous one.
     /// @param param PRConsoleLogParam
-    /// @return 0; -1 for a null block or another nType
+    /// @return RESULT_OK; RESULT_FAILURE for a null block or an unknown nType
     int Init(void* param) override;
 
     /// [setup]

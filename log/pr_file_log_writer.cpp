@@ -2,6 +2,7 @@
 
 #include <new>
 
+#include "common/result_code.h"
 #include "common/wall_clock.h"
 #include "log/log_output.h"
 #include "log/pr_log.h"
@@ -18,35 +19,35 @@ int PRFileLogWriter::Init(void* param) try {
     const auto* block = static_cast<const PRFileLogParam*>(param);
     if (block == nullptr || block->namePrefix.empty()) {
         std::fprintf(stderr, "InitParam error\n");
-        return -1;
+        return RESULT_FAILURE;
     }
     mNamePrefix = block->namePrefix;
     nPartionSize = block->nPartionSize;
     mPartitionPeriod = block->partitionPeriod;
     if (nPartionSize >= 1 && mPartitionPeriod >= 1) {
         std::fprintf(stderr, "InitParam error nPartionSize canot both > 0");
-        return -1;
+        return RESULT_FAILURE;
     }
     if (OpenFile(nPartionSize >= 1 ? "0" : GetPRFormatDate2()) != 0) {
-        return -1;
+        return RESULT_FAILURE;
     }
     mWrittenCount = 0;
     mPartNumber = 0;
     mStartTime = CalendarSecondsNow();
-    return 0;
+    return RESULT_OK;
 } catch (const std::bad_alloc&) {
-    return -1;
+    return RESULT_FAILURE;
 }
 
 int PRFileLogWriter::WriteLog(int level, const char* prefix, const char* format, char* args) {
     if (level < mLevel) {
-        return 0;
+        return RESULT_OK;
     }
     if (CheckPartion() != 0 || mFile == nullptr) {
-        return -1;
+        return RESULT_FAILURE;
     }
     PrintLogMessage(mFile, prefix, format, args);
-    return 0;
+    return RESULT_OK;
 }
 
 void PRFileLogWriter::Destroy() {
@@ -59,7 +60,7 @@ void PRFileLogWriter::Destroy() {
 int PRFileLogWriter::CheckPartion() try {
     if (nPartionSize > 0) {
         if (mWrittenCount <= static_cast<std::uint32_t>(nPartionSize)) {
-            return 0;
+            return RESULT_OK;
         }
         ++mPartNumber;
         return OpenFile(std::to_string(mPartNumber));
@@ -67,19 +68,19 @@ int PRFileLogWriter::CheckPartion() try {
     if (mPartitionPeriod >= 1 && CalendarSecondsNow() - mStartTime > mPartitionPeriod) {
         return OpenFile(GetPRFormatDate2());
     }
-    return 0;
+    return RESULT_OK;
 } catch (const std::bad_alloc&) {
-    return -1;
+    return RESULT_FAILURE;
 }
 
-/// Closes the file and opens, truncated, the one named prefix + "_" + suffix.
+/// Closes the file, then opens and truncates prefix + "_" + suffix.
 int PRFileLogWriter::OpenFile(const std::string& suffix) {
     Destroy();
     mFileName = mNamePrefix + "_" + suffix;
     mFile = std::fopen(mFileName.c_str(), "w+");
     if (mFile == nullptr) {
         std::fprintf(stderr, "could not open log file %s", mFileName.c_str());
-        return -1;
+        return RESULT_FAILURE;
     }
-    return 0;
+    return RESULT_OK;
 }

@@ -8,35 +8,37 @@
 
 /// Parameter block of PRFileLogWriter. At most one of the limits may be positive.
 struct PRFileLogParam {
-    std::string namePrefix;            ///< path and start of the file names, not empty
-    std::int32_t nPartionSize = 0;     ///< limit of the written count; 1 or more: files by number
-    std::int32_t partitionPeriod = 0;  ///< seconds; 1 or more: a new file once they have passed
+    std::string namePrefix;            ///< path and start of the file name, not empty
+    std::int32_t nPartionSize = 0;     ///< from 1 on, files are numbered and the size is limited
+    std::int32_t partitionPeriod = 0;  ///< seconds; from 1 on, a new file when they have passed
 };
 
-/// Prints to a file that it owns: namePrefix + "_" + the local date and time, or + "_0" when a size
-/// limit is set. A file of that name is truncated, and two writers of one name, in one process or
-/// in several, overwrite each other's lines: each needs a prefix of its own.
+/// Writes to a file that it owns: namePrefix + "_" + the local date and time, or + "_0" when a size
+/// limit is set. An existing file of that name is truncated. Give each writer its own prefix: two
+/// writers of one file, in one process or in several, overwrite each other's lines.
 ///
-/// What a full disk has no room for is lost, without a word; once there is room, lines are written
-/// again, the first of which may be joined to a piece of a lost one.
+/// A full disk loses lines silently. Once there is room, writing resumes, and the first line may
+/// follow a fragment of a lost one.
 ///
-/// Two things stand as they do on purpose, because readers of the logs rely on them: nothing
-/// advances the written count, so a size limit never replaces the file; and the start time is not
-/// renewed, so once the period has passed, every message opens a file of its own.
+/// Two deliberate oddities, kept because readers of the logs rely on them: nothing advances the
+/// written count, so a size limit never replaces the file; and the start time is not renewed, so
+/// once the period has passed, every message opens a new file.
 class AUDIO_FILTER_API PRFileLogWriter : public PRLogWriter {
 public:
     /// [setup]
-    /// @param level 1..4, the lowest that is printed
+    /// @param level 1..4, the lowest level that is written
     explicit PRFileLogWriter(int level);
 
     /// [setup] Closes the file if it is open.
     ~PRFileLogWriter();
 
-    /// [setup] Opens the file. Says on standard error what it does not take. A null block, an empty
-    /// prefix and two positive limits leave a file that is open in use. With a period, a file that
-    /// could not be opened is tried again at every message.
+    /// [setup] Opens the file. Reports a bad block on standard error. A null block, an empty prefix
+    /// and two positive limits leave an open file in use. With a period, a file that could not be
+    /// opened is retried by the first message after the period of the last successful Init is over,
+    /// and by every message if there was none.
     /// @param param PRFileLogParam
-    /// @return 0; -1 also when memory runs out
+    /// @return RESULT_OK; RESULT_FAILURE for a bad block, a file that cannot be opened, or when
+    ///         memory runs out
     int Init(void* param) override;
 
     /// [setup]
@@ -46,8 +48,8 @@ public:
     void Destroy() override;
 
 private:
-    /// Replaces the file where a limit says so; before every accepted message.
-    /// @return 0, or -1
+    /// Runs before every accepted message; replaces the file when a limit requires it.
+    /// @return RESULT_OK, or RESULT_FAILURE
     virtual int CheckPartion();
 
     int OpenFile(const std::string& suffix);

@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <iterator>
 #include <memory>
 #include <new>
 
+#include "common/result_code.h"
 #include "common/wall_clock.h"
 #include "log/log_output.h"
 #include "log/media_process_log.h"
@@ -13,41 +15,61 @@
 
 using namespace audio_filter::internal;
 
-PRLog* pr_log = new (std::nothrow) PRLog;
-bool pr_log_enalbe = false;
+constinit PRLog* pr_log = nullptr;
+constinit bool pr_log_enalbe = false;
 
 namespace {
 
+/// Ahead of the global objects of a host that links the library statically.
+struct CreateDispatcher {
+    CreateDispatcher() { pr_log = new (std::nothrow) PRLog; }
+};
+[[gnu::init_priority(101)]] const CreateDispatcher gCreateDispatcher;
+
 template <typename Writer>
-bool DestroyAs(PRLogWriter* writer) {
-    auto* own = dynamic_cast<Writer*>(writer);
-    if (own != nullptr) {
-        own->Writer::~Writer();
-    }
-    return own != nullptr;
+PRLogWriter* Create(int level) {
+    return new Writer(level);
 }
 
-/// Writers have no virtual destructor, and the file writer owns strings: each is destroyed as what
-/// it is, then its storage is released.
+/// @return false for a writer of another class
+template <typename Writer>
+bool Delete(PRLogWriter* writer) {
+    auto* own = dynamic_cast<Writer*>(writer);
+    if (own == nullptr) {
+        return false;
+    }
+    own->Writer::~Writer();
+    ::operator delete(own);
+    return true;
+}
+
+/// Writers have no virtual destructor, so a type that can be created names its deletion, too.
+struct WriterType {
+    ProcessLogType type;
+    PRLogWriter* (*create)(int level);
+    bool (*deleteIfOwn)(PRLogWriter* writer);
+};
+
+template <typename Writer>
+constexpr WriterType TypeOf(ProcessLogType type) {
+    return {type, &Create<Writer>, &Delete<Writer>};
+}
+
+constexpr WriterType kWriterTypes[] = {TypeOf<PRConsoleLogWriter>(PROCESS_LOG_CONSOLE),
+                                       TypeOf<PRFileLogWriter>(PROCESS_LOG_FILE)};
+
 struct ReleaseWriter {
     void operator()(PRLogWriter* writer) const {
         writer->Destroy();
-        void* storage = dynamic_cast<void*>(writer);
-        if (!DestroyAs<PRFileLogWriter>(writer)) {
-            DestroyAs<PRConsoleLogWriter>(writer);
+        for (const WriterType& entry : kWriterTypes) {
+            if (entry.deleteIfOwn(writer)) {
+                return;
+            }
         }
-        ::operator delete(storage);
     }
 };
 
 using OwnedWriter = std::unique_ptr<PRLogWriter, ReleaseWriter>;
-
-OwnedWriter MakeWriter(ProcessLogType type, int level) {
-    if (type == PROCESS_LOG_FILE) {
-        return OwnedWriter(new PRFileLogWriter(level));
-    }
-    return OwnedWriter(new PRConsoleLogWriter(level));
-}
 
 std::string FormatDate(const char* format) {
     const LocalTime now = LocalTimeNow();
@@ -95,19 +117,22 @@ PRLog::~PRLog() {
 int PRLog::AddLog(ProcessLogType type, void* param, int level) {
     const ProcessAutolock hold(&mLock);
     if (type == PROCESS_LOG_UNSUPPORTED) {
-        return -1;
+        return RESULT_FAILURE;
     }
-    if (type != PROCESS_LOG_CONSOLE && type != PROCESS_LOG_FILE) {
+    const auto* entry =
+        std::find_if(std::begin(kWriterTypes), std::end(kWriterTypes),
+                     [type](const WriterType& candidate) { return candidate.type == type; });
+    if (entry == std::end(kWriterTypes)) {
         std::fprintf(stderr, "Log Type unrecgnized LogType=%d", type);
-        return -1;
+        return RESULT_FAILURE;
     }
     try {
-        OwnedWriter writer = MakeWriter(type, level);
+        OwnedWriter writer(entry->create(level));
         writer->Init(param);
         mWriters.push_back(writer.get());
         return writer.release()->GetId();
     } catch (const std::bad_alloc&) {
-        return -1;
+        return RESULT_FAILURE;
     }
 }
 
@@ -115,11 +140,11 @@ int PRLog::RemoveLog(int id) {
     const ProcessAutolock hold(&mLock);
     const auto position = Find(id);
     if (position == mWriters.end()) {
-        return -1;
+        return RESULT_FAILURE;
     }
     const OwnedWriter writer(*position);
     mWriters.erase(position);
-    return 0;
+    return RESULT_OK;
 }
 
 int PRLog::SetLogLevel(int id, int level) {
@@ -131,7 +156,7 @@ int PRLog::SetLogLevel(int id, int level) {
 int PRLog::RemoveAllLog() {
     const ProcessAutolock hold(&mLock);
     ReleaseAll();
-    return 0;
+    return RESULT_OK;
 }
 
 void PRLog::Info(std::string prefix, const char* format, ...) {
@@ -167,7 +192,7 @@ PRLog::Writers::iterator PRLog::Find(int id) {
                         [id](PRLogWriter* writer) { return writer->GetId() == id; });
 }
 
-/// Every writer consumes the list it gets, so each gets a copy of its own.
+/// A writer consumes its argument list, so each gets a copy.
 void PRLog::Dispatch(int level, const std::string& prefix, const char* format, va_list args) {
     const ProcessAutolock hold(&mLock);
     for (PRLogWriter* writer : mWriters) {

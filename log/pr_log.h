@@ -9,25 +9,25 @@
 #include "common/process_lock.h"
 #include "log/pr_log_writer.h"
 
-/// The kinds of writers that PRLog::AddLog is asked for.
+/// The writer types of PRLog::AddLog.
 enum ProcessLogType : std::int32_t {
     PROCESS_LOG_CONSOLE = 0,     ///< PRConsoleLogWriter
     PROCESS_LOG_FILE = 1,        ///< PRFileLogWriter
-    PROCESS_LOG_UNSUPPORTED = 2  ///< known, and not built here
+    PROCESS_LOG_UNSUPPORTED = 2  ///< reserved, not implemented
 };
 
-/// Hands every message to each of its writers, which apply their own levels. The library logs to
-/// the one instance in `pr_log`, and only while `pr_log_enalbe` is set:
+/// Dispatches every message to all its writers; each applies its own level. The library logs to the
+/// instance in `pr_log`, and only while `pr_log_enalbe` is set:
 ///
 ///     PRConsoleLogParam console = {0};
 ///     pr_log->AddLog(PROCESS_LOG_CONSOLE, &console, 2);
 ///     PR_LOG_ENABLE(true);
 ///
-/// Holds its own lock in every operation: writers never see two messages at once. The virtual
-/// operations keep their order, which callers across the library boundary rely on.
+/// Every operation holds the dispatcher's own lock, so a writer handles one message at a time. The
+/// order of the virtual operations is fixed: callers across the library boundary rely on it.
 class AUDIO_FILTER_API PRLog {
 public:
-    /// [setup] Without writers.
+    /// [setup] A dispatcher without writers.
     PRLog();
     PRLog(const PRLog&) = delete;
     PRLog& operator=(const PRLog&) = delete;
@@ -35,28 +35,28 @@ public:
     /// [setup] Destroys and releases every writer.
     virtual ~PRLog();
 
-    /// [any] Adds a writer and initialises it. One whose Init fails is added all the same. Ids are
-    /// not atomic: not beside another thread that makes a writer elsewhere.
-    /// @param param parameter block of the kind: PRConsoleLogParam or PRFileLogParam
-    /// @param level 1..4, the lowest that the writer prints
-    /// @return the writer's id; -1 for another kind, and when memory runs out
+    /// [any] Adds and initialises a writer. A writer whose Init fails is added all the same. The id
+    /// counter is not atomic: no other thread may create a writer elsewhere at the same time.
+    /// @param param the writer's parameter block: PRConsoleLogParam or PRFileLogParam
+    /// @param level 1..4, the lowest level that the writer prints
+    /// @return the writer's id; RESULT_FAILURE for another type, or when memory runs out
     virtual int AddLog(ProcessLogType type, void* param, int level);
 
     /// [any] Destroys and releases a writer.
-    /// @return 0, or -1 for an unknown id
+    /// @return RESULT_OK; RESULT_FAILURE for an unknown id
     virtual int RemoveLog(int id);
 
     /// [any]
-    /// @return what the writer answers, or -1 for an unknown id
+    /// @return the result of the writer; RESULT_FAILURE for an unknown id
     virtual int SetLogLevel(int id, int level);
 
     /// [any] Destroys and releases every writer.
-    /// @return 0
+    /// @return RESULT_OK
     virtual int RemoveAllLog();
 
-    /// [any] Sends a message of level 2, 1, 3 or 4. Writers print to files and streams: an audio
-    /// thread that must not wait keeps away.
-    /// @param format and what follows: as for printf
+    /// [any] Dispatches a message at level 2, 1, 3 or 4. Writers access files and streams: do not
+    /// call this from a thread that must not block.
+    /// @param format and the arguments: as for printf
     virtual void Info(std::string prefix, const char* format, ...);
     virtual void Debug(std::string prefix, const char* format, ...);
     virtual void Warn(std::string prefix, const char* format, ...);
@@ -69,27 +69,28 @@ private:
     void Dispatch(int level, const std::string& prefix, const char* format, va_list args);
     void ReleaseAll();
 
-    Writers mWriters;  ///< owned, in the order in which they were added
+    Writers mWriters;  ///< owned, in the order of their addition
     ProcessLock mLock;
 };
 
-/// [setup] The dispatcher in use. The library makes it when it is loaded and never deletes it; null
-/// if that fails. A host that deletes or replaces it turns logging off before: while logging is on,
-/// it is not asked whether it is null.
+/// [setup] The dispatcher in use. It exists before the host's global objects are constructed: the
+/// shared library creates it when it is loaded, and a static build at initialisation priority 101,
+/// ahead of every object without a priority. The library never deletes it. It is null only if that
+/// one allocation failed. Switch logging off before deleting or replacing it: while logging is on,
+/// the library does not test it for null.
 extern AUDIO_FILTER_API PRLog* pr_log;
 
-/// [setup] Whether the library logs at all; false at first. Spelt as callers know it.
+/// [setup] Whether the library logs; initially false. The spelling is part of the interface.
 extern AUDIO_FILTER_API bool pr_log_enalbe;
 
 /// [setup] Sets pr_log_enalbe.
 AUDIO_FILTER_API void PR_LOG_ENABLE(bool enable);
 
-/// [setup] The next number of the sequence 0, 1, 2, ... from which writers take their ids. Not
-/// atomic.
+/// [setup] The next id of the sequence 0, 1, 2, ... that writers draw from. Not atomic.
 AUDIO_FILTER_API int GeneratePRLogId();
 
 /// [any] The local time as "2024-03-07 09:05:02.041". Throws std::bad_alloc when memory runs out,
-/// as the next one.
+/// as does the next function.
 AUDIO_FILTER_API std::string GetPRFormatDate();
 
 /// [any] The local time as "2024_03_07_09_05_02_041", for file names.

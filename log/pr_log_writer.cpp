@@ -1,5 +1,6 @@
 #include "log/pr_log_writer.h"
 
+#include "common/result_code.h"
 #include "log/pr_log.h"
 
 PRLogWriter::PRLogWriter(int level) : mLevel(level), mId(GeneratePRLogId()) {}
@@ -10,5 +11,5 @@ int PRLogWriter::GetId() {
 
 int PRLogWriter::SetLevel(int level) {
     mLevel = level;
-    return 0;
+    return RESULT_OK;
 }

@@ -4,41 +4,41 @@
 
 #include "common/export.h"
 
-/// Where log messages go: the base of the console and the file writer. A writer prints the messages
-/// whose level is its own or higher: 1 debug, 2 info, 3 warn, 4 error.
+/// A destination of log messages, the base of the console and the file writer. A writer prints
+/// messages at its own level and above: 1 debug, 2 info, 3 warn, 4 error.
 ///
-/// Writers do not lock; PRLog calls them under its own lock. There is no virtual destructor: an
-/// owner calls Destroy and then deletes the writer as the class it is. The virtual operations keep
-/// their order, which callers across the library boundary rely on.
+/// Writers do not lock; PRLog calls them under its lock. There is no virtual destructor: the owner
+/// calls Destroy, then deletes the writer as its own class. The order of the virtual operations is
+/// fixed: callers across the library boundary rely on it.
 class AUDIO_FILTER_API PRLogWriter {
 public:
     PRLogWriter(const PRLogWriter&) = delete;
     PRLogWriter& operator=(const PRLogWriter&) = delete;
 
-    /// [setup] Prepares the writer.
-    /// @param param the writer's own parameter block
-    /// @return 0, or -1
+    /// [setup] Opens the destination.
+    /// @param param the parameter block of the writer's class
+    /// @return RESULT_OK or RESULT_FAILURE
     virtual int Init(void* param) = 0;
 
     /// [setup] Prints prefix, ":", the formatted message and a newline, and flushes.
-    /// @param args the caller's variable-argument list: itself where va_list is a char*, else its
-    ///        address. It is consumed. Null stands for no arguments: conversions then print as they
-    ///        stand.
-    /// @return 0, also for a message below the writer's level; -1 with nowhere to print
+    /// @param args the va_list itself where it is a char*, else its address. It is consumed. Null
+    ///        means no arguments: conversions are printed literally.
+    /// @return RESULT_OK, also for a message below the writer's level; RESULT_FAILURE without a
+    ///         destination
     virtual int WriteLog(int level, const char* prefix, const char* format, char* args) = 0;
 
     /// [setup] Releases what Init acquired.
     virtual void Destroy() = 0;
 
-    /// [any] Unique in the process.
+    /// [any] The id, unique in the process.
     virtual int GetId();
 
     /// [setup]
-    /// @return 0
+    /// @return RESULT_OK
     virtual int SetLevel(int level);
 
 protected:
-    /// [setup] Takes the next id, from a counter that is not atomic.
+    /// [setup] Takes the next id. The counter is not atomic.
     explicit PRLogWriter(int level);
     ~PRLogWriter() = default;
 

@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "common/interleave.h"
+#include "common/result_code.h"
 #include "common/sample_format.h"
 #include "units/suppressor_block.h"
 
@@ -26,7 +27,7 @@ AudioDenoise::~AudioDenoise() {
 int AudioDenoise::Init(int sampleRate, int channels, SampleFmt fmt, int level) {
     mInited = false;
     if (sampleRate < 1 || channels < 1 || (!IsS16(fmt) && !IsFloat(fmt))) {
-        return 3;
+        return RESULT_INVALID;
     }
     Clear();
     mFmt = fmt;
@@ -40,7 +41,7 @@ int AudioDenoise::Init(int sampleRate, int channels, SampleFmt fmt, int level) {
         StartChannel(mInR, mOutR, mNsR, level);
     }
     mInited = true;
-    return 0;
+    return RESULT_OK;
 }
 
 void AudioDenoise::StartChannel(Buffer& in, Buffer& out, std::unique_ptr<NSWrap>& ns, int level) {
@@ -67,25 +68,25 @@ bool AudioDenoise::Config(int level) {
 
 int AudioDenoise::Process(const char* in, char* out, int& size) {
     if (in == nullptr || out == nullptr || size < 1) {
-        return 2;
+        return RESULT_BAD_ARGUMENT;
     }
     if (mChannels >= 3) {
         std::memmove(out, in, static_cast<std::size_t>(size));
-        return 12;
+        return RESULT_PASSED_THROUGH;
     }
     if (mChannels < 1) {
-        return 4;  // never initialised
+        return RESULT_NOT_INITIALISED;  // never initialised
     }
     if (size % mChannels != 0) {
-        return 3;
+        return RESULT_INVALID;
     }
     if (!mInited || !mNsL || (mChannels == 2 && !mNsR)) {
-        return 4;
+        return RESULT_NOT_INITIALISED;
     }
     const int bytesPerStep = mBytesPerSample * mChannels;  // a sample of every channel
     const int samples = size / mChannels / mBytesPerSample;
     if ((std::int64_t{samples} + mBuffered) * bytesPerStep > std::numeric_limits<int>::max()) {
-        return 2;  // size could not say what comes back
+        return RESULT_BAD_ARGUMENT;  // size could not say what comes back
     }
     size = 0;
     int consumed = 0;
@@ -98,7 +99,7 @@ int AudioDenoise::Process(const char* in, char* out, int& size) {
             size += mFrameLen * bytesPerStep;
         }
     }
-    return 0;
+    return RESULT_OK;
 }
 
 /// Appends samples of every channel to the input frames. Above 32000 Hz 10 ms are more than a frame
@@ -143,7 +144,7 @@ int AudioDenoise::SplitLR(char* in, int frames) {
         }
     }
     mBuffered += counted;
-    return 0;
+    return RESULT_OK;
 }
 
 int AudioDenoise::CombineLR(char* out, int frames) {
@@ -154,7 +155,7 @@ int AudioDenoise::CombineLR(char* out, int frames) {
     } else if (IsFloat(mFmt)) {
         Interleave<float>(mOutL.get(), mOutR.get(), fitting, out);
     }
-    return 0;
+    return RESULT_OK;
 }
 
 bool AudioDenoise::Reset() {

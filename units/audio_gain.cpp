@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "common/result_code.h"
 #include "common/sample_format.h"
 #include "units/gain_curve.h"
 
@@ -21,12 +22,12 @@ PcmView<Sample> WholeSamples(Sample* samples, int size) {
 int AudioGain::Init(SampleFmt fmt) {
     mInited = false;
     if (!IsS16(fmt) && !IsFloat(fmt)) {
-        return 3;
+        return RESULT_INVALID;
     }
     mFmt = IsS16(fmt) ? SAMPLE_FMT_S16 : SAMPLE_FMT_FLT;
     mGain = kDefaultGain;
     mInited = true;
-    return 0;
+    return RESULT_OK;
 }
 
 bool AudioGain::IsInited() {
@@ -47,13 +48,13 @@ bool AudioGain::SetGain(float g) {
 
 int AudioGain::Process(const char* buf, int size) {
     if (buf == nullptr || size < 1) {
-        return 2;
+        return RESULT_BAD_ARGUMENT;
     }
     if (!mInited) {
-        return 4;
+        return RESULT_NOT_INITIALISED;
     }
     Process(buf, size, static_cast<SampleFmt>(mFmt));
-    return 0;
+    return RESULT_OK;
 }
 
 int AudioGain::Process(const char* buf, int size, SampleFmt fmt) {
@@ -61,7 +62,7 @@ int AudioGain::Process(const char* buf, int size, SampleFmt fmt) {
     switch (fmt) {
         case SAMPLE_FMT_S16: return ProcessCore2(reinterpret_cast<short*>(bytes), size);
         case SAMPLE_FMT_FLT: return ProcessCore2(reinterpret_cast<float*>(bytes), size);
-        default: return 11;
+        default: return RESULT_UNSUPPORTED_FORMAT;
     }
 }
 
@@ -69,26 +70,26 @@ int AudioGain::ProcessCore2(short* samples, int size) {
     if (mGain > 0.0F) {
         ApplyGain(MakeGainCurveS16(mGain), WholeSamples(samples, size));
     }
-    return 0;
+    return RESULT_OK;
 }
 
 int AudioGain::ProcessCore2(float* samples, int size) {
     if (mGain > 0.0F) {
         ApplyGain(MakeGainCurveFloat(mGain), WholeSamples(samples, size));
     }
-    return 0;
+    return RESULT_OK;
 }
 
 int AudioGain::ProcessCore(short* samples, int size) {
     if (mGain > 0.0F) {
         ApplyThreeSlopeGain(mGain, WholeSamples(samples, size));
     }
-    return 0;
+    return RESULT_OK;
 }
 
 int AudioGain::ProcessCore(float* samples, int size) {
     if (mGain > 0.0F) {
         ApplyThreeSlopeGain(mGain, WholeSamples(samples, size));
     }
-    return 0;
+    return RESULT_OK;
 }

@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "common/pcm_view.h"
+#include "common/result_code.h"
 #include "common/sample_format.h"
 #include "units/kernels.h"
 
@@ -31,11 +32,11 @@ void Leave(const short* rows, std::size_t stride, std::size_t count, PcmView<flo
 int AudioMixing::Init(SampleFmt fmt) {
     mInited = false;
     if (!IsS16(fmt) && !IsFloat(fmt)) {
-        return -1;
+        return RESULT_FAILURE;
     }
     mFmt = fmt;
     mInited = true;
-    return 0;
+    return RESULT_OK;
 }
 
 bool AudioMixing::IsInited() {
@@ -50,14 +51,14 @@ bool AudioMixing::Clear() {
 
 int AudioMixing::Process(const char* in, char* out, int& size, int srcNum) {
     if (!mInited) {
-        return 4;
+        return RESULT_NOT_INITIALISED;
     }
     if (in == nullptr || out == nullptr || size < 1 || srcNum < 1 || srcNum > kMaxSources) {
-        return 2;
+        return RESULT_BAD_ARGUMENT;
     }
     if (srcNum == 1) {
         std::memmove(out, in, static_cast<std::size_t>(size));
-        return 0;
+        return RESULT_OK;
     }
     if (IsFloat(mFmt)) {
         return ProcessAs<float>(in, out, size, srcNum);
@@ -65,7 +66,7 @@ int AudioMixing::Process(const char* in, char* out, int& size, int srcNum) {
     if (IsS16(mFmt)) {
         return ProcessAs<short>(in, out, size, srcNum);
     }
-    return 12;
+    return RESULT_PASSED_THROUGH;
 }
 
 template <typename Sample>
@@ -88,10 +89,10 @@ int AudioMixing::DoProcess(float* in, float* out, int& count, int srcNum) {
 template <typename Sample>
 int AudioMixing::Mix(Sample* in, Sample* out, int& count, int srcNum) {
     if (srcNum < 1 || srcNum > kMaxSources) {
-        return 2;
+        return RESULT_BAD_ARGUMENT;
     }
     if (count % srcNum != 0) {
-        return 3;
+        return RESULT_INVALID;
     }
     count = std::max(count / srcNum, 0);
     const auto length = static_cast<std::size_t>(count);
@@ -105,5 +106,5 @@ int AudioMixing::Mix(Sample* in, Sample* out, int& count, int srcNum) {
         }
         Leave(mScratch[0], kScratchSamples, sources, output.Part(pos, block));
     }
-    return 0;
+    return RESULT_OK;
 }

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
+#include "common/result_code.h"
 #include "units/float_bands.h"
 #include "units/suppressor.h"
 #include "units/suppressor_block.h"
@@ -68,12 +69,12 @@ void NSWrap::AllocateMissing() {
 
 int NSWrap::Process(const char* in, char* out) {
     if (in == nullptr || out == nullptr || mBufferFmt != mFmt) {
-        return -1;
+        return RESULT_FAILURE;
     }
     switch (mFmt) {
         case SAMPLE_FMT_S16: return ProcessBlock<short, std::int32_t>(in, out);
         case SAMPLE_FMT_FLT: return ProcessBlock<float, double>(in, out);
-        default: return -1;
+        default: return RESULT_FAILURE;
     }
 }
 
@@ -91,7 +92,7 @@ int NSWrap::ProcessBlock(const char* in, char* out) {
     MergeBands(lowOut, highOut, frame.data(), As<Memory>(mSynthesisState1),
                As<Memory>(mSynthesisState2));
     std::memcpy(out, frame.data(), sizeof(frame));
-    return 0;
+    return RESULT_OK;
 }
 
 bool NSWrap::setLevel(int level) {

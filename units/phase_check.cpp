@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <type_traits>
 
+#include "common/result_code.h"
 #include "units/phase_statistics.h"
 
 using namespace audio_filter::internal;
@@ -26,14 +27,14 @@ PcmView<Sample> ViewOf(Sample* samples, const StereoLayout& layout) {
 int PhaseCheck::Init(int sampleRate, bool planar) {
     mInited = false;
     if (sampleRate < kMinSampleRate || sampleRate > kMaxSampleRate) {
-        return -1;
+        return RESULT_FAILURE;
     }
     *this = PhaseCheck();
     mSampleRate = sampleRate;
     mMaxScore = sampleRate * 10;
     mPlanar = planar;
     mInited = true;
-    return 0;
+    return RESULT_OK;
 }
 
 bool PhaseCheck::IsInited() {
@@ -79,10 +80,10 @@ float PhaseCheck::GetSilenceRatio() {
 template <typename Sample>
 int PhaseCheck::RunRatioDetector(Sample* samples, int count) {
     if (Refuses(samples, count)) {
-        return -1;
+        return RESULT_FAILURE;
     }
     if (count < 0) {
-        return 0;
+        return RESULT_OK;
     }
     const bool correcting = static_cast<double>(mOpposedShare) > 0.7;
     const StereoLayout layout = LayoutOf(count, mPlanar);
@@ -101,7 +102,7 @@ int PhaseCheck::RunRatioDetector(Sample* samples, int count) {
         mScore = 0;
     }
     mScore = std::max(mScore, 0);
-    return 0;
+    return RESULT_OK;
 }
 
 /// The two kinds of samples differ on purpose: 16-bit ones renew all rates and decide by them,
@@ -124,16 +125,16 @@ void PhaseCheck::RenewRates() {
 template <typename Sample>
 int PhaseCheck::RunScoreDetector(Sample* samples, int count) {
     if (Refuses(samples, count)) {
-        return -1;
+        return RESULT_FAILURE;
     }
     if (count < 0) {
-        return 0;
+        return RESULT_OK;
     }
     const int threshold = mInvert ? mSampleRate * 3 : mSampleRate * 6;
     mInvert = mScore2 > threshold;
     const StereoLayout layout = LayoutOf(count, mPlanar);
     mScore2 = ScorePhases(ViewOf(samples, layout), layout, mInvert, mScore2, mMaxScore);
-    return 0;
+    return RESULT_OK;
 }
 
 bool PhaseCheck::Refuses(const void* samples, int count) const {

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <thread>
 
@@ -85,5 +86,57 @@ TEST(ProcessLockPosix, WhatAnEndedThreadHasLeftHeldIsNotTheNextThreads) {
     ThePosixClock() = {};
     process_cond_destroy(&cond);  // the lock is beyond help
 }
+
+struct CancelledWait {
+    int ms = -1;  ///< negative for the wait without a limit
+    bool isWaiting = false;
+    ProcessLock lock;
+    ProcessCond cond;
+};
+
+void* WaitUntilCancelled(void* argument) {
+    auto& wait = *static_cast<CancelledWait*>(argument);
+    process_lock(&wait.lock);
+    process_lock(&wait.lock);  // both levels are released
+    wait.isWaiting = true;
+    while (true) {
+        wait.ms < 0 ? process_cond_wait(&wait.cond, &wait.lock)
+                    : process_cond_wait_time(&wait.cond, &wait.lock, wait.ms);
+    }
+}
+
+/// Whoever sees the flag under the lock knows that the thread is in its wait.
+bool IsWaiting(CancelledWait& wait) {
+    const ProcessAutolock hold(&wait.lock);
+    return wait.isWaiting;
+}
+
+class ProcessLockPosixCancelled : public testing::TestWithParam<int> {};
+
+TEST_P(ProcessLockPosixCancelled, AThreadCancelledInAWaitLeavesTheLockFree) {
+    CancelledWait wait;
+    wait.ms = GetParam();
+    process_lock_init(&wait.lock);
+    process_cond_init(&wait.cond);
+    pthread_t thread = {};
+    ASSERT_EQ(pthread_create(&thread, nullptr, &WaitUntilCancelled, &wait), 0);
+    while (!IsWaiting(wait)) {
+        std::this_thread::yield();
+    }
+    ASSERT_EQ(pthread_cancel(thread), 0);
+    void* result = nullptr;
+    ASSERT_EQ(pthread_join(thread, &result), 0);
+    EXPECT_EQ(result, PTHREAD_CANCELED);
+    // The mutex stands first in the lock. Looked at this way, a failure is no deadlock.
+    auto* mutex = reinterpret_cast<pthread_mutex_t*>(wait.lock.storage);
+    ASSERT_EQ(pthread_mutex_trylock(mutex), 0);
+    pthread_mutex_unlock(mutex);
+    process_lock(&wait.lock);
+    process_unlock(&wait.lock);
+    process_cond_destroy(&wait.cond);
+    process_lock_destroy(&wait.lock);
+}
+
+INSTANTIATE_TEST_SUITE_P(BothWaits, ProcessLockPosixCancelled, testing::Values(-1, 1'000'000));
 
 }  // namespace

@@ -2,12 +2,12 @@
 
 #include <atomic>
 
-namespace audio_filter::internal {
-
 FakeWallClock& TheWallClock() {
     static FakeWallClock clock;
     return clock;
 }
+
+namespace audio_filter::internal {
 
 LocalTime LocalTimeNow() {
     std::atomic_ref(TheWallClock().reads).fetch_add(1);  // several threads may log
