@@ -3,7 +3,7 @@
 
 #include "audio_filter/audio_filter.h"
 
-/// Cleans raw 16-bit mono PCM of 32000 Hz from standard input to standard output, 10 ms at a time.
+/// Cleans raw 16-bit mono PCM at 32000 Hz from standard input to standard output, 10 ms at a time.
 int main() {
     AudioFilter filter;
     ProcessSwitchMap switches = {{AP_DENOISE, true}, {AP_GAIN, true}};
@@ -12,7 +12,7 @@ int main() {
     }
     AVParam param;
     std::array<char, 640> block = {};
-    std::array<char, 640 + 640> clean = {};  // a block, and one frame more
+    std::array<char, 640 + 640> clean = {};  // up to one suppressor block more than the input
     while (const std::size_t bytes = std::fread(block.data(), 1, block.size(), stdin)) {
         int size = static_cast<int>(bytes);
         if (filter.Process(block.data(), clean.data(), size, {AV_SOURCE_MICROPHONE}, param, 0)) {
