@@ -8,8 +8,7 @@
 
 namespace audio_filter::internal {
 
-// No two of the arrays that a loop is given overlap. The compiler has to be told, or it walks them
-// one element at a time.
+// The arrays of a loop never overlap. Without this the compiler does not vectorise it.
 #define APART __restrict
 
 namespace {
@@ -20,7 +19,8 @@ void Butterfly(complex& low, complex& high, complex w) {
     low = low + t;
 }
 
-/// Two stages of four blocks: first `w` turns b and d, then `wLow` turns c and `wHigh` d.
+/// Two stages of four blocks: the first multiplies b and d by `w`, the second c by `wLow` and d by
+/// `wHigh`.
 void FourBlocks(complex& a, complex& b, complex& c, complex& d, complex w, complex wLow,
                 complex wHigh) {
     Butterfly(a, b, w);
@@ -63,8 +63,8 @@ void QuarterBlocks(float* APART aReal, float* APART aImag, float* APART bReal, f
     }
 }
 
-/// Stage 1 of real numbers. Turned by 1, they stay what they are, and their imaginary part becomes
-/// 0, or NaN where the number is none or infinite.
+/// Stage 1 of real numbers: the factor is 1, so the real parts stay, and the imaginary parts become
+/// 0, or NaN where the number is not finite.
 void FirstRows(float* APART lowReal, float* APART lowImag, float* APART highReal,
                float* APART highImag) {
     for (std::size_t lane = 0; lane < kLanes; ++lane) {
@@ -97,19 +97,19 @@ void QuarterRows(float* APART aReal, float* APART aImag, float* APART bReal, flo
     }
 }
 
-/// One half of the bins: those of the sums of stage `half`, or those of its differences.
+/// Half of the bins: those of the sums of stage `half`, or those of its differences.
 template <bool kSums, bool kCutIsSecond>
 void LastMagnitudes(ConstSplitComplex low, ConstSplitComplex high, ConstSplitComplex cut,
                     ConstSplitComplex w, ConstSplitComplex wLast, std::size_t count,
                     float* APART magnitudes) {
     for (std::size_t k = 0; k < count; ++k) {
-        const complex turn(w.real[k], w.imag[k]);
+        const complex twiddle(w.real[k], w.imag[k]);
         const complex a(low.real[k], low.imag[k]);
-        const complex t = complex(high.real[k], high.imag[k]) * turn;
+        const complex t = complex(high.real[k], high.imag[k]) * twiddle;
         const complex first = kSums ? a + t : a - t;
         complex second(cut.real[k], cut.imag[k]);
         if (kCutIsSecond) {
-            const complex u = second * turn;
+            const complex u = second * twiddle;
             second = kSums ? a + u : a - u;
         }
         const complex bin = first + second * complex(wLast.real[k], wLast.imag[k]);
@@ -160,7 +160,7 @@ void RowStage(Row* real, Row* imag, std::size_t rows) {
 
 void TwoRowStages(Row* real, Row* imag, std::size_t rows, std::size_t quarter,
                   ConstSplitComplex w) {
-    const auto turn = [w](std::size_t k) { return complex(w.real[k], w.imag[k]); };
+    const auto twiddle = [w](std::size_t k) { return complex(w.real[k], w.imag[k]); };
     for (std::size_t start = 0; start < rows; start += 4 * quarter) {
         for (std::size_t k = 0; k < quarter; ++k) {
             const std::size_t a = start + k;
@@ -168,7 +168,7 @@ void TwoRowStages(Row* real, Row* imag, std::size_t rows, std::size_t quarter,
             const std::size_t c = b + quarter;
             const std::size_t d = c + quarter;
             QuarterRows(real[a], imag[a], real[b], imag[b], real[c], imag[c], real[d], imag[d],
-                        turn(quarter + k), turn(2 * quarter + k), turn(3 * quarter + k));
+                        twiddle(quarter + k), twiddle(2 * quarter + k), twiddle(3 * quarter + k));
         }
     }
 }

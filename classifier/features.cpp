@@ -12,16 +12,16 @@ double Square(float value) {
     return static_cast<double>(value) * static_cast<double>(value);
 }
 
-/// A bin number times a factor, the fraction dropped.
+/// A bin number times a factor, truncated.
 std::size_t Scaled(std::size_t bin, double factor) {
     return static_cast<std::size_t>(static_cast<double>(bin) * factor);
 }
 
-/// Sums whose order is fixed make the processor wait for each addition. Those of several frames at
-/// a time do not wait for each other.
+/// The additions of a sum in fixed order depend on each other; several sums at a time hide their
+/// latency.
 constexpr std::size_t kSideBySide = 8;
 
-/// The energies of several whole frames.
+/// The energies of kSideBySide whole segments.
 void AddSegments(std::span<const float> signal, std::size_t hop, std::span<const float> window,
                  std::span<double, kSideBySide> energies) {
     constexpr std::size_t kAtOnce = 64;
@@ -46,9 +46,9 @@ void AddSegments(std::span<const float> signal, std::size_t hop, std::span<const
 
 }  // namespace
 
-double SegmentEnergy(std::span<const float> frame) {
+double SegmentEnergy(std::span<const float> segment) {
     double energy = 0.0;
-    for (const float sample : frame) {
+    for (const float sample : segment) {
         energy += Square(sample);
     }
     return energy;
@@ -74,15 +74,15 @@ void SegmentEnergies(std::span<const float> signal, std::size_t hop, std::span<c
 }
 
 float LowEnergyRate(std::span<const double> energies, float ratio) {
-    const auto frames = static_cast<double>(energies.size());
+    const auto segments = static_cast<double>(energies.size());
     double sum = 0.0;
     for (const double energy : energies) {
         sum += energy;
     }
-    const double limit = static_cast<double>(ratio) * (sum / frames);
+    const double limit = static_cast<double>(ratio) * (sum / segments);
     const auto low = std::count_if(energies.begin(), energies.end(),
                                    [limit](double energy) { return energy < limit; });
-    return static_cast<float>(static_cast<double>(low) / frames);
+    return static_cast<float>(static_cast<double>(low) / segments);
 }
 
 std::array<float, 3> SubBandRatios(std::span<const float> magnitudes, std::size_t bandStart) {
@@ -92,7 +92,7 @@ std::array<float, 3> SubBandRatios(std::span<const float> magnitudes, std::size_
 std::array<float, 3> UpperBandRatios(std::span<const float> band, std::size_t bandStart) {
     double total = 0.0;
     std::size_t bin = bandStart;
-    // Adds the bins up to one, in order, to the total and at its side to another sum.
+    // Adds the bins below `end`, in order, to the total and returns their sum.
     const auto power = [&](std::size_t end) {
         double sum = 0.0;
         for (; bin < std::min(end, bandStart + band.size()); ++bin) {

@@ -19,24 +19,24 @@ void HammingWindow(std::span<float> window, float gain) {
     }
 }
 
-unsigned short CountSegments(std::size_t signalLength, std::size_t frameLength, std::size_t hop) {
+unsigned short CountSegments(std::size_t signalLength, std::size_t segmentLength, std::size_t hop) {
     if (hop == 0) {
         return 0;
     }
     const std::int64_t spare =
-        static_cast<std::int64_t>(signalLength) - static_cast<std::int64_t>(frameLength);
-    const std::int64_t frames = spare / static_cast<std::int64_t>(hop) + 1;
-    return static_cast<unsigned short>(std::max<std::int64_t>(frames, 0));
+        static_cast<std::int64_t>(signalLength) - static_cast<std::int64_t>(segmentLength);
+    const std::int64_t segments = spare / static_cast<std::int64_t>(hop) + 1;
+    return static_cast<unsigned short>(std::max<std::int64_t>(segments, 0));
 }
 
 void CutSegment(std::span<const float> signal, std::size_t index, std::size_t hop,
-                std::span<const float> window, std::span<float> frame) {
+                std::span<const float> window, std::span<float> segment) {
     const std::size_t start = std::min(index * hop, signal.size());
-    const std::size_t inside = std::min(signal.size() - start, frame.size());
+    const std::size_t inside = std::min(signal.size() - start, segment.size());
     for (std::size_t i = 0; i < inside; ++i) {
-        frame[i] = signal[start + i] * window[i];
+        segment[i] = signal[start + i] * window[i];
     }
-    std::fill(frame.begin() + static_cast<std::ptrdiff_t>(inside), frame.end(), 0.0F);
+    std::fill(segment.begin() + static_cast<std::ptrdiff_t>(inside), segment.end(), 0.0F);
 }
 
 }  // namespace audio_filter::internal

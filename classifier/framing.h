@@ -7,9 +7,9 @@
 
 namespace audio_filter::internal {
 
-/// How the classifier's signal is prepared and cut.
+/// Pre-emphasis, windowing and segmentation of the music detector's signal.
 
-/// Pre-emphasis, y[n] = x[n] - coefficient * x[n - 1], beginning after silence.
+/// Pre-emphasis, y[n] = x[n] - coefficient * x[n - 1], with x[-1] = 0.
 /// @param out at most as long as the input
 template <typename Sample>
 void Emphasise(PcmView<const Sample> in, float coefficient, std::span<float> out) {
@@ -21,17 +21,17 @@ void Emphasise(PcmView<const Sample> in, float coefficient, std::span<float> out
     }
 }
 
-/// Fills a symmetric Hamming window, times a gain. That of a single coefficient is NaN.
+/// Fills a symmetric Hamming window, times a gain. A single coefficient is NaN.
 void HammingWindow(std::span<float> window, float gain);
 
-/// How many frames fit a signal: (length - frame) / hop + 1, where the division drops the remainder
-/// towards zero. Hence one frame, not whole, for a signal that is shorter by less than a hop. None
-/// for a negative number, or without a hop.
-unsigned short CountSegments(std::size_t signalLength, std::size_t frameLength, std::size_t hop);
+/// The number of segments of a signal: (signalLength - segmentLength) / hop + 1, the division
+/// truncating towards zero. A signal that is shorter than a segment by less than a hop thus has one,
+/// incomplete. 0 for a negative number, or for a hop of 0.
+unsigned short CountSegments(std::size_t signalLength, std::size_t segmentLength, std::size_t hop);
 
-/// Frame `index` of a signal, windowed. What reaches past the signal is 0.
-/// @param frame as long as the window
+/// Segment `index` of a signal, windowed. Samples past the end of the signal are 0.
+/// @param segment as long as the window
 void CutSegment(std::span<const float> signal, std::size_t index, std::size_t hop,
-                std::span<const float> window, std::span<float> frame);
+                std::span<const float> window, std::span<float> segment);
 
 }  // namespace audio_filter::internal

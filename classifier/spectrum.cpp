@@ -9,7 +9,7 @@ namespace audio_filter::internal {
 namespace {
 
 constexpr std::size_t kWhole = static_cast<std::size_t>(-1);
-constexpr unsigned int kSmallestBits = 9;  // below, it is not worth more than the plain walk
+constexpr unsigned int kSmallestBits = 9;  // smaller transforms run the reference
 
 ConstSplitComplex Constant(SplitComplex e) {
     return {e.real, e.imag};
@@ -24,7 +24,7 @@ std::size_t Reversed(std::size_t number, unsigned int bits) {
     return reversed;
 }
 
-/// After the leaves, stages come in twos, and so do the last ones.
+/// An even number of stages follows the leaves, because they run in pairs.
 std::size_t LeafLength(unsigned int bits) {
     return bits % 2 == 0 ? 32 : 16;
 }
@@ -50,7 +50,7 @@ void SpectrumTransform::Run(std::span<const float> signal, std::size_t first,
         return;
     }
     Leaves();
-    // The repetition breaks off in one of the halves.
+    // The repetition ends in one of the halves.
     const std::size_t half = mLength / 2;
     const std::size_t repeated = mSize - mLength;
     const bool second = repeated >= half;
@@ -60,7 +60,7 @@ void SpectrumTransform::Run(std::span<const float> signal, std::size_t first,
                   first + magnitudes.size(), magnitudes.data());
 }
 
-/// What an element is before the first stage.
+/// An element before the first stage.
 float SpectrumTransform::Sample(std::size_t element) const {
     const std::size_t source = Reversed(element, mBits);
     return source < mSignal.size() ? mSignal[source] : 0.0F;
@@ -80,8 +80,8 @@ void SpectrumTransform::RunSmall(std::size_t first, std::span<float> magnitudes)
     }
 }
 
-/// The first stages of all leaves, some at a time: as neighbouring samples are in leaves far apart
-/// at the same place, a row of samples is a row of elements.
+/// The first stages of all leaves, kLanes at a time. Neighbouring samples are at the same position
+/// of different leaves, so a row of samples is a row of elements.
 void SpectrumTransform::Leaves() {
     const auto leafBits = static_cast<unsigned int>(std::countr_zero(mLeaf));
     const std::size_t leaves = mLength / mLeaf;
@@ -109,7 +109,7 @@ void SpectrumTransform::Leaves() {
     }
 }
 
-/// The samples of the leaves of kLanes columns, missing ones as zeros.
+/// The samples of kLanes leaves, missing ones as zeros.
 void SpectrumTransform::LeafRows(std::size_t column, float (*real)[kLanes]) const {
     const auto leafBits = static_cast<unsigned int>(std::countr_zero(mLeaf));
     const std::size_t leaves = mLength / mLeaf;
@@ -126,10 +126,10 @@ void SpectrumTransform::LeafRows(std::size_t column, float (*real)[kLanes]) cons
     }
 }
 
-/// All stages that are left of a half. A block is finished as soon as its last leaf is, so that
-/// small ones stay in the cache.
-/// @param repeated how many elements of the half the repetition has before it breaks off; kWhole
-///        where it does not break off here
+/// The remaining stages of a half. A block is completed as soon as its last leaf is, so that small
+/// blocks stay in the cache.
+/// @param repeated the elements of this half that the repetition contains before it ends; kWhole if
+///        it does not end here
 void SpectrumTransform::Finish(std::size_t start, std::size_t repeated) {
     for (std::size_t end = mLeaf; end <= mLength / 2; end += mLeaf) {
         for (std::size_t length = mLeaf; end % length == 0; length *= 4) {
@@ -144,8 +144,8 @@ void SpectrumTransform::Finish(std::size_t start, std::size_t repeated) {
     }
 }
 
-/// The same for the block of the repetition. Its quarters before the break are those of the block
-/// that it repeats, which are done but for their last two stages.
+/// The same for the block in which the repetition ends. Its quarters before that point equal those
+/// of the block that it repeats, which lack only their last two stages.
 void SpectrumTransform::FinishRepeated(std::size_t start, std::size_t length,
                                        std::size_t repeated) {
     const std::size_t half = mLength / 2;

@@ -10,17 +10,17 @@
 
 namespace audio_filter::internal {
 
-/// Magnitudes of the classifier's radix-2 transform. Of a power of two, that is a discrete Fourier
-/// transform. It is used for other sizes, too, on purpose: there the index table has the bit length
-/// of the size, butterflies reach past the signal into zeros, and what comes out is no Fourier
-/// transform but what the classifier's centres have been measured with.
+/// The magnitudes of the music detector's radix-2 transform. For a power of two it is a discrete
+/// Fourier transform. For other sizes, which the detector uses deliberately, the index table has the
+/// bit length of the size and butterflies reach past the signal into zeros: the result is not a
+/// Fourier transform, but the cluster centres were measured with it.
 ///
-/// In other words, with n the largest power of two up to the size: element i comes from sample
-/// i % n, its bits in reverse, and is 0 from the size on. So the elements from n on repeat the
-/// first ones, and of each stage only the blocks about the break are worked out a second time.
+/// With n the largest power of two not above the size, element i is the sample at the bit reversal
+/// of i % n, and 0 from the size on. The elements from n on thus repeat the first ones, and each
+/// stage recomputes only the blocks around the point where the repetition ends.
 ///
-/// Single precision throughout. It makes its memory once; the rotations are shared with all others
-/// of the same n. One object serves one thread at a time.
+/// Single precision throughout. Memory is allocated once; the twiddle factors are shared by all
+/// transforms of the same n. Supports one thread at a time.
 class SpectrumTransform {
 public:
     /// Throws std::bad_alloc when memory runs out.
@@ -28,10 +28,10 @@ public:
 
     std::size_t Size() const { return mSize; }
 
-    /// Allocates nothing.
-    /// @param signal its first `size` samples are transformed; missing ones are zeros
-    /// @param first the first bin wanted
-    /// @param magnitudes of the bins from there on, at most up to bin size / 2
+    /// Never allocates.
+    /// @param signal its first `size` samples are transformed, missing ones as zeros
+    /// @param first the first bin of the result
+    /// @param magnitudes output: the bins from `first` on, at most up to bin size / 2
     void Run(std::span<const float> signal, std::size_t first, std::span<float> magnitudes);
 
 private:
@@ -43,18 +43,18 @@ private:
     void FinishRepeated(std::size_t start, std::size_t length, std::size_t repeated);
 
     std::size_t mSize;
-    unsigned int mBits;   ///< of an index
+    unsigned int mBits;   ///< bits of an index
     std::size_t mLength;  ///< n
-    std::size_t mLeaf;    ///< elements of the blocks that the first stages are worked out in
+    std::size_t mLeaf;    ///< elements of a block in which the first stages run
     std::shared_ptr<const TwiddleFactors> mTwiddles;
     ConstSplitComplex mW;
-    SplitComplexArray mElements;  ///< the first n, and half as many of the repetition
+    SplitComplexArray mElements;  ///< the first n, then n / 2 of the repetition
     SplitComplex mFirst;
     std::span<const float> mSignal;
 };
 
-/// The magnitudes of all bins, or of the first ones, by a transform made for the purpose. Throws
-/// std::bad_alloc when memory runs out.
+/// The magnitudes of the first bins, by a temporary transform. Throws std::bad_alloc when memory runs
+/// out.
 void Spectrum(std::span<const float> signal, std::size_t size, std::span<float> magnitudes);
 
 }  // namespace audio_filter::internal

@@ -6,7 +6,7 @@
 
 namespace audio_filter::internal {
 
-/// Complex numbers, real and imaginary parts apart.
+/// An array of complex numbers in split-complex form: real and imaginary parts in separate arrays.
 struct SplitComplex {
     float* real;
     float* imag;
@@ -21,21 +21,21 @@ struct ConstSplitComplex {
     ConstSplitComplex operator+(std::size_t offset) const { return {real + offset, imag + offset}; }
 };
 
-/// Complex numbers, real and imaginary parts apart, from certain places of a memory page on. Walks
-/// go through several arrays at the same pace, over blocks that are powers of two apart; arrays
-/// that began at the same place of a page would drive each other from the cache.
+/// A split-complex array that starts at a given offset within a memory page. The transform walks
+/// several arrays in step, over blocks that are powers of two apart; arrays at equal page offsets
+/// would evict each other from the cache.
 class SplitComplexArray {
 public:
-    /// Places in a page, in floats. The imaginary parts follow a quarter page behind.
+    /// Page offsets in floats. The imaginary parts are offset by another quarter page.
     static constexpr std::size_t kPage = 1024;
     static constexpr std::size_t kElements = 0;
     static constexpr std::size_t kTwiddles = kPage / 2;
 
     /// Zeros. Throws std::bad_alloc when memory runs out.
-    SplitComplexArray(std::size_t size, std::size_t place)
+    SplitComplexArray(std::size_t size, std::size_t offset)
         : mFloats(2 * size + 2 * kPage),
-          mReal(AtPlace(mFloats.data(), place)),
-          mImag(AtPlace(mReal + size, place + kPage / 4)) {}
+          mReal(AtOffset(mFloats.data(), offset)),
+          mImag(AtOffset(mReal + size, offset + kPage / 4)) {}
     SplitComplexArray(const SplitComplexArray&) = delete;
     SplitComplexArray& operator=(const SplitComplexArray&) = delete;
 
@@ -43,10 +43,10 @@ public:
     ConstSplitComplex Begin() const { return {mReal, mImag}; }
 
 private:
-    /// The next float at a place.
-    static float* AtPlace(float* from, std::size_t place) {
+    /// The next float at a page offset.
+    static float* AtOffset(float* from, std::size_t offset) {
         const std::uintptr_t here = reinterpret_cast<std::uintptr_t>(from) / sizeof(float);
-        return from + (place + kPage - here % kPage) % kPage;
+        return from + (offset + kPage - here % kPage) % kPage;
     }
 
     std::vector<float> mFloats;

@@ -1,25 +1,37 @@
 #include "classifier/twiddle_factors.h"
 
+#include <atomic>
+#include <bit>
 #include <cmath>
-#include <map>
-#include <mutex>
 
 #include "classifier/complex.h"
 
 namespace audio_filter::internal {
 
+namespace {
+
+constexpr std::size_t kSharedTables = std::bit_width(TwiddleFactors::kWidestShared);
+
+/// Indexed by the exponent of the widest stage. Never freed: a host may start a stream while the
+/// process is already ending.
+constinit std::atomic<const TwiddleFactors*> gShared[kSharedTables] = {};
+
+}  // namespace
+
 std::shared_ptr<const TwiddleFactors> TwiddleFactors::UpTo(std::size_t widest) {
-    static std::mutex mutex;
-    // Never destroyed: a host may start a stream while the process already ends.
-    static auto& tables = *new std::map<std::size_t, std::weak_ptr<const TwiddleFactors>>;
-    const std::lock_guard<std::mutex> lock(mutex);
-    std::weak_ptr<const TwiddleFactors>& known = tables[widest];
-    std::shared_ptr<const TwiddleFactors> table = known.lock();
-    if (table == nullptr) {
-        table = std::make_shared<const TwiddleFactors>(widest);
-        known = table;
+    if (widest > kWidestShared) {
+        return std::make_shared<const TwiddleFactors>(widest);
     }
-    return table;
+    std::atomic<const TwiddleFactors*>& shared = gShared[std::countr_zero(widest)];
+    const TwiddleFactors* table = shared.load(std::memory_order_acquire);
+    if (table == nullptr) {
+        auto built = std::make_unique<const TwiddleFactors>(widest);
+        // Of several threads that build it at the same time, one publishes its table.
+        if (shared.compare_exchange_strong(table, built.get(), std::memory_order_acq_rel)) {
+            table = built.release();
+        }
+    }
+    return {std::shared_ptr<const void>(), table};  // without an owner
 }
 
 TwiddleFactors::TwiddleFactors(std::size_t widest)

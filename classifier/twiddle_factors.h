@@ -3,20 +3,21 @@
 #include <cstddef>
 #include <memory>
 
-#include "classifier/butterflies.h"
 #include "classifier/split_complex.h"
 
 namespace audio_filter::internal {
 
-/// The rotations of every stage of the classifier's transform. A stage whose butterflies are `half`
-/// elements wide has `half` of them, from element `half` on: 1, and then each the one before times
-/// exp(i * pi / half), in single precision. What rounding adds up to on the way is part of the
-/// transform.
+/// The twiddle factors of every stage of the music detector's transform. The stage whose butterflies
+/// span `half` elements has `half` factors, at index `half` and up: 1, then each the previous one
+/// times exp(i * pi / half), in single precision. The accumulated rounding is part of the transform.
 class TwiddleFactors {
 public:
-    /// For the stages of 1, 2, 4 .. `widest`, which is a power of two. The same table for everyone
-    /// who asks while somebody holds it. From any thread; throws std::bad_alloc when memory runs
-    /// out.
+    /// The widest stage whose table is shared: that of the transforms at 44100 and 48000 Hz.
+    static constexpr std::size_t kWidestShared = 65536;
+
+    /// The table for the stages 1, 2, 4 .. `widest`, a power of two. Tables up to kWidestShared are
+    /// built once, shared by all threads without a lock, and kept until the process ends; a wider
+    /// one belongs to the caller. From any thread; throws std::bad_alloc when memory runs out.
     static std::shared_ptr<const TwiddleFactors> UpTo(std::size_t widest);
 
     explicit TwiddleFactors(std::size_t widest);

@@ -5,10 +5,10 @@
 
 namespace audio_filter::internal {
 
-/// The weighted vote of past decisions and the current one: each past one counts with the length of
-/// the run of equal decisions that it ends, the current one with 1.
-/// @param history oldest first, 0 or 1
-/// @return whether 1 has won; a tie has not
+/// The weighted vote of the past verdicts and the current one. A past verdict counts with the length
+/// of the run of equal verdicts that it ends, the current one with 1.
+/// @param history 0 or 1, oldest first
+/// @return whether 1 wins; false for a tie
 inline bool Vote(std::span<const unsigned char> history, bool current) {
     const auto weight = static_cast<float>(1.0 / (static_cast<double>(history.size()) + 1.0));
     float music = 0.0F;

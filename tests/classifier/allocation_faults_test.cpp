@@ -137,4 +137,36 @@ TEST(AllocationFaults, TheStepsOfTheAnalysisThrowAndLeaveNothing) {
     Report("the steps of AudioClassifier", FailEach(make, steps, check));
 }
 
+TEST(AudioClassifierAllocationFaults, ASecondInitHasFreedTheBufferThatItCannotAllocate) {
+    int failures = 0;
+    for (std::size_t n = 1;; ++n) {
+        AudioClassifier classifier;
+        ASSERT_EQ(classifier.Init(2, 48000, SAMPLE_FMT_FLT), 0);
+        ASSERT_FALSE(classifier.mMagnitudes.empty());
+        bool threw = false;
+        {
+            Allocations allocations;
+            allocations.Fail(n, true);
+            try {
+                classifier.Init(2, 44100, SAMPLE_FMT_FLT);
+            } catch (const std::bad_alloc&) {
+                threw = true;
+            }
+            allocations.FailNoMore();
+        }
+        if (!threw) {
+            break;
+        }
+        EXPECT_FALSE(classifier.IsInited());
+        if (classifier.mDenoise.IsInited()) {  // then a buffer of the detector's own has failed
+            const bool freed = classifier.mDenoised.empty() || classifier.mHistory.empty() ||
+                               classifier.mLeft.empty() || classifier.mRight.empty() ||
+                               classifier.mSignal.empty() || classifier.mTransform == nullptr;
+            EXPECT_TRUE(freed) << "allocation " << n;
+            ++failures;
+        }
+    }
+    EXPECT_GE(failures, 6);
+}
+
 }  // namespace

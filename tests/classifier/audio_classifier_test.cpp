@@ -230,17 +230,39 @@ TEST(AudioClassifier, UpTo30AnalysesTheAnswerIsTheRawOneAndFromThe31stAVote) {
     EXPECT_TRUE(Check(classifier, Block(640)));  // and stays until the next one
 }
 
-TEST(AudioClassifier, NoDataOrLength0ChangesNothingEvenWhenFull) {
+TEST(AudioClassifier, NullDataWithALengthDoesNothingEvenWhenFull) {
     Gathered classifier(std::vector<std::int16_t>(kFullAt32000, 3));
-    unsigned char byte = 0;
-    for (const bool answer : {false, true}) {
-        classifier.mSmoothedResult = answer;
-        EXPECT_EQ(classifier.MusicCheck(nullptr, 640), answer);
-        EXPECT_EQ(classifier.MusicCheck(nullptr, 0), answer);
-        EXPECT_EQ(classifier.MusicCheck(&byte, 0), answer);
+    for (const bool verdict : {false, true}) {
+        classifier.mSmoothedResult = verdict;
+        EXPECT_EQ(classifier.MusicCheck(nullptr, 640), verdict);
     }
     EXPECT_EQ(classifier.mGathered, kFullAt32000);
     EXPECT_EQ(classifier.mVoteCount, 0);
+}
+
+TEST(AudioClassifier, Length0AppendsNothingUntil31744SamplesAreGathered) {
+    Gathered classifier(std::vector<std::int16_t>(kFullAt32000 - 1, 3));
+    unsigned char byte = 0;
+    EXPECT_FALSE(classifier.MusicCheck(&byte, 0));
+    EXPECT_FALSE(classifier.MusicCheck(nullptr, 0));
+    EXPECT_EQ(classifier.mGathered, kFullAt32000 - 1);
+    EXPECT_EQ(classifier.mVoteCount, 0);
+}
+
+TEST(AudioClassifier, Length0WithAFullHistoryAnalysesAsABlockDoes) {
+    unsigned char byte = 0;
+    for (unsigned char* data : {&byte, static_cast<unsigned char*>(nullptr)}) {
+        Gathered classifier(Bursts());
+        Gathered other(Bursts());
+        EXPECT_EQ(classifier.MusicCheck(data, 0), Check(other, Block(640)));
+        EXPECT_EQ(classifier.GetRealTimeCheckRet(), other.GetRealTimeCheckRet());
+        EXPECT_EQ(classifier.mGathered, 0U);
+        EXPECT_EQ(classifier.mVoteCount, 1);
+    }
+}
+
+TEST(AudioClassifier, ANewOneHasFormat0) {
+    EXPECT_EQ(AudioClassifier().mFormat, 0);
 }
 
 TEST(AudioClassifier, WithoutChannelsNothingIsGathered) {

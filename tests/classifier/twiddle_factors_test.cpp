@@ -3,18 +3,17 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <memory>
 #include <thread>
 #include <vector>
-
-#include "classifier/audio_classifier.h"
 
 using namespace audio_filter::internal;
 
 namespace {
 
 TEST(TwiddleFactors, OfAStageStartAt1AndAddUpTheRoundingOfEachStep) {
-    const TwiddleFactors rotations(65536);
-    const ConstSplitComplex w = rotations.Table();
+    const TwiddleFactors factors(65536);
+    const ConstSplitComplex w = factors.Table();
     for (std::size_t half = 1; half <= 65536; half *= 2) {
         const float angle = std::acos(-1.0F) / static_cast<float>(half);
         float real = 1.0F;
@@ -29,23 +28,33 @@ TEST(TwiddleFactors, OfAStageStartAt1AndAddUpTheRoundingOfEachStep) {
     }
 }
 
-TEST(TwiddleFactors, AreSharedWhileSomebodyHoldsThem) {
-    const auto one = TwiddleFactors::UpTo(1024);
-    EXPECT_EQ(one, TwiddleFactors::UpTo(1024));
-    EXPECT_NE(one, TwiddleFactors::UpTo(2048));
-    EXPECT_EQ(one->Table().real, TwiddleFactors::UpTo(1024)->Table().real);
+TEST(TwiddleFactors, UpTo65536AreOneTablePerSize) {
+    for (std::size_t widest = 1; widest <= 65536; widest *= 2) {
+        const auto one = TwiddleFactors::UpTo(widest);
+        EXPECT_EQ(one, TwiddleFactors::UpTo(widest));
+        EXPECT_NE(one, TwiddleFactors::UpTo(2 * widest));
+    }
 }
 
-TEST(TwiddleFactors, AreMadeOnceForFourClassifiersThatStartAtTheSameTime) {
-    AudioClassifier classifiers[4];
+TEST(TwiddleFactors, BeyondThatBelongToTheCaller) {
+    const auto one = TwiddleFactors::UpTo(131072);
+    EXPECT_NE(one, TwiddleFactors::UpTo(131072));
+    EXPECT_EQ(one.use_count(), 1);
+}
+
+/// The only test that uses this size: the threads race to build its table.
+TEST(TwiddleFactors, OfOneSizeAreTheSameForFourThreadsThatBuildThemTogether) {
+    std::shared_ptr<const TwiddleFactors> tables[4];
     std::vector<std::thread> threads;
-    for (AudioClassifier& classifier : classifiers) {
-        threads.emplace_back([&] { classifier.Init(1, 48000, SAMPLE_FMT_S16); });
+    for (auto& table : tables) {
+        threads.emplace_back([&table] { table = TwiddleFactors::UpTo(8192); });
     }
     for (std::thread& thread : threads) {
         thread.join();
     }
-    EXPECT_EQ(TwiddleFactors::UpTo(65536).use_count(), 5);
+    for (const auto& table : tables) {
+        EXPECT_EQ(table, tables[0]);
+    }
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "classifier/audio_classifier.h"
 #include "log/media_process_log.h"
 #include "support/posix/lock_calls.h"
 #include "threads/operations.h"
@@ -51,6 +52,15 @@ TEST(LockTaking, ALoggerWhoseLockItsThreadHoldsThreeTimesFreesItBeforeItIsDestro
     const LockCalls calls(&log->mLock);
     log.reset();
     EXPECT_TRUE(calls.IsTheOneDestroyed());
+}
+
+TEST(LockTaking, TheInitOfADetectorTakesNoMutexWhetherItsTableIsThereOrNot) {
+    for (int i = 0; i < 2; ++i) {
+        AudioClassifier detector;
+        const LockCalls calls;
+        detector.Init(2, 44100, SAMPLE_FMT_S16);
+        EXPECT_EQ(calls.Locks(), 0);
+    }
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
-// The steps of the analysis under their exported names: plain arrays around the functions of
-// framing.h, spectrum.h, features.h and vote.h.
+// Private routines of AudioClassifier that the pipeline never calls. They are exported with the
+// class for callers that have access to its private members, and wrap the functions of framing.h,
+// spectrum.h and features.h.
 
 #include <algorithm>
 #include <array>
@@ -11,8 +12,6 @@
 #include "classifier/features.h"
 #include "classifier/framing.h"
 #include "classifier/spectrum.h"
-#include "classifier/vote.h"
-#include "common/interleave.h"
 #include "common/pcm_view.h"
 #include "common/sample_format.h"
 
@@ -29,21 +28,6 @@ std::vector<double> Energies(float** frames, std::size_t frameLength, std::size_
 }
 
 }  // namespace
-
-unsigned short AudioClassifier::getSampleByte(SampleFmt format) {
-    const int bytes = SampleByteSize(format);
-    return static_cast<unsigned short>(bytes == 0 ? 4 : bytes);
-}
-
-void AudioClassifier::splitLR(char* in, unsigned char* left, unsigned char* right,
-                              int samplesPerChannel, SampleFmt format) {
-    const auto frames = static_cast<std::size_t>(std::max(samplesPerChannel, 0));
-    if (IsS16(format)) {
-        Deinterleave<std::int16_t>(in, frames, left, right);
-    } else if (IsFloat(format)) {
-        Deinterleave<float>(in, frames, left, right);
-    }
-}
 
 float* AudioClassifier::emphasis(unsigned char* in, unsigned short count, float coefficient) {
     auto* emphasised = new float[count]();
@@ -124,60 +108,4 @@ bool AudioClassifier::musicCheckByLowEnergyFrameRate(float** frames, unsigned sh
                                                      float* const thresholds,
                                                      float (*const centres)[4]) {
     return !IsSpeechByLowEnergy(Energies(frames, frameLength, frameCount), thresholds, centres);
-}
-
-bool AudioClassifier::musicCheckByFft(float* signal, unsigned int count, unsigned int fftSize,
-                                      float** centres) {
-    constexpr unsigned short kCentres = 4;
-    const std::size_t start = getAlgoParam(static_cast<unsigned short>(mSampleRate)).bandStart;
-    // An analysis asks for the transform that has been made for it.
-    const bool prepared = mTransform != nullptr && mTransform->Size() == fftSize;
-    std::unique_ptr<SpectrumTransform> other;
-    if (!prepared) {
-        other = std::make_unique<SpectrumTransform>(fftSize);
-    }
-    mMagnitudes.resize(start);
-    const std::size_t bins = std::size_t{fftSize} / 2 + 1;
-    const std::span<float> band =
-        std::span(mMagnitudes).first(std::min(std::max(bins, start) - start, start));
-    (prepared ? *mTransform : *other).Run({signal, count}, start, band);
-    std::array<float, 3> ratios = UpperBandRatios(band, start);
-    const float* nearest = nearestCenter(ratios.data(), centres, kCentres, ratios.size());
-    return !std::equal(nearest, nearest + ratios.size(), centres[0]);
-}
-
-float* AudioClassifier::nearestCenter(float* point, float** centres, unsigned short centreCount,
-                                      unsigned short dimension) {
-    std::size_t nearest = 0;
-    float least = 0.0F;
-    for (std::size_t k = 0; k < centreCount; ++k) {
-        const float candidate = Distance({point, dimension}, {centres[k], dimension});
-        if (k == 0 || least >= candidate) {
-            nearest = k;
-            least = candidate;
-        }
-    }
-    return centres[nearest];
-}
-
-bool AudioClassifier::preRetRefer(bool current, unsigned short historyLength) {
-    constexpr unsigned short kCountLimit = 60000;  // before a 16-bit count wraps
-    if (historyLength == 0) {
-        return current;
-    }
-    if (mVotes.size() != historyLength) {
-        mVotes.assign(historyLength, 0);
-        mVoteCount = 0;
-    }
-    bool result = current;
-    if (mVoteCount >= historyLength) {
-        if (mVoteCount >= kCountLimit) {
-            mVoteCount = historyLength;
-        }
-        result = Vote(mVotes, current);
-    }
-    std::rotate(mVotes.begin(), mVotes.begin() + 1, mVotes.end());
-    mVotes.back() = current ? 1 : 0;
-    ++mVoteCount;
-    return result;
 }
