@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "common/result_code.h"
+
 #include "variable_arguments.h"
 
 namespace {
@@ -39,17 +41,28 @@ TEST(PRConsoleLogWriter, Type2PrintsTheTypeMessageAndLaterWritesReturnMinus1) {
     EXPECT_EQ(WriteTo(writer, 4, "p", "m"), -1);
 }
 
-TEST(PRConsoleLogWriter, ARefusedTypeOrNullBlockLeavesAStreamInUse) {
+TEST(PRConsoleLogWriter, ASecondInitWithType2LeavesNoStream) {
     PRConsoleLogWriter writer(1);
     PRConsoleLogParam param = {0};
-    ASSERT_EQ(writer.Init(&param), 0);
+    ASSERT_EQ(writer.Init(&param), RESULT_OK);
     param.nType = 2;
     CaptureStderr();
-    EXPECT_EQ(writer.Init(&param), -1);
-    EXPECT_EQ(writer.Init(nullptr), -1);
+    EXPECT_EQ(writer.Init(&param), RESULT_FAILURE);
     GetCapturedStderr();
     CaptureStdout();
-    EXPECT_EQ(WriteTo(writer, 1, "p", "m"), 0);
+    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), RESULT_FAILURE);
+    EXPECT_EQ(GetCapturedStdout(), "");
+}
+
+TEST(PRConsoleLogWriter, ASecondInitWithANullBlockKeepsTheStream) {
+    PRConsoleLogWriter writer(1);
+    PRConsoleLogParam param = {0};
+    ASSERT_EQ(writer.Init(&param), RESULT_OK);
+    CaptureStderr();
+    EXPECT_EQ(writer.Init(nullptr), RESULT_FAILURE);
+    GetCapturedStderr();
+    CaptureStdout();
+    EXPECT_EQ(WriteTo(writer, 1, "p", "m"), RESULT_OK);
     EXPECT_EQ(GetCapturedStdout(), "p:m\n");
 }
 
