@@ -18,128 +18,154 @@
 #include "units/audio_mixing.h"
 #include "units/phase_check.h"
 
-/// Cleans up captured audio: checks and corrects the phase of stereo sources, mixes several
-/// sources, detects music, suppresses noise (at level 0 while music plays) and shapes the level, in
-/// this order. Each kind of processing is switched on and off between two buffers.
+/// The entry point of the library: cleans up captured audio. It checks and corrects the phase of
+/// stereo sources, mixes several sources, detects music, suppresses noise (at level 0 while music
+/// plays) and applies a gain curve, in this order. Each processing kind is switched on and off
+/// between two buffers.
 ///
 ///     AudioFilter filter;
 ///     ProcessSwitchMap switches = {{AP_DENOISE, true}, {AP_GAIN, true}};
 ///     filter.Init(32000, 1, SAMPLE_FMT_S16, &switches);
 ///     int size = bytesIn;
 ///     int code = filter.Process(in, out, size, {AV_SOURCE_MICROPHONE}, param, 0);
-///     // 0: `out` holds `size` bytes.
-///     // 9: resample `out` to param.audioSampleRate and call ProcessResample.
+///     // RESULT_OK: `out` holds `size` bytes.
+///     // RESULT_NEEDS_RESAMPLING: resample `out` to param.audioSampleRate, call ProcessResample.
 ///
-/// Several sources lie in one buffer as equal blocks, in the order of the list of their kinds.
-/// Noise is suppressed, and music detected, only where a microphone is among them.
+/// Sources. Several sources travel in one buffer as equal source blocks, in the order of the list of
+/// their types. Noise is suppressed and music detected only if a microphone is among them. The types
+/// 0..3 are known; any other is treated as a source that is no microphone: the single-source chain
+/// does not check its phase, the multi-source chain checks it with the phase checker of the block
+/// before it. At most 16 sources are mixed.
 ///
-/// Rates of 32000 and 44100 Hz and between are processed directly and with music detection, 8000
-/// and 16000 Hz directly and without; every other rate is handed back for resampling when noise
-/// suppression is due. What the suppressor makes of a rate, AudioDenoise says.
+/// Rates. 32000 to 44100 Hz are processed directly and with music detection, 8000 and 16000 Hz
+/// directly and without; every other rate is handed back for resampling when noise suppression is
+/// due (audio_filter/stream_rate.h). AudioDenoise documents the effect of each rate.
 ///
-/// Result codes: 0 done, 2 nothing to process, 3 invalid argument or size, 4 not initialised, 9
-/// resampling needed, 12 resample path done.
+/// Sizes are in bytes and should hold whole frames. A phase check refuses an odd number of samples;
+/// gain leaves the bytes of an incomplete sample unchanged. The suppressor ignores an incomplete last
+/// frame, but refuses a size that is no multiple of the channels: the single-source chain then
+/// outputs what its work buffer held before, the multi-source chain what outData held. The mixer
+/// refuses sources of fractional samples: the chain then continues with what its work buffer held.
 ///
-/// The filter holds a lock of its own over SetMethod, SetParameter, Clear and every processing
-/// call. Init, SetListener, SetLogger and the destructor take none: no other call may be under way.
-/// While logging is on, every call builds and writes log lines, which allocates and may wait for
-/// files; a line for which there is no memory is lost.
+/// Result codes (common/result_code.h): RESULT_OK, RESULT_BAD_ARGUMENT for nothing to process,
+/// RESULT_INVALID for an invalid argument or size, RESULT_NOT_INITIALISED, RESULT_NEEDS_RESAMPLING,
+/// RESULT_RESAMPLED.
+///
+/// Threads. The filter holds its own lock during SetMethod, SetParameter, Clear and every processing
+/// call. Init, SetListener, SetLogger and the destructor must not run concurrently with any other
+/// call; Init and the destructor take the lock only inside, for SetMethod and Clear.
+///
+/// Logging. While it is on, calls build and write log lines, which allocates and may block on files;
+/// when memory runs out, a line is lost. The constructor, SetParameter, SetListener and SetLogger
+/// never write one, nor does a call of SyncProcessDelay that copies, or one of ProcessResample that
+/// neither suppresses noise nor applies gain.
 class AUDIO_FILTER_API AudioFilter {
 public:
     /// [setup] Not initialised, everything off. Throws std::bad_alloc when memory runs out.
     AudioFilter();
-    /// [setup] Clears it. Listener and logger stay their owner's.
+    /// [setup] Calls Clear. Does not delete the listener or the logger.
     ~AudioFilter();
     AudioFilter(const AudioFilter&) = delete;
     AudioFilter& operator=(const AudioFilter&) = delete;
 
-    /// [setup] Takes a stream from now on, with suppression at level 3 and gain 0.8. A unit that
-    /// does not take the stream is logged and cannot be switched on. Throws std::bad_alloc when
-    /// memory runs out, or for a second of more than 2^31 - 1 bytes: the filter is then not
-    /// initialised.
-    /// @param sampleRate Hz, at least 1; phase checks take 8000..48000
-    /// @param channels at least 1; the suppressor processes 1 and 2, phase checks 2
-    /// @param fmt any but SAMPLE_FMT_NONE; the units take 16-bit (1) and 32-bit float (3), and all
+    /// [setup] Configures the stream, with suppression level 3 and gain 0.8. A unit that does not
+    /// support the stream stays uninitialised, and its kind cannot be switched on. Init logs this for
+    /// the suppressor, the gain and the mixer, but not for the phase checks and the music detector.
+    /// The suppressor accepts planar formats and returns silence for them. Throws std::bad_alloc when
+    /// memory runs out, or when a second exceeds 2^31 - 1 bytes: the filter is then not initialised.
+    /// @param sampleRate Hz, at least 1; phase checks support 8000..48000
+    /// @param channels at least 1; the suppressor supports 1 and 2, phase checks 2
+    /// @param fmt any but SAMPLE_FMT_NONE; the units support 16-bit (1) and 32-bit float (3), and all
     ///        but the suppressor their planar forms (6, 8)
     /// @param switches see SetMethod; null leaves the kinds switched as they were, ready or not
-    /// @return 0; 3 for arguments out of range: the filter is then not initialised
+    /// @return RESULT_OK; RESULT_INVALID for arguments out of range: the filter is then not
+    ///         initialised
     int Init(int sampleRate, int channels, SampleFmt fmt, ProcessSwitchMap* switches);
 
-    /// [any] Switches kinds on and off; a unit goes on from the state in which it was left. The
-    /// listener hears of each change, with the lock held. Allocates where the map lacks a kind, and
-    /// for the listener's text. Throws std::bad_alloc when memory runs out: what has been switched
-    /// till then has been told, and a call with the same map goes on from there.
-    /// @param switches in: the kinds wanted, of AP_DENOISE, AP_PHASE_CHECK, AP_GAIN and AP_MIXING
-    ///        (a missing one is off); out: those that are on, all four entered. A kind whose unit
-    ///        is not initialised stays off.
+    /// [any] Switches kinds on and off; a unit resumes in the state in which it was left. Notifies the
+    /// listener of each change, with the lock held. Allocates for keys missing from the map and for
+    /// the listener's message. Throws std::bad_alloc when memory runs out: the changes made so far
+    /// have been reported, and repeating the call completes the rest.
+    /// @param switches in: the requested kinds among AP_DENOISE, AP_PHASE_CHECK, AP_GAIN and
+    ///        AP_MIXING, a missing one is off; out: the kinds that are on, all four inserted. A kind
+    ///        whose unit is not initialised stays off.
     /// @return false for null
     bool SetMethod(ProcessSwitchMap* switches);
 
-    /// [any] Tunes a unit, switched on or not.
-    /// @param param not null
+    /// [any] Sets a parameter of a unit, whether its kind is on or off.
+    /// @param param null is refused
     /// @param type AP_GAIN or AP_DENOISE
-    /// @return whether the unit took it. A suppression level of a mono stream answers false, holds
-    ///         until the next block in which music is looked for, and is not remembered.
+    /// @return whether the unit accepted it. A suppression level for a mono stream returns false,
+    ///         applies until the next block in which music is detected, and is not remembered.
     bool SetParameter(ProcessParam* param, ProcessType type);
 
-    /// [setup] Who hears of changes; null for nobody. To hear those that Init makes, set it before.
+    /// [setup] Sets the receiver of events; null for none. To receive the events of Init, set it
+    /// before.
     /// @return true
     bool SetListener(FilterListener* listener);
 
-    /// [setup] Kept, and not used: log lines go to pr_log, and the logger may be freed at any time.
+    /// [setup] Stored, not used: log lines go to pr_log. The logger may be freed at any time.
     /// @return true
     bool SetLogger(MediaProcessLog* logger);
 
-    /// [any] Back to not initialised: everything off, buffers and units released. Waits for a
-    /// processing call that is under way.
+    /// [any] Back to not initialised: switches everything off without events, frees the buffers and
+    /// clears the units. Blocks until a concurrent processing call returns. The music detector with
+    /// its history, votes and verdict, the suppression level, the listener, the logger and the stream
+    /// properties remain; the latter still bound the size of calls.
     /// @return true
     bool Clear();
 
-    /// [audio] Runs the chain over a buffer: over all sources mixed, with AP_MIXING on, else over
-    /// the first source alone. Once a second, the music detection in it takes longer.
-    /// @param inData size bytes, one block a source, at any address. Phase correction, and gain
-    ///        where no noise is suppressed, are written into it, although it is declared const.
-    /// @param outData room for size bytes and one frame of 10 ms of every channel more; may be
-    ///        inData
-    /// @param size bytes, 1 .. one second a source, a multiple of the sources; on return (0, 9) the
-    ///        bytes in outData: up to one frame more or less than a block had, or, where the mixer
-    ///        refuses the blocks, up to the work buffer's one second and a frame. Otherwise
-    ///        untouched.
-    /// @param sources one kind a block; taken by value, which allocates at the caller's side
-    /// @param param the audio format is set on 9, and only then
+    /// [audio] Runs the chain over a buffer: the mix of all sources with AP_MIXING on, otherwise the
+    /// first source alone. About once a second, music detection takes longer.
+    /// @param inData `size` bytes, one block per source, at any address. Phase correction writes into
+    ///        it, and so does gain if no noise is suppressed, although it is declared const.
+    /// @param outData room for `size` bytes and 10 ms of every channel; may be inData
+    /// @param size bytes, 1 .. one second per source, a multiple of the number of sources. On return
+    ///        (RESULT_OK, RESULT_NEEDS_RESAMPLING) the bytes in outData: up to 10 ms more or less
+    ///        than one source block. If the mixer refuses the blocks (more than 16 sources, for
+    ///        example), `size` bytes, at most the work buffer's one second and 10 ms, of that
+    ///        buffer's previous contents pass through the rest of the chain. Otherwise unchanged.
+    /// @param sources one type per source block; by value, so the caller allocates
+    /// @param param on RESULT_NEEDS_RESAMPLING, the audio format is set; otherwise unchanged
     /// @param timestamp not used
-    /// @return 0, 2, 3, 4, or 9: outData then holds the block, or the mix, as it was before noise
-    ///        suppression and gain, and param the format that ProcessResample wants
+    /// @return RESULT_OK, RESULT_BAD_ARGUMENT, RESULT_INVALID, RESULT_NOT_INITIALISED, or
+    ///         RESULT_NEEDS_RESAMPLING: outData then holds the block, or the mix, before noise
+    ///         suppression and gain, and param the format that ProcessResample requires
     int Process(const char* inData, char* outData, int& size, std::vector<AVSourceType> sources,
                 AVParam& param, unsigned long long timestamp);
 
-    /// [audio] The second half after a 9: noise suppression and gain over a buffer that the host
-    /// has resampled. Suppresses only if the last call of Process had one source and the format is
-    /// the one that was asked for; otherwise only gain is applied.
-    /// @param inData size bytes, of which the first source's block counts; gain may be written into
+    /// [audio] The second step after RESULT_NEEDS_RESAMPLING: noise suppression and gain over a
+    /// buffer that the host has resampled. Noise is suppressed only if the last call of Process or
+    /// SyncProcessDelay, refused or not, had one source and the format is the requested one;
+    /// otherwise only gain applies.
+    /// @param inData `size` bytes, of which only the first source block is used; gain may write into
     ///        it
-    /// @param outData room for a block and one frame of 10 ms of every channel; may be inData only
-    ///        where no noise is suppressed
-    /// @param size bytes, 1 .. one second of the stream at its own rate, a multiple of the sources;
-    ///        on return (12) the bytes in outData
+    /// @param outData room for a block and 10 ms of every channel; may be inData only if no noise is
+    ///        suppressed
+    /// @param size bytes, 1 .. one second of the stream at its own rate, a multiple of the number of
+    ///        sources; on return (RESULT_RESAMPLED) the bytes in outData. If the suppressor refuses
+    ///        the block, it has already been divided by the number of sources.
     /// @param param the format of the buffer
     /// @param timestamp not used
-    /// @return 12 done, 2, 3, 4, or the suppressor's own code
+    /// @return RESULT_RESAMPLED, RESULT_BAD_ARGUMENT, RESULT_INVALID, RESULT_NOT_INITIALISED, or the
+    ///         suppressor's own code
     int ProcessResample(const char* inData, char* outData, int& size,
                         std::vector<AVSourceType> sources, AVParam& param,
                         unsigned long long timestamp);
 
     /// [audio] Only mixes the sources, with AP_MIXING on, or copies the first one.
-    /// @param inData size bytes, one block a source
+    /// @param inData `size` bytes, one block per source
     /// @param outData room for one block; may be inData
-    /// @param size bytes, 1 .. one second a source, a multiple of the sources; on return (0) the
-    ///        bytes in outData
-    /// @return 0, 2, 3, 4, or the mixer's own code
+    /// @param size bytes, 1 .. one second per source, a multiple of the number of sources; on return
+    ///        (RESULT_OK) the bytes in outData. If the mixer refuses the length, it has been rounded
+    ///        down to whole samples.
+    /// @return RESULT_OK, RESULT_BAD_ARGUMENT, RESULT_INVALID, RESULT_NOT_INITIALISED, or the mixer's
+    ///         own code: RESULT_BAD_ARGUMENT for more than 16 sources
     int SyncProcessDelay(const char* inData, char* outData, int& size,
                          std::vector<AVSourceType> sources);
 
 private:
-    /// A kind that SetMethod manages: when it may be on, and what is said of it.
+    /// A kind that SetMethod manages: its readiness test and its texts.
     struct Switch {
         ProcessType kind;
         bool (AudioFilter::*isReady)();
@@ -148,7 +174,7 @@ private:
         const char* turnedOff;
     };
 
-    /// How an entry reports a call that it refuses: the line tag of each reason.
+    /// How an entry reports a refused call. The line tags are fixed: hosts search their logs for them.
     struct EntryTags {
         const char* function;
         const char* nothingText;
@@ -158,11 +184,11 @@ private:
     };
 
     int GetSampleByteSize(SampleFmt fmt);
-    int SingleProcess(char* inData, char* outData, int& size, AVSourceType kind, AVParam& param);
+    int SingleProcess(char* inData, char* outData, int& size, AVSourceType source, AVParam& param);
     int MulitProcess(char* inData, char* outData, int& size, std::vector<AVSourceType> sources,
                      AVParam& param);
 
-    /// Whether some kind repeats before the first one that is not known.
+    /// Whether a type repeats before the first unknown one.
     bool CheckSameSrcType(std::vector<AVSourceType> sources);
     bool CheckMultiMicSrc(std::vector<AVSourceType> sources);
     bool HaveMicSrc(std::vector<AVSourceType> sources);
@@ -186,25 +212,25 @@ private:
     bool ChecksPhase();
     bool DenoisesResampled(const AVParam& param);
 
-    void CheckPhase(char* inData, int size, AVSourceType kind);
+    void CheckPhase(char* inData, int size, AVSourceType source);
     bool Denoise(const char* inData, int& size);
     void CheckPhases(char* inData, int size, const std::vector<AVSourceType>& sources);
     void Mix(const char* inData, int& size);
     void DetectMusic(char* data, int size);
-    int AskForResampling(const char* data, char* outData, int size, AVParam& param);
+    int RequestResampling(const char* data, char* outData, int size, AVParam& param);
 
     ProcessLock mLock;
     bool mInited = false;
     std::int32_t mSampleRate = 0;   ///< Hz; 0 before the first accepted Init
-    std::int32_t mProcessRate = 0;  ///< Hz, of the noise suppression
+    std::int32_t mProcessRate = 0;  ///< Hz, of the suppressor
     SampleFmt mSampleFmt = SAMPLE_FMT_NONE;
     std::int32_t mChannels = 0;
-    bool mInPlace = false;
-    bool mNeedResample = false;  ///< noise suppression cannot take the rate
-    bool mMusicCheck = false;    ///< music is detected at the rate
+    bool mInPlace = false;       ///< as the interface demands; nothing reads it
+    bool mNeedResample = false;  ///< the suppressor does not support the rate
+    bool mMusicCheck = false;    ///< music detection runs at the rate
     std::int32_t mSrcNum = 0;    ///< of the last Process or SyncProcessDelay, refused or not
-    char* mBuffer = nullptr;     ///< one second, and of one or two channels a frame more
-    char* mBuffer2 = nullptr;    ///< as large
+    char* mBuffer = nullptr;     ///< one second, plus a suppressor block for one or two channels
+    char* mBuffer2 = nullptr;    ///< as large; the interface demands it, nothing uses it
     ProcessSwitchMap mSwitchState;
     PhaseCheck mPhaseCheck[3];
     AudioDenoise mDenoise;
@@ -213,7 +239,7 @@ private:
     AudioClassifier mClassifier;
     FilterListener* mListener = nullptr;
     MediaProcessLog* mLogger = nullptr;
-    std::int32_t mDenoiseLevel = 0;  ///< as the host gave it; 3 from Init on
+    std::int32_t mDenoiseLevel = 0;  ///< as set by the host, not clamped; 3 after Init
     std::atomic<bool> mIsMusic = false;
     std::size_t mBufferBytes = 0;  ///< of each work buffer
 };

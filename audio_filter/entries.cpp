@@ -13,8 +13,8 @@ namespace {
 constexpr const char* kNothingWithValues =
     "Input nothing!!!inData = %d, outData = %d, size = %d, mSrcNum = %d";
 
-/// The product in 32 bits, wrapped. Where a true bound does not fit them, no size can exceed it,
-/// and the wrapped one only refuses more.
+/// The product, wrapped to 32 bits. No size can exceed a bound that does not fit 32 bits, so the
+/// wrapped one can only refuse more.
 int BoundOf(int sampleBytes, int channels, int sampleRate, int sources) {
     return static_cast<int>(static_cast<unsigned>(sampleBytes) * static_cast<unsigned>(channels) *
                             static_cast<unsigned>(sampleRate) * static_cast<unsigned>(sources));
@@ -22,9 +22,9 @@ int BoundOf(int sampleBytes, int channels, int sampleRate, int sources) {
 
 }  // namespace
 
-/// What every entry asks first.
-/// @param boundSources how many seconds of the stream the buffer may hold
-/// @return 0, or the code of the refusal
+/// The checks that all entries share.
+/// @param boundSources the seconds of the stream that the buffer may hold
+/// @return RESULT_OK, or the code with which the call is refused
 int AudioFilter::CheckCall(const EntryTags& tags, const char* inData, const char* outData, int size,
                            int sources, int boundSources) {
     if (inData == nullptr || outData == nullptr || size <= 0 || sources <= 0) {
@@ -32,7 +32,7 @@ int AudioFilter::CheckCall(const EntryTags& tags, const char* inData, const char
                 LogAddress(inData), LogAddress(outData), size, sources);
         return RESULT_BAD_ARGUMENT;
     }
-    // Before the first accepted Init there is no stream to bound a size.
+    // Before the first accepted Init, no stream bounds the size.
     const int bound = BoundOf(GetSampleByteSize(mSampleFmt), mChannels, mSampleRate, boundSources);
     if ((mSampleRate > 0 && size > bound) || size % sources != 0) {
         LogLine(PROCESS_LOG_ERROR, {tags.function, tags.error}, "Input parameter is error!!!");
@@ -57,7 +57,7 @@ int AudioFilter::Process(const char* inData, char* outData, int& size,
     }
     mInPlace = inData == outData;
     size /= mSrcNum;
-    char* block = const_cast<char*>(inData);  // the chains correct it in place
+    char* block = const_cast<char*>(inData);  // the chains write into it
     if (mSrcNum != 1 && mSwitchState[AP_MIXING]) {
         return MulitProcess(block, outData, size, std::move(sources), param);
     }
@@ -80,7 +80,7 @@ int AudioFilter::ProcessResample(const char* inData, char* outData, int& size,
         const int code = mDenoise.Process(inData, outData, size);
         LogLine(PROCESS_LOG_DEBUG, {"AudioFilter::ProcessResample", 342},
                 "[ASRC resample]denoise processed");
-        if (code != 0 && code != 12) {
+        if (code != RESULT_OK && code != RESULT_PASSED_THROUGH) {
             LogLine(PROCESS_LOG_ERROR, {"AudioFilter::ProcessResample", 345},
                     "Error in audio denoise!!!");
             return code;
@@ -98,8 +98,8 @@ int AudioFilter::ProcessResample(const char* inData, char* outData, int& size,
     return RESULT_RESAMPLED;
 }
 
-/// Whether a buffer has the format that the last call of Process has asked for. That call's number
-/// of sources counts, not this one's.
+/// Whether a buffer has the format that the last Process requested. The number of sources of the last
+/// Process or SyncProcessDelay counts, not this call's.
 bool AudioFilter::DenoisesResampled(const AVParam& param) {
     return mSwitchState[AP_DENOISE] && param.audioSampleRate == mProcessRate &&
            param.audioChannels == mChannels && param.audioSampleFmt == mSampleFmt && mSrcNum == 1;

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "audio_filter/audio_filter.h"
+#include "audio_filter/stream_rate.h"
 #include "common/result_code.h"
 #include "common/sample_format.h"
 #include "log/log_line.h"
@@ -46,13 +47,13 @@ int AudioFilter::Init(int sampleRate, int channels, SampleFmt fmt, ProcessSwitch
 
 void AudioFilter::SetRate(int sampleRate) {
     mSampleRate = sampleRate;
-    mMusicCheck = sampleRate >= 32000 && sampleRate <= 44100;
-    mNeedResample = !mMusicCheck && sampleRate != 8000 && sampleRate != 16000;
-    mProcessRate = sampleRate > 16000 ? 32000 : sampleRate > 8000 ? 16000 : 8000;
+    mMusicCheck = DetectsMusicAt(sampleRate);
+    mNeedResample = NeedsResampling(sampleRate);
+    mProcessRate = SuppressorRate(sampleRate);
 }
 
-/// One second, and what the suppressor may give back beyond it. In zeros: bytes of the heap are
-/// nothing to be heard.
+/// One second and the block that the suppressor may return on top. Zeroed, because a host can come to
+/// hear them.
 void AudioFilter::AllocateBuffers() {
     ReleaseBuffers();
     constexpr std::int64_t kLimit = std::numeric_limits<std::int32_t>::max();
@@ -79,7 +80,7 @@ void AudioFilter::ReleaseBuffers() {
     mBufferBytes = 0;
 }
 
-/// A unit that refuses the stream is logged; its kind then cannot be switched on.
+/// A unit that fails stays off. The phase checkers and the music detector fail silently.
 void AudioFilter::InitUnits() {
     for (PhaseCheck& check : mPhaseCheck) {
         check.Init(mSampleRate, IsPlanar(mSampleFmt));

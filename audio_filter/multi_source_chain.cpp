@@ -12,10 +12,11 @@ using namespace audio_filter::internal;
 
 namespace {
 
+// The line tags of both functions are fixed: hosts search their logs for them.
 constexpr const char* kFunction = "AudioFilter::MulitProcess";
 
-/// Whether a kind of source repeats before the first one that is not known, which is logged.
-bool RepeatsAKind(const std::vector<AVSourceType>& sources) {
+/// Whether a source type repeats before the first unknown one, which is logged.
+bool RepeatsAType(const std::vector<AVSourceType>& sources) {
     bool seen[4] = {};
     for (const AVSourceType source : sources) {
         if (source < AV_SOURCE_MICROPHONE || source > AV_SOURCE_3) {
@@ -35,7 +36,7 @@ bool RepeatsAKind(const std::vector<AVSourceType>& sources) {
 
 int AudioFilter::MulitProcess(char* inData, char* outData, int& size,
                               std::vector<AVSourceType> sources, AVParam& param) {
-    if (!RepeatsAKind(sources) && ChecksPhase()) {
+    if (!RepeatsAType(sources) && ChecksPhase()) {
         CheckPhases(inData, size, sources);
     }
     Mix(inData, size);
@@ -43,7 +44,7 @@ int AudioFilter::MulitProcess(char* inData, char* outData, int& size,
     if (mSwitchState[AP_DENOISE] && HasMicrophone(sources)) {
         DetectMusic(mBuffer, size);
         if (mNeedResample) {
-            return AskForResampling(mBuffer, outData, size, param);
+            return RequestResampling(mBuffer, outData, size, param);
         }
         LogLine(PROCESS_LOG_DEBUG, {kFunction, 619},
                 "[ASRC mixed]denoise processed, in:%d, out:%d, byteSize:%d", LogAddress(mBuffer),
@@ -58,7 +59,7 @@ int AudioFilter::MulitProcess(char* inData, char* outData, int& size,
         mGain.Process(current, size);
     }
     if (current != outData) {
-        // The line's wording depends on the gain.
+        // The wording of the line depends on the gain switch.
         LogLine(PROCESS_LOG_DEBUG, {kFunction, gains ? 631 : 636},
                 gains ? "copy to outbuf, outData:%d, in:%d, byteSize:%d"
                       : "copy to outbuf, outData:%d, out:%d, byteSize:%d",
@@ -68,22 +69,23 @@ int AudioFilter::MulitProcess(char* inData, char* outData, int& size,
     return RESULT_OK;
 }
 
-/// Each block by the checker of its kind. The last kind takes that of the block before, on purpose.
+/// Each source block by the checker of its type. Type 3 and unknown ones deliberately use that of the
+/// block before.
 void AudioFilter::CheckPhases(char* inData, int size, const std::vector<AVSourceType>& sources) {
     PhaseCheck* check = &mPhaseCheck[1];
     char* block = inData;
-    for (const AVSourceType kind : sources) {
-        if (kind >= AV_SOURCE_MICROPHONE && kind < AV_SOURCE_3) {
-            check = &mPhaseCheck[kind];
+    for (const AVSourceType source : sources) {
+        if (source >= AV_SOURCE_MICROPHONE && source < AV_SOURCE_3) {
+            check = &mPhaseCheck[source];
         }
         if (IsFloat(mSampleFmt)) {
             LogLine(PROCESS_LOG_DEBUG, {kFunction, 557},
-                    "[ASRC%d]multi phase check process(float), in:%d, byteSize:%d", kind,
+                    "[ASRC%d]multi phase check process(float), in:%d, byteSize:%d", source,
                     LogAddress(block), size);
             check->Check(reinterpret_cast<float*>(block), size / 4);
         } else if (IsS16(mSampleFmt)) {
             LogLine(PROCESS_LOG_DEBUG, {kFunction, 561},
-                    "[ASRC%d]multi phase check process(s16), in:%d, byteSize:%d", kind,
+                    "[ASRC%d]multi phase check process(s16), in:%d, byteSize:%d", source,
                     LogAddress(block), size);
             check->Check(reinterpret_cast<short*>(block), size / 2);
         }
@@ -91,8 +93,8 @@ void AudioFilter::CheckPhases(char* inData, int size, const std::vector<AVSource
     }
 }
 
-/// Mixes all blocks into the work buffer. A mix that is refused leaves the size of all blocks,
-/// which that buffer may not hold.
+/// Mixes all source blocks into the work buffer. A refused mix leaves the size of all blocks, which
+/// may exceed that buffer.
 void AudioFilter::Mix(const char* inData, int& size) {
     int total = mSrcNum * size;
     LogLine(PROCESS_LOG_DEBUG, {kFunction, 586},
@@ -103,7 +105,7 @@ void AudioFilter::Mix(const char* inData, int& size) {
 }
 
 bool AudioFilter::CheckSameSrcType(std::vector<AVSourceType> sources) {
-    return RepeatsAKind(sources);
+    return RepeatsAType(sources);
 }
 
 bool AudioFilter::CheckMultiMicSrc(std::vector<AVSourceType> sources) {

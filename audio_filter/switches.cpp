@@ -33,7 +33,7 @@ bool AudioFilter::SetMethod(ProcessSwitchMap* switches) {
     return true;
 }
 
-/// @param wanted comes back as what the kind has become
+/// @param wanted in: whether the kind is requested; out: whether it is on
 void AudioFilter::Apply(const Switch& entry, bool& wanted) {
     bool& on = mSwitchState[entry.kind];
     if (wanted && !(this->*entry.isReady)()) {
@@ -44,13 +44,15 @@ void AudioFilter::Apply(const Switch& entry, bool& wanted) {
         return;
     }
     const char* text = wanted ? entry.turnedOn : entry.turnedOff;
-    // Before the kind is switched: nothing is that the listener cannot hear of.
-    std::string message = mListener != nullptr ? text : "";
+    // Read once: a writer that the log line reaches may set another listener.
+    FilterListener* const listener = mListener;
+    // Allocated before the kind is switched: no change goes unreported when memory runs out.
+    std::string message = listener != nullptr ? text : "";
     on = wanted;
     LogLine(PROCESS_LOG_INFO, {"AudioFilter::SetMethod"}, text);
-    if (mListener != nullptr) {
+    if (listener != nullptr) {
         const int turnedOn = 150001 + 2 * entry.kind;
-        mListener->OnEvent(on ? turnedOn : turnedOn + 1, std::move(message));
+        listener->OnEvent(on ? turnedOn : turnedOn + 1, std::move(message));
     }
 }
 
@@ -63,7 +65,7 @@ bool AudioFilter::SetParameter(ProcessParam* param, ProcessType type) {
         return mGain.IsInited() && mGain.SetGain(param->gain);
     }
     if (type == AP_DENOISE && mDenoise.IsInited() && mDenoise.Config(param->level)) {
-        mDenoiseLevel = param->level;  // as given; the unit alone clamps it
+        mDenoiseLevel = param->level;  // not clamped; the unit clamps its own copy
         return true;
     }
     return false;

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <functional>
 #include <thread>
+#include <utility>
 
 #include "filter_fixture.h"
 
@@ -139,6 +140,33 @@ TEST_F(Listening, AnExceptionOfTheListenersComesOutOfSetMethodWithTheLockGivenBa
     std::thread([&] { entered = filter->SetParameter(&quarter, AP_GAIN); }).join();
     EXPECT_TRUE(entered);
     EXPECT_EQ(Processed(), Quarter()) << "it has been switched";
+}
+
+/// Stands in for pr_log, so that a listener can be set in the middle of SetMethod.
+struct SettingAListener : PRLog {
+    void Info(std::string, const char*, ...) override { filter->SetListener(listener); }
+
+    AudioFilter* filter = nullptr;
+    FilterListener* listener = nullptr;
+};
+
+TEST_F(Listening, AListenerSetFromALogCallGetsOnlyTheLaterEventsEachWithItsText) {
+    struct Collecting : FilterListener {
+        void OnEvent(int code, std::string text) override { events.emplace_back(code, text); }
+        std::vector<std::pair<int, std::string>> events;
+    } listener;
+    Start(32000, 2, SAMPLE_FMT_S16);
+    SettingAListener setting;
+    setting.filter = filter.get();
+    setting.listener = &listener;
+    PRLog* const before = std::exchange(pr_log, &setting);
+    PR_LOG_ENABLE(true);
+    ProcessSwitchMap switches = {{AP_GAIN, true}, {AP_MIXING, true}};
+    EXPECT_TRUE(filter->SetMethod(&switches));
+    PR_LOG_ENABLE(false);
+    pr_log = before;
+    const std::vector<std::pair<int, std::string>> later = {{150009, "AP_MIXING turn on"}};
+    EXPECT_EQ(listener.events, later);
 }
 
 }  // namespace
