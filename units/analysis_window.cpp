@@ -8,7 +8,7 @@ namespace audio_filter::internal {
 
 namespace {
 
-/// The suppressor's table holds eight decimals.
+/// The suppressor's table has eight decimals.
 float RampWeight(std::size_t position, std::size_t length) {
     const double sine = std::sin(std::numbers::pi / 2.0 * static_cast<double>(position) /
                                  static_cast<double>(length));
@@ -32,7 +32,7 @@ void AnalysisWindow::Reset(int sampleRate) {
 bool AnalysisWindow::IsSilentAfter(const float* lowBand) {
     std::copy_n(mBuffer.begin() + static_cast<std::ptrdiff_t>(mNew), mOld, mBuffer.begin());
     std::copy_n(lowBand, mNew, mBuffer.begin() + static_cast<std::ptrdiff_t>(mOld));
-    // The sum of squares is zero exactly when each is, be it that it vanishes below about 1e-45.
+    // The sum is zero exactly when every square is zero or underflows (below about 1e-45).
     for (std::size_t i = 0; i < mOld + mNew; ++i) {
         const float weighted = mWeights[i] * mBuffer[i];
         if (weighted * weighted != 0.0F) {

@@ -49,7 +49,7 @@ void AudioDenoise::StartChannel(Buffer& in, Buffer& out, std::unique_ptr<NSWrap>
     out = std::make_unique<char[]>(Bytes(kBufferSamples));
     ns = std::make_unique<NSWrap>();
     ns->Init(mSampleRate, static_cast<SampleFmt>(mFmt),
-             level);  // a refusal is left to show in the output
+             level);  // a rejection shows only in the output
 }
 
 bool AudioDenoise::IsInited() {
@@ -57,13 +57,13 @@ bool AudioDenoise::IsInited() {
 }
 
 bool AudioDenoise::Config(int level) {
-    const int policy = std::clamp(level, 0, 3);
-    // Three times in a row on the left channel; callers get the third answer.
+    const int bounded = std::clamp(level, 0, 3);
+    // The interface sets the left channel three times and returns the third result.
     bool accepted = false;
     for (int attempt = 0; attempt < 3; ++attempt) {
-        accepted = mNsL && mNsL->setLevel(policy);
+        accepted = mNsL && mNsL->setLevel(bounded);
     }
-    return accepted && mNsR && mNsR->setLevel(policy);
+    return accepted && mNsR && mNsR->setLevel(bounded);
 }
 
 int AudioDenoise::Process(const char* in, char* out, int& size) {
@@ -75,7 +75,7 @@ int AudioDenoise::Process(const char* in, char* out, int& size) {
         return RESULT_PASSED_THROUGH;
     }
     if (mChannels < 1) {
-        return RESULT_NOT_INITIALISED;  // never initialised
+        return RESULT_NOT_INITIALISED;  // no Init was ever accepted
     }
     if (size % mChannels != 0) {
         return RESULT_INVALID;
@@ -83,41 +83,41 @@ int AudioDenoise::Process(const char* in, char* out, int& size) {
     if (!mInited || !mNsL || (mChannels == 2 && !mNsR)) {
         return RESULT_NOT_INITIALISED;
     }
-    const int bytesPerStep = mBytesPerSample * mChannels;  // a sample of every channel
-    const int samples = size / mChannels / mBytesPerSample;
-    if ((std::int64_t{samples} + mBuffered) * bytesPerStep > std::numeric_limits<int>::max()) {
-        return RESULT_BAD_ARGUMENT;  // size could not say what comes back
+    const int frameBytes = mBytesPerSample * mChannels;
+    const int frames = size / mChannels / mBytesPerSample;
+    if ((std::int64_t{frames} + mBuffered) * frameBytes > std::numeric_limits<int>::max()) {
+        return RESULT_BAD_ARGUMENT;  // size could not count the output
     }
     size = 0;
     int consumed = 0;
-    while (consumed < samples && mFrameLen > 0) {
-        const int chunk = std::clamp(mFrameLen - mBuffered, 0, samples - consumed);
-        Gather(in + static_cast<std::ptrdiff_t>(consumed) * bytesPerStep, chunk);
+    while (consumed < frames && mFrameLen > 0) {
+        const int chunk = std::clamp(mFrameLen - mBuffered, 0, frames - consumed);
+        Gather(in + static_cast<std::ptrdiff_t>(consumed) * frameBytes, chunk);
         consumed += chunk;
         if (mBuffered >= mFrameLen) {
             ProcessBlock(out + size);
-            size += mFrameLen * bytesPerStep;
+            size += mFrameLen * frameBytes;
         }
     }
     return RESULT_OK;
 }
 
-/// Appends samples of every channel to the input frames. Above 32000 Hz 10 ms are more than a frame
-/// of the suppressor, which does not run there: what its buffers cannot hold is left out.
-void AudioDenoise::Gather(const char* in, int samples) {
+/// Appends frames to the input blocks. Above 32000 Hz 10 ms exceed a suppressor block, but the
+/// suppressor does not run there: samples that do not fit are dropped.
+void AudioDenoise::Gather(const char* in, int frames) {
     if (mChannels == 2) {
-        SplitLR(const_cast<char*>(in), samples);
+        SplitLR(const_cast<char*>(in), frames);
         return;
     }
-    const int fitting = std::min(samples, kBufferSamples - mBuffered);
+    const int fitting = std::min(frames, kBufferSamples - mBuffered);
     if (fitting > 0) {
         std::memcpy(mInL.get() + Bytes(mBuffered), in, Bytes(fitting));
     }
-    mBuffered += samples;
+    mBuffered += frames;
 }
 
-/// Runs the gathered frame of every channel and writes 10 ms out. A suppressor that refuses leaves
-/// the processed frame as it was.
+/// Processes the collected block of every channel and writes 10 ms. A suppressor that fails leaves the
+/// processed block unchanged.
 void AudioDenoise::ProcessBlock(char* out) {
     const int held = std::min(mFrameLen, kBufferSamples);
     mNsL->Process(mInL.get(), mOutL.get());

@@ -10,7 +10,7 @@ using namespace audio_filter::internal;
 
 namespace {
 
-/// The whole samples of a block of `size` bytes; none in a block that is not there.
+/// The whole samples of a block of `size` bytes; none for a null buffer.
 template <typename Sample>
 PcmView<Sample> WholeSamples(Sample* samples, int size) {
     const bool empty = samples == nullptr || size < 1;
@@ -42,7 +42,7 @@ bool AudioGain::Clear() {
 }
 
 bool AudioGain::SetGain(float g) {
-    mGain = g >= 0.0F ? std::min(g, 1.0F) : 0.0F;  // no comparison holds for NaN
+    mGain = g >= 0.0F ? std::min(g, 1.0F) : 0.0F;  // false for NaN
     return true;
 }
 

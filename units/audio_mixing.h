@@ -5,28 +5,30 @@
 #include "common/export.h"
 #include "common/media_process.h"
 
-/// Mixes several PCM sources of equal length into one: their samples are summed position by
-/// position and the sum goes through a soft limiter that never reaches full scale.
+/// Mixes several PCM sources of equal length: sums their samples position by position, then applies a
+/// soft limiter that never reaches full scale.
 ///
-/// The sources lie one after another in one buffer, N equal blocks. Channels play no role: an
-/// interleaved stereo source is simply twice as long, and all sources share one layout.
+/// The sources are equal source blocks, one after another in one buffer. All share one layout, which
+/// does not matter otherwise: an interleaved stereo source is simply twice as long.
 ///
 ///     AudioMixing mixing;
 ///     mixing.Init(SAMPLE_FMT_S16);
 ///     int size = bytesOfBoth;
-///     mixing.Process(in, out, size, 2);  // size is now the bytes of one
+///     mixing.Process(in, out, size, 2);  // size is now the bytes of the mix
 ///
-/// Result codes: 0 done, -1 bad format at Init, 2 bad argument, 3 length not divisible by the
-/// number of sources, 4 not initialised, 12 unsupported format. On any other code than 0 the output
-/// is untouched. One object, some 60 kB of it scratch, serves one thread at a time.
+/// Result codes: RESULT_OK, RESULT_FAILURE for an unsupported format at Init, RESULT_BAD_ARGUMENT,
+/// RESULT_INVALID for a length that is not divisible by the number of sources,
+/// RESULT_NOT_INITIALISED, RESULT_PASSED_THROUGH for an unsupported format. On every code but
+/// RESULT_OK the output is unchanged. An object is about 60 KiB, most of it scratch. Supports one
+/// thread at a time.
 class AUDIO_FILTER_API AudioMixing {
 public:
     /// [setup] Not initialised.
     AudioMixing() = default;
 
-    /// [setup] Takes samples of a format from now on.
+    /// [setup] Sets the sample format.
     /// @param fmt 16-bit (1, 6) or 32-bit float (3, 8)
-    /// @return 0, or -1 for any other format: the unit is then not initialised
+    /// @return RESULT_OK; RESULT_FAILURE for any other format: the unit is then not initialised
     int Init(SampleFmt fmt);
 
     /// [audio]
@@ -36,24 +38,24 @@ public:
     /// @return true
     bool Clear();
 
-    /// [audio] Mixes all sources into one block. One source alone is copied as it is, all its
-    /// bytes; among several, even a source that is alone in sounding comes out at 7/8 of its level.
-    /// Float samples go through 16 bits: beyond -1..1 they wrap, and what is not finite counts as
-    /// 0.
-    /// @param in srcNum blocks one after another, at any address
-    /// @param out room for one block; may be `in`, but not overlap it otherwise
-    /// @param size bytes of all sources, at least 1; on return bytes of one source on 0, and the
-    ///        bytes of all whole samples on 3
+    /// [audio] Mixes all sources into one block. A single source is copied unchanged with all its
+    /// bytes; of several sources, one that sounds alone is attenuated to 7/8. Float samples pass
+    /// through 16 bits: beyond -1..1 they wrap around, and values that are not finite count as 0.
+    /// @param in srcNum source blocks, at any address
+    /// @param out room for one block; may be `in`, but must not overlap it otherwise
+    /// @param size bytes of all sources, at least 1; on return, the bytes of the mix (RESULT_OK) or
+    ///        those of all whole samples (RESULT_INVALID)
     /// @param srcNum 1..16
-    /// @return 0, 2, 3, 4 or 12
+    /// @return RESULT_OK, RESULT_BAD_ARGUMENT, RESULT_INVALID, RESULT_NOT_INITIALISED or
+    ///         RESULT_PASSED_THROUGH
     int Process(const char* in, char* out, int& size, int srcNum);
 
 private:
     static constexpr int kMaxSources = 16;
     static constexpr std::size_t kScratchSamples = 1920;
 
-    /// The mix. A single source comes out at 7/8 here, too. count is in samples: of all sources on
-    /// entry, of one on return.
+    /// Mixes, attenuating even a single source to 7/8. count is in samples: of all sources on entry,
+    /// of the mix on return.
     int DoProcess(short* in, short* out, int& count, int srcNum);
     int DoProcess(float* in, float* out, int& count, int srcNum);
 
@@ -64,5 +66,5 @@ private:
 
     bool mInited = false;
     int mFmt = SAMPLE_FMT_NONE;                         ///< the SampleFmt given to Init
-    short mScratch[kMaxSources][kScratchSamples] = {};  ///< a row per source: its current block
+    short mScratch[kMaxSources][kScratchSamples] = {};  ///< one row per source
 };

@@ -13,13 +13,13 @@ namespace {
 using Branch = std::array<double, kBandSamples>;
 using Coefficients = std::array<double, 3>;
 
-/// The packaged filters' 16-bit coefficients over 65536, as decimals: these digits are the values.
+/// The packaged filters' 16-bit coefficients divided by 65536; these decimals are authoritative.
 constexpr Coefficients kSetA = {0.0979309007525444, 0.5643004775047302, 0.8737339973449707};
 constexpr Coefficients kSetB = {0.3255156874656677, 0.748626708984375, 0.9614560008049011};
 
 constexpr double kFloatBound = 3.4e38;
 
-/// Three first-order all-pass sections, one after the other, in place.
+/// Three first-order all-pass sections in series, in place.
 void AllPass(Branch& samples, const Coefficients& coefficients, double* memory) {
     for (const double coefficient : coefficients) {
         double previousIn = memory[0];
@@ -46,12 +46,12 @@ double FiniteOrZero(float sample) {
 
 }  // namespace
 
-void SplitBands(const float* frame, float* low, float* high, double* memory1, double* memory2) {
+void SplitBands(const float* samples, float* low, float* high, double* memory1, double* memory2) {
     Branch odd;
     Branch even;
     for (std::size_t i = 0; i < kBandSamples; ++i) {
-        odd[i] = FiniteOrZero(frame[2 * i + 1]);
-        even[i] = FiniteOrZero(frame[2 * i]);
+        odd[i] = FiniteOrZero(samples[2 * i + 1]);
+        even[i] = FiniteOrZero(samples[2 * i]);
     }
     AllPass(odd, kSetA, memory1);
     AllPass(even, kSetB, memory2);
@@ -61,7 +61,7 @@ void SplitBands(const float* frame, float* low, float* high, double* memory1, do
     }
 }
 
-void MergeBands(const float* low, const float* high, float* frame, double* memory1,
+void MergeBands(const float* low, const float* high, float* samples, double* memory1,
                 double* memory2) {
     Branch sum;
     Branch difference;
@@ -72,8 +72,8 @@ void MergeBands(const float* low, const float* high, float* frame, double* memor
     AllPass(sum, kSetB, memory1);
     AllPass(difference, kSetA, memory2);
     for (std::size_t i = 0; i < kBandSamples; ++i) {
-        frame[2 * i] = ToFloat(difference[i]);
-        frame[2 * i + 1] = ToFloat(sum[i]);
+        samples[2 * i] = ToFloat(difference[i]);
+        samples[2 * i + 1] = ToFloat(sum[i]);
     }
 }
 

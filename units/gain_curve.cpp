@@ -12,7 +12,7 @@ short Saturate(int value) {
     return static_cast<short>(std::clamp(value, -32768, 32767));
 }
 
-/// The bound first: a NaN then comes out as -1.
+/// This argument order maps NaN to -1.
 float Saturate(float value) {
     return std::min(1.0F, std::max(-1.0F, value));
 }
@@ -37,7 +37,7 @@ GainCurveS16 MakeGainCurveS16(float gain) {
 GainCurveFloat MakeGainCurveFloat(float gain) {
     const auto knee = static_cast<float>(0.5 - static_cast<double>(gain) * 0.25);
     const float innerSlope = (1.0F - knee) / knee;
-    const float offset = innerSlope * knee;  // rounded, so not exactly 1 - knee
+    const float offset = innerSlope * knee;  // rounded, not exactly 1 - knee
     return {knee, innerSlope, 1.0F / innerSlope, offset};
 }
 

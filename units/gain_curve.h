@@ -4,11 +4,11 @@
 
 namespace audio_filter::internal {
 
-/// The arithmetic of AudioGain: memoryless curves that lift quiet samples and compress loud ones,
-/// odd-symmetric (at 16 bits up to the final shift, which rounds down). A gain lies in (0, 1].
+/// The arithmetic of AudioGain: memoryless curves that amplify quiet samples and compress loud ones.
+/// They are odd-symmetric, at 16 bits up to the final shift, which rounds down. A gain is in (0, 1].
 /// Every curve maps the samples of a view in place.
 
-/// Two slopes that meet at the knee, which is lifted to full scale minus the knee.
+/// Two slopes that meet at the knee, which maps to full scale minus the knee.
 struct GainCurveS16 {
     int knee;        ///< sample value, 8192..16383
     int innerSlope;  ///< Q10, below the knee
@@ -30,7 +30,7 @@ GainCurveFloat MakeGainCurveFloat(float gain);
 void ApplyGain(const GainCurveS16& curve, PcmView<short> samples);
 void ApplyGain(const GainCurveFloat& curve, PcmView<float> samples);
 
-/// The alternative with three slopes: double, shift, compress.
+/// The alternative curve of three slopes: double, shift, compress.
 void ApplyThreeSlopeGain(float gain, PcmView<short> samples);
 void ApplyThreeSlopeGain(float gain, PcmView<float> samples);
 

@@ -4,7 +4,7 @@ namespace audio_filter::internal {
 
 namespace {
 
-/// A host's own static objects may work before this file's do: they find the plainest level.
+/// Null until this file's initialisers run. A host's global objects may process audio before that.
 constinit const Kernels* gBest = nullptr;
 
 [[maybe_unused]] const bool gPicked = [] {

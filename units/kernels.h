@@ -9,16 +9,15 @@
 
 namespace audio_filter::internal {
 
-/// The inner loops of the units, compiled from one source (kernel_loops.inc) for each level of
-/// instructions that a build knows. Every level gives the same bytes.
+/// The inner loops of the units, compiled from one source (kernel_loops.inc) for each instruction set
+/// of the build. Every level gives the same bytes.
 struct Kernels {
     const char* level;
 
     void (*gainS16)(const GainCurveS16& curve, PcmView<short> samples);
     void (*gainFloat)(const GainCurveFloat& curve, PcmView<float> samples);
 
-    /// Samples on their way into the mixer, and the limited sum of its rows, which lie `stride`
-    /// samples apart.
+    /// Conversion of samples into a mixer row, and the limited sum of rows `stride` samples apart.
     void (*toMixerS16)(PcmView<const short> samples, short* row);
     void (*toMixerFloat)(PcmView<const float> samples, short* row);
     void (*mixS16)(const short* rows, std::size_t stride, std::size_t count, PcmView<short> out);
@@ -29,10 +28,10 @@ struct Kernels {
                                     bool negate);
 };
 
-/// The levels that this machine can run, the plainest first. Picked by the build.
+/// The levels that this machine supports, the baseline first.
 std::span<const Kernels> KernelLevels();
 
-/// The last of them, picked once when the library is loaded; the plainest until then.
+/// The best of them, selected once when the library is loaded; until then, the baseline.
 const Kernels& BestKernels();
 
 }  // namespace audio_filter::internal

@@ -17,7 +17,7 @@ namespace {
 #undef KERNEL_LEVEL
 #undef KERNEL_TARGET
 
-constexpr Kernels kLevels[] = {plain::TableCalled("plain")};
+constexpr Kernels kLevels[] = {plain::MakeTable("plain")};
 
 }  // namespace
 

@@ -9,8 +9,8 @@
 
 namespace audio_filter::internal {
 
-// An attribute of each loop, rather than an option of a file: what a header defines inline stays
-// code that every machine can run.
+// The instruction set is an attribute of each loop, not an option of the file: inline functions from
+// headers must remain code that every machine can run.
 
 namespace {
 
@@ -26,7 +26,7 @@ namespace {
 #undef KERNEL_LEVEL
 #undef KERNEL_TARGET
 
-constexpr Kernels kLevels[] = {plain::TableCalled("plain"), avx2::TableCalled("avx2")};
+constexpr Kernels kLevels[] = {plain::MakeTable("plain"), avx2::MakeTable("avx2")};
 
 }  // namespace
 

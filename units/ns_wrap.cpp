@@ -39,8 +39,8 @@ bool NSWrap::Init(int sampleRate, SampleFmt fmt, int level) {
     if (!mNs) {
         mNs = Suppressor::Create();
     }
-    // The level after the restart, which puts it back to 0.
-    if (!mNs || !mNs->Init(mSampleRate) || !mNs->SetPolicy(mLevel)) {
+    // After the restart, which resets the level to 0.
+    if (!mNs || !mNs->Init(mSampleRate) || !mNs->SetLevel(mLevel)) {
         return false;
     }
     if (mFmt == SAMPLE_FMT_S16) {
@@ -80,23 +80,23 @@ int NSWrap::Process(const char* in, char* out) {
 
 template <typename Sample, typename Memory>
 int NSWrap::ProcessBlock(const char* in, char* out) {
-    std::array<Sample, kBlockSamples> frame;
-    std::memcpy(frame.data(), in, sizeof(frame));
+    std::array<Sample, kBlockSamples> samples;
+    std::memcpy(samples.data(), in, sizeof(samples));
     auto* lowIn = As<Sample>(mLowIn);
     auto* highIn = As<Sample>(mHighIn);
     auto* lowOut = As<Sample>(mLowOut);
     auto* highOut = As<Sample>(mHighOut);
-    SplitBands(frame.data(), lowIn, highIn, As<Memory>(mAnalysisState1),
+    SplitBands(samples.data(), lowIn, highIn, As<Memory>(mAnalysisState1),
                As<Memory>(mAnalysisState2));
     mNs->Process(lowIn, highIn, lowOut, highOut);
-    MergeBands(lowOut, highOut, frame.data(), As<Memory>(mSynthesisState1),
+    MergeBands(lowOut, highOut, samples.data(), As<Memory>(mSynthesisState1),
                As<Memory>(mSynthesisState2));
-    std::memcpy(out, frame.data(), sizeof(frame));
+    std::memcpy(out, samples.data(), sizeof(samples));
     return RESULT_OK;
 }
 
 bool NSWrap::setLevel(int level) {
-    return mNs && mNs->SetPolicy(level);
+    return mNs && mNs->SetLevel(level);
 }
 
 bool NSWrap::Reset() {

@@ -10,20 +10,19 @@ namespace audio_filter::internal {
 class Suppressor;
 }
 
-/// The noise suppressor for one channel, a frame at a time: splits 320 samples into two bands,
-/// suppresses the noise of both and merges them again. 320 samples are 10 ms at 32000 Hz, for which
-/// the unit is made; at 8000 Hz the suppressor works on the first 80 of the 160 samples of a band.
+/// The noise suppressor of one channel, one suppressor block at a time: splits 320 samples into two
+/// bands, suppresses the noise of both and merges them. 320 samples are 10 ms at 32000 Hz, the rate
+/// for which the unit is designed; at 8000 Hz the suppressor uses the first 80 of a band's 160.
 ///
-/// The output lags the input: by 96 samples of a band inside the suppressor (48 at 8000 Hz), and by
-/// about four samples in the band filters.
+/// The latency is 96 samples of a band inside the suppressor (48 at 8000 Hz) and about four samples
+/// in the band filters.
 ///
-/// Float samples come out without a high band: only in frames of digital silence, which the
-/// suppressor leaves early, does it pass (delayed). A float sample that is not finite counts as 0.
-/// Finite ones so large that the suppressor overflows (noise from about 2e5 times full scale on)
-/// make a frame of silence in the low band and start the suppressor anew: it would return nothing
-/// but NaN from then on.
+/// Float output has no high band, except for blocks of digital silence, where the suppressor exits
+/// early and the high band passes, delayed. A float sample that is not finite counts as 0. Finite
+/// samples that overflow the suppressor (noise from about 2e5 times full scale on) give a block of
+/// silence in the low band and restart the suppressor, which would otherwise return only NaN.
 ///
-/// One object serves one thread at a time.
+/// Supports one thread at a time.
 class AUDIO_FILTER_API NSWrap {
 public:
     /// [setup] Not initialised.
@@ -31,28 +30,29 @@ public:
     /// [setup]
     ~NSWrap();
 
-    /// [setup] Starts the suppressor anew. The memories of the band filters are kept if the format
-    /// stays the same. Throws std::bad_alloc when memory runs out.
+    /// [setup] Restarts the suppressor. The band-filter memories are kept if the format is the same.
+    /// Throws std::bad_alloc when memory runs out.
     /// @param sampleRate 8000, 16000 or 32000 Hz
-    /// @param fmt SAMPLE_FMT_S16 or SAMPLE_FMT_FLT; planar formats are not translated
+    /// @param fmt SAMPLE_FMT_S16 or SAMPLE_FMT_FLT; planar formats are not supported
     /// @param level 0 mild .. 3 most aggressive
-    /// @return false for anything else, and when there is no memory for the suppressor's own
-    ///         instance: nothing is processed then. A negative rate, no format or a level out of
-    ///         range changes nothing that an earlier Init has stored. Another rate is stored, and a
-    ///         stream of the same format that ran before goes on as it was.
+    /// @return false for other arguments, or when the suppressor's instance cannot be allocated. A
+    ///         negative rate, no format or a level out of range changes nothing that an earlier Init
+    ///         stored. An unsupported rate is stored, and an earlier stream of the same format keeps
+    ///         running.
     bool Init(int sampleRate, SampleFmt fmt, int level);
 
-    /// [audio] One frame: 320 samples in, 320 out, in the format of Init, at any address; `in` may
+    /// [audio] Processes 320 samples into 320 samples in the format of Init, at any address; `in` may
     /// be `out`.
-    /// @return 0; -1 without a good Init or for a null buffer: `out` is then untouched
+    /// @return RESULT_OK; RESULT_FAILURE before a successful Init or for a null buffer: `out` is then
+    ///         unchanged
     int Process(const char* in, char* out);
 
-    /// [audio] The suppression level, 0..3.
+    /// [audio] Sets the suppression level, 0..3.
     /// @return false for any other level, or before Init
     bool setLevel(int level);
 
-    /// [audio] Silences the memories of the band filters; the suppressor goes on as it is.
-    /// @return false when Init has stored no format that is processed
+    /// [audio] Clears the band-filter memories; the suppressor's own state is unchanged.
+    /// @return false if Init has not stored a supported format
     bool Reset();
 
     /// [setup] Releases everything. @return true
@@ -67,11 +67,11 @@ private:
     int ProcessBlock(const char* in, char* out);
     void ReleaseBuffers();
 
-    bool mInited = false;  ///< never set, never read
+    bool mInited = false;  ///< the interface demands it; never set, never read
     int mSampleRate = 0;
     int mLevel = 0;
     int mFmt = SAMPLE_FMT_NONE;  ///< the SampleFmt given to Init
-    Bytes mLowIn;                ///< band frames, 320 samples each
+    Bytes mLowIn;                ///< bands, room for 320 samples each
     Bytes mHighIn;
     Bytes mLowOut;
     Bytes mHighOut;
@@ -80,5 +80,5 @@ private:
     Bytes mSynthesisState1;
     Bytes mSynthesisState2;
     std::unique_ptr<audio_filter::internal::Suppressor> mNs;
-    int mBufferFmt = SAMPLE_FMT_NONE;  ///< what the buffers hold; none while there are none
+    int mBufferFmt = SAMPLE_FMT_NONE;  ///< format of the buffers; none without buffers
 };

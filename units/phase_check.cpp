@@ -105,8 +105,8 @@ int PhaseCheck::RunRatioDetector(Sample* samples, int count) {
     return RESULT_OK;
 }
 
-/// The two kinds of samples differ on purpose: 16-bit ones renew all rates and decide by them,
-/// float ones decide by the counts and leave the other rates alone.
+/// The sample formats deliberately differ: the 16-bit version updates all rates and decides by them,
+/// the float version decides by the counts and leaves the other rates unchanged.
 template <typename Sample>
 void PhaseCheck::RenewRates() {
     const std::uint64_t audible = mInPhase + mOpposed;

@@ -8,16 +8,15 @@
 
 namespace audio_filter::internal {
 
-/// The arithmetic of PhaseCheck: what one frame of a stereo signal says about the polarity of its
-/// channels, and walks over all frames of a block.
+/// The arithmetic of PhaseCheck: the classification of stereo frames by the polarity of their
+/// channels, and its application to blocks.
 
-/// Quiet enough to say nothing: within -491..491 in both channels.
+/// Within -491..491 in both channels.
 constexpr bool IsSilent(short left, short right) {
     return left >= -491 && left <= 491 && right >= -491 && right <= 491;
 }
 
-/// Quiet enough to say nothing: strictly within -0.016..0.016 in both channels, in double
-/// precision.
+/// Strictly within -0.016..0.016 in both channels, in double precision.
 constexpr bool IsSilent(float left, float right) {
     const double l = left;
     const double r = right;
@@ -34,7 +33,7 @@ constexpr bool IsOpposed(Sample left, Sample right) {
     return (left > 0 && right < 0) || (left < 0 && right > 0);
 }
 
-/// The sample with its polarity reversed. -32768 has no opposite and stays.
+/// The sample with inverted polarity. -32768 stays -32768.
 constexpr short Negated(short sample) {
     return static_cast<short>(-sample);
 }
@@ -42,7 +41,7 @@ constexpr float Negated(float sample) {
     return -sample;
 }
 
-/// Where the frames of a block lie: L R L R..., or all left samples before all right ones.
+/// The layout of a block: L R L R..., or all left samples before all right ones.
 struct StereoLayout {
     std::size_t frames;
     bool planar;
@@ -51,16 +50,16 @@ struct StereoLayout {
     std::size_t Right(std::size_t frame) const { return planar ? frame + frames : 2 * frame + 1; }
 };
 
-/// Frames of a block by what they say. One that is neither silent nor in phase counts as opposed,
-/// even when it is loud in a single channel only.
+/// The frames of a block by class. A frame that is neither silent nor in phase counts as opposed, even
+/// if only one channel is loud.
 struct PhaseCounts {
     std::int32_t inPhase = 0;
     std::int32_t opposed = 0;
     std::int32_t silent = 0;
 };
 
-/// Calls `visit(left, right)` with the values of every frame as they came in, having negated the
-/// left sample in place if so wished.
+/// Calls `visit(left, right)` with the input values of every frame. Negates the left samples in place
+/// if `negateLeft`.
 template <typename Sample, typename Visit>
 void ForEachFrame(PcmView<Sample> samples, const StereoLayout& layout, bool negateLeft,
                   Visit visit) {
@@ -74,13 +73,13 @@ void ForEachFrame(PcmView<Sample> samples, const StereoLayout& layout, bool nega
     }
 }
 
-/// Counts the frames of a block by their values as they came in, having negated the left samples in
-/// place if so wished.
+/// Counts the frames of a block by their input values. Negates the left samples in place if
+/// `negateLeft`.
 PhaseCounts CountPhases(PcmView<short> samples, const StereoLayout& layout, bool negateLeft);
 PhaseCounts CountPhases(PcmView<float> samples, const StereoLayout& layout, bool negateLeft);
 
-/// The score after a block: up one for a frame of opposite signs, down one for one of equal signs,
-/// within 0..maxScore after every frame. A zero channel or a silent frame scores nothing.
+/// The score after a block: plus one for a frame of opposite signs, minus one for one of equal signs,
+/// clamped to 0..maxScore after every frame. A silent frame or one with a zero sample scores nothing.
 template <typename Sample>
 std::int32_t ScorePhases(PcmView<Sample> samples, const StereoLayout& layout, bool negateLeft,
                          std::int32_t score, std::int32_t maxScore) {

@@ -36,8 +36,8 @@ void Suppressor::Release::operator()(NsHandleT* handle) const {
     WebRtcNs_Free(handle);
 }
 
-/// The package writes to what it allocates without looking whether it is there, so whether there is
-/// room is found out before.
+/// The package writes to its instance without checking the result of malloc, so a trial allocation
+/// comes first.
 std::unique_ptr<Suppressor> Suppressor::Create() {
     void* volatile room = std::malloc(kInstanceBytes);  // volatile: not to be optimised away
     if (room == nullptr) {
@@ -53,7 +53,7 @@ Suppressor::Suppressor(Handle handle) : mHandle(std::move(handle)) {}
 Suppressor::~Suppressor() = default;
 
 bool Suppressor::Init(int sampleRate) {
-    // The package takes 48000 Hz too, in three bands.
+    // The package also accepts 48000 Hz, in three bands.
     if (sampleRate != 8000 && sampleRate != 16000 && sampleRate != 32000) {
         return false;
     }
@@ -61,16 +61,16 @@ bool Suppressor::Init(int sampleRate) {
         return false;
     }
     mSampleRate = sampleRate;
-    mPolicy = 0;
+    mLevel = 0;
     mWindow.Reset(sampleRate);
     return true;
 }
 
-bool Suppressor::SetPolicy(int level) {
+bool Suppressor::SetLevel(int level) {
     if (WebRtcNs_set_policy(mHandle.get(), level) != 0) {
         return false;
     }
-    mPolicy = level;
+    mLevel = level;
     return true;
 }
 
@@ -89,19 +89,19 @@ void Suppressor::Process(const short* low, const short* high, short* lowOut, sho
 void Suppressor::Process(const float* low, const float* high, float* lowOut, float* highOut) {
     const Band lowIn = Scaled(low, kToS16Scale);
     const Band highIn = Scaled(high, kToS16Scale);
-    const bool leavesEarly = mWindow.IsSilentAfter(lowIn.data());
+    const bool exitsEarly = mWindow.IsSilentAfter(lowIn.data());
     Band lowResult = {};
     Band highResult = {};
     Run(lowIn.data(), highIn.data(), lowResult.data(), highResult.data());
     if (!IsFinite(lowResult)) {
-        const int policy = mPolicy;
+        const int level = mLevel;
         Init(mSampleRate);
-        SetPolicy(policy);
+        SetLevel(level);
         lowResult.fill(0.0F);
     }
-    // Where the gain is applied, the high band goes through whole 16-bit units and a division by
-    // 32768 in integers, which leaves nothing of it.
-    if (!leavesEarly) {
+    // Unless the suppressor exits early, the interface divides the high band by 32768 in 16-bit
+    // integers, which gives zeros.
+    if (!exitsEarly) {
         highResult.fill(0.0F);
     }
     const Band lowScaled = Scaled(lowResult.data(), kFromS16Scale);
@@ -118,21 +118,21 @@ void Suppressor::Run(const float* low, const float* high, float* lowOut, float* 
 }
 
 short RoundToS16(float sample) {
-    // Not std::round, which some C libraries compute by adding a half: 0.49999997 then becomes 1.
+    // Not std::round: some C libraries add a half, which turns 0.49999997 into 1.
     const float bounded = std::min(std::max(-32768.0F, sample), 32767.0F);
     const int whole = static_cast<int>(bounded);
     const float rest = bounded - static_cast<float>(whole);
     return static_cast<short>(whole + (rest >= 0.5F ? 1 : 0) - (rest <= -0.5F ? 1 : 0));
 }
 
-void SplitBands(const short* frame, short* low, short* high, std::int32_t* memory1,
+void SplitBands(const short* samples, short* low, short* high, std::int32_t* memory1,
                 std::int32_t* memory2) {
-    WebRtcSpl_AnalysisQMF(frame, kBlockSamples, low, high, memory1, memory2);
+    WebRtcSpl_AnalysisQMF(samples, kBlockSamples, low, high, memory1, memory2);
 }
 
-void MergeBands(const short* low, const short* high, short* frame, std::int32_t* memory1,
+void MergeBands(const short* low, const short* high, short* samples, std::int32_t* memory1,
                 std::int32_t* memory2) {
-    WebRtcSpl_SynthesisQMF(low, high, kBandSamples, frame, memory1, memory2);
+    WebRtcSpl_SynthesisQMF(low, high, kBandSamples, samples, memory1, memory2);
 }
 
 }  // namespace audio_filter::internal

@@ -4,8 +4,8 @@
 
 namespace audio_filter::internal {
 
-/// The suppressor's frame, in samples of one channel: 10 ms at 32000 Hz, in two bands of half the
-/// samples each.
+/// The block size of the suppressor in samples of one channel, 10 ms at 32000 Hz, and that of each of
+/// its two bands.
 inline constexpr std::size_t kBlockSamples = 320;
 inline constexpr std::size_t kBandSamples = kBlockSamples / 2;
 

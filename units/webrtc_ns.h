@@ -3,15 +3,14 @@
 #include <cstddef>
 #include <cstdint>
 
-/// The C functions of the packaged WebRTC audio processing library (version 0.3) that this library
-/// calls. The package exports them and installs no header for them. In the library only
-/// suppressor.cpp calls them.
+/// The C functions of the packaged WebRTC audio processing library (version 0.3) that suppressor.cpp
+/// calls. The package exports them but installs no header for them.
 extern "C" {
 
 struct NsHandleT;
 
-/// The noise suppressor. Bands hold 160 samples (80 at 8000 Hz) as floats in the 16-bit scale; in
-/// each frame Analyze comes first, with the low band. Init puts the policy back to 0.
+/// The noise suppressor. Bands are 160 floats (80 at 8000 Hz) in the 16-bit scale. Call Analyze with
+/// the low band of each block before Process. Init resets the policy, our suppression level, to 0.
 NsHandleT* WebRtcNs_Create();
 void WebRtcNs_Free(NsHandleT* self);
 int WebRtcNs_Init(NsHandleT* self, std::uint32_t sampleRate);
@@ -21,10 +20,10 @@ void WebRtcNs_Process(NsHandleT* self, const float* const* bands, std::size_t ba
                       float* const* outBands);
 
 /// The 16-bit band filters: a quadrature mirror pair. Each memory holds six values.
-void WebRtcSpl_AnalysisQMF(const std::int16_t* frame, std::size_t frameLength,
+void WebRtcSpl_AnalysisQMF(const std::int16_t* samples, std::size_t sampleCount,
                            std::int16_t* lowBand, std::int16_t* highBand, std::int32_t* memory1,
                            std::int32_t* memory2);
 void WebRtcSpl_SynthesisQMF(const std::int16_t* lowBand, const std::int16_t* highBand,
-                            std::size_t bandLength, std::int16_t* frame, std::int32_t* memory1,
+                            std::size_t bandLength, std::int16_t* samples, std::int32_t* memory1,
                             std::int32_t* memory2);
 }

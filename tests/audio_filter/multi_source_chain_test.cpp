@@ -202,7 +202,7 @@ TEST_F(MultiSourceChain, At44100HzTheLevelIs0WhileTheMixIsMusic) {
     filter->mClassifier.mSmoothedResult = true;
     EXPECT_EQ(Process(samples, Kinds({0, 1})), 0);
     EXPECT_TRUE(filter->mIsMusic);
-    EXPECT_EQ(filter->mDenoise.mNsL->mNs->mPolicy, 0);
+    EXPECT_EQ(filter->mDenoise.mNsL->mNs->mLevel, 0);
 }
 
 TEST_F(MultiSourceChain, ASuppressorThatIsNotInitialisedLeavesTheOutputAsTheResult) {

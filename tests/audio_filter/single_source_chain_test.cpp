@@ -190,7 +190,7 @@ TEST_F(SingleSourceChain, At44100HzTheLevelIs0WhileMusicPlaysAndTheHostsOnTheVer
     Start(44100, 2, SAMPLE_FMT_S16, {AP_DENOISE});
     ProcessParam level = {0.0F, 2};
     EXPECT_TRUE(filter->SetParameter(&level, AP_DENOISE));
-    const auto applied = [&] { return filter->mDenoise.mNsL->mNs->mPolicy; };
+    const auto applied = [&] { return filter->mDenoise.mNsL->mNs->mLevel; };
     std::vector<short> samples(882);
     filter->mClassifier.mSmoothedResult = true;
     EXPECT_EQ(Chain(samples, kMic), 0);

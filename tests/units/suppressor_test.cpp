@@ -21,7 +21,7 @@ using Band = std::array<Sample, kBandSamples>;
 std::unique_ptr<Suppressor> Ready(int rate, int level = 3) {
     std::unique_ptr<Suppressor> suppressor = Suppressor::Create();
     EXPECT_TRUE(suppressor->Init(rate));
-    EXPECT_TRUE(suppressor->SetPolicy(level));
+    EXPECT_TRUE(suppressor->SetLevel(level));
     return suppressor;
 }
 
@@ -46,7 +46,7 @@ TEST(Suppressor, Takes8000_16000_32000HzAndRefuses48000AndTheRest) {
 TEST(Suppressor, TakesPolicies0To3) {
     const std::unique_ptr<Suppressor> suppressor = Ready(32000);
     for (int level = -2; level < 7; ++level) {
-        EXPECT_EQ(suppressor->SetPolicy(level), level >= 0 && level <= 3) << level;
+        EXPECT_EQ(suppressor->SetLevel(level), level >= 0 && level <= 3) << level;
     }
 }
 
@@ -234,7 +234,7 @@ TEST(Suppressor, AFrameThatOverflowsItComesOutAsZerosAndTheNextOnesRunAsAfterARe
             ASSERT_LT(++frames, 4);
         } while (lowOut != silence);
         fresh->Init(32000);
-        fresh->SetPolicy(2);
+        fresh->SetLevel(2);
         for (int frame = 0; frame < 100; ++frame) {
             low = Noise(random, 0.5F);
             Band<float> expected;
