@@ -4,14 +4,14 @@
 #include <cmath>
 #include <type_traits>
 
-/// The two kinds of samples that the library processes.
-enum class SampleKind { kS16, kFloat };
+/// The sample formats that the command line uses, both interleaved.
+enum class SampleFormat { kS16, kFloat };
 
 /// An interleaved stream.
 struct AudioFormat {
     int sampleRate;  ///< Hz
     int channels;    ///< 1 or 2
-    SampleKind kind;
+    SampleFormat samples;
 };
 
 /// A sample as a float, full scale at 1.
@@ -22,7 +22,7 @@ inline float ToFloat(float sample) {
     return sample;
 }
 
-/// A float as a sample: 16-bit ones rounded to nearest and saturated, NaN as 0.
+/// A float as a sample. 16-bit samples are rounded to nearest and saturated; NaN becomes 0.
 template <typename Sample>
 Sample FromFloat(float sample) {
     if constexpr (std::is_same_v<Sample, float>) {

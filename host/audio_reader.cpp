@@ -16,8 +16,8 @@ namespace {
 
 constexpr sf_count_t kUnknownLength = std::numeric_limits<sf_count_t>::max();
 
-/// What the file is by its first bytes; 0 for none that is taken. libsndfile is not asked: what it
-/// takes for MPEG audio, it lets write to standard error.
+/// The container by its first bytes; 0 for an unsupported one. libsndfile's own detection is not
+/// used: its MPEG decoder writes to standard error.
 int ContainerOf(std::istream& file) {
     const std::string start = BytesAt(file, 0, 12);
     const std::string magic = start.substr(0, 4);
@@ -32,7 +32,7 @@ int ContainerOf(std::istream& file) {
     return riff && form == "WAVE" ? SF_FORMAT_WAV : 0;
 }
 
-bool IsFloatKind(int subtype) {
+bool IsFloatSubtype(int subtype) {
     return subtype == SF_FORMAT_PCM_24 || subtype == SF_FORMAT_PCM_32 ||
            subtype == SF_FORMAT_FLOAT || subtype == SF_FORMAT_DOUBLE;
 }
@@ -69,17 +69,17 @@ AudioReader::AudioReader(const std::string& path) : mPath(path) {
         Fail("not a WAV, FLAC or Ogg file");
     }
     if (info.channels > 2) {
-        Fail("has " + std::to_string(info.channels) + " channels; one or two are taken");
+        Fail("has " + std::to_string(info.channels) + " channels; only one or two are supported");
     }
     if (container == SF_FORMAT_OGG && info.frames == kUnknownLength) {
         Fail("is truncated");
     }
     if (info.frames == 0) {
-        Fail("holds no audio");
+        Fail("contains no audio");
     }
-    mFormat = {
-        info.samplerate, info.channels,
-        IsFloatKind(info.format & SF_FORMAT_SUBMASK) ? SampleKind::kFloat : SampleKind::kS16};
+    mFormat = {info.samplerate, info.channels,
+               IsFloatSubtype(info.format & SF_FORMAT_SUBMASK) ? SampleFormat::kFloat
+                                                               : SampleFormat::kS16};
     mDecodesToFloat = container == SF_FORMAT_OGG;
     if (mFlac) {
         mFrames = mFlac->StatedFrames();
@@ -106,12 +106,12 @@ std::size_t AudioReader::Read(short* samples, std::size_t frames) {
     return read;
 }
 
-/// Refuses what the decoder would take as whole although it is not.
+/// Refuses damage that the decoder does not report.
 void AudioReader::CheckContainer(int container, std::istream& file) const {
     if (container == SF_FORMAT_WAV) {
         const WavChunks chunks = WalkWavChunks(file);
         if (chunks.mpeg) {
-            Fail("holds MPEG audio, which is not taken");
+            Fail("contains MPEG audio, which is not supported");
         }
         if (chunks.cut) {
             Fail("is truncated");
@@ -119,7 +119,7 @@ void AudioReader::CheckContainer(int container, std::istream& file) const {
     } else if (container == SF_FORMAT_OGG) {
         const OggPages pages = WalkOggPages(file);
         if (pages.chained) {
-            Fail("holds several streams one after the other; one is taken");
+            Fail("contains several chained streams; only one is supported");
         }
         if (!pages.ended) {
             Fail("is truncated or damaged");
@@ -129,18 +129,18 @@ void AudioReader::CheckContainer(int container, std::istream& file) const {
     }
 }
 
-/// Refuses a stream that breaks off: by an error of the decoder, or short of its stated length. And
-/// one that goes on beyond it: nobody knows which of the two is right.
+/// Refuses a stream that ends early (a decoder error, or less than its stated length) and one that
+/// exceeds that length: there is no telling which of the two is right.
 std::size_t AudioReader::Checked(std::int64_t frames) {
     mRead += frames;
     if (sf_error(mFile.get()) != SF_ERR_NO_ERROR || (frames == 0 && mRead < mFrames.value_or(0))) {
         Fail("is truncated or damaged");
     }
     if (mFrames && mRead > *mFrames) {
-        Fail("is damaged: it goes on beyond the length that it states");
+        Fail("is damaged: it continues beyond its stated length");
     }
     if (frames == 0 && mRead == 0) {
-        Fail("holds no audio");
+        Fail("contains no audio");
     }
     return static_cast<std::size_t>(frames);
 }

@@ -12,20 +12,20 @@
 #include "host/audio_stream.h"
 #include "host/flac_input.h"
 
-/// Reads a WAV, FLAC or Ogg file. Throws Failure for whatever is not a whole file of one or two
+/// Reads a WAV, FLAC or Ogg file. Throws Failure for anything but a complete file of one or two
 /// channels with at least one frame.
 class AudioReader : public AudioSource {
 public:
     explicit AudioReader(const std::string& path);
     ~AudioReader() override;
 
-    /// 16-bit for integers of up to 16 bits and for lossy codings, else float.
+    /// 16-bit for integers of up to 16 bits and for lossy codecs, else float.
     const AudioFormat& Format() const override { return mFormat; }
 
-    /// Length, where the file says it.
+    /// Length, if the file states it.
     std::optional<std::int64_t> Frames() const override { return mFrames; }
 
-    /// Reads up to `frames` frames of the format's kind. @return frames read; 0 at the end
+    /// Reads up to `frames` frames. @return frames read; 0 at the end
     std::size_t Read(short* samples, std::size_t frames) override;
     std::size_t Read(float* samples, std::size_t frames) override;
 
@@ -39,7 +39,7 @@ private:
     std::size_t Checked(std::int64_t frames);
 
     std::string mPath;
-    std::unique_ptr<FlacInput> mFlac;  ///< which mFile reads from, if it is one
+    std::unique_ptr<FlacInput> mFlac;  ///< what mFile reads from, for a FLAC file
     std::unique_ptr<SNDFILE, Close> mFile;
     AudioFormat mFormat = {};
     std::optional<std::int64_t> mFrames;

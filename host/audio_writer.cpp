@@ -17,18 +17,18 @@ std::string LowerExtension(const fs::path& path) {
     return extension;
 }
 
-/// What a WAV file can say of its length, less its headers.
+/// The longest audio that a plain WAV header can state, with room for the headers.
 constexpr std::int64_t kLargestWavBytes = 0xFFFF0000;
 
 bool FitsWav(const AudioFormat& format, std::optional<std::int64_t> frames) {
     const std::int64_t frameBytes =
-        std::int64_t{format.channels} * (format.kind == SampleKind::kS16 ? 2 : 4);
+        std::int64_t{format.channels} * (format.samples == SampleFormat::kS16 ? 2 : 4);
     return frames && *frames <= kLargestWavBytes / frameBytes;
 }
 
 int FileFormat(const fs::path& path, const AudioFormat& format,
                std::optional<std::int64_t> frames) {
-    const bool s16 = format.kind == SampleKind::kS16;
+    const bool s16 = format.samples == SampleFormat::kS16;
     if (LowerExtension(path) == ".flac") {
         return SF_FORMAT_FLAC | (s16 ? SF_FORMAT_PCM_16 : SF_FORMAT_PCM_24);
     }
@@ -36,12 +36,12 @@ int FileFormat(const fs::path& path, const AudioFormat& format,
            (s16 ? SF_FORMAT_PCM_16 : SF_FORMAT_FLOAT);
 }
 
-/// FLAC states rates of up to 16 bits in Hz, and higher ones in tens of Hz.
+/// FLAC stores rates up to 65535 Hz in Hz, and higher ones in units of 10 Hz.
 bool FitsFlac(int sampleRate) {
     return sampleRate <= 0xFFFF || (sampleRate <= 655350 && sampleRate % 10 == 0);
 }
 
-/// Where a path leads, also when nothing is there yet; nothing for links that lead in a circle.
+/// Follows symbolic links, also to a file that does not exist yet; none for a cycle.
 std::optional<fs::path> FollowLinks(fs::path path) {
     std::error_code error;
     for (int links = 0; links < 40; ++links) {
@@ -53,8 +53,8 @@ std::optional<fs::path> FollowLinks(fs::path path) {
     return std::nullopt;
 }
 
-/// A hidden name in the same folder, so that the file can be moved to its place at one stroke. It
-/// does not grow with the target's, which may be as long as names can be.
+/// A hidden name in the same folder, so that the final rename is atomic. Its length does not depend
+/// on the target's, which may already be the longest possible.
 fs::path PartialPath(const fs::path& target) {
     return target.parent_path() /
            (".audio-filter-" + std::to_string(std::random_device()()) + ".partial");
@@ -74,16 +74,16 @@ AudioWriter::Partial::~Partial() {
 void AudioWriter::CheckPath(const std::string& path) {
     const std::string extension = LowerExtension(path);
     if (extension != ".wav" && extension != ".flac") {
-        throw Failure(path, "the output is a .wav or .flac file");
+        throw Failure(path, "the output must be a .wav or .flac file");
     }
     std::error_code error;
     const fs::file_status status = fs::status(path, error);
     if (fs::exists(status) && !fs::is_regular_file(status)) {
         throw Failure(path, "not a regular file");
     }
-    // Moved over another file, an output would not ask whether that one is to be kept.
-    const bool there = fs::is_regular_file(status);
-    if (status.type() == fs::file_type::none || (there && !OutputFile::MayBeReplaced(path))) {
+    // The rename at the end would replace a read-only file as well.
+    const bool exists = fs::is_regular_file(status);
+    if (status.type() == fs::file_type::none || (exists && !OutputFile::MayBeReplaced(path))) {
         throw Failure(path, "cannot be written");
     }
 }
@@ -93,8 +93,8 @@ AudioWriter::AudioWriter(const std::string& path, const AudioFormat& format,
     : mPath(path) {
     CheckPath(path);
     if (LowerExtension(path) == ".flac" && !FitsFlac(format.sampleRate)) {
-        throw Failure(
-            path, "FLAC cannot hold " + std::to_string(format.sampleRate) + " Hz; a .wav file can");
+        throw Failure(path, "FLAC cannot store " + std::to_string(format.sampleRate) +
+                                " Hz; use a .wav file");
     }
     const std::optional<fs::path> target = FollowLinks(path);
     if (!target) {
@@ -117,7 +117,7 @@ AudioWriter::AudioWriter(const std::string& path, const AudioFormat& format,
     if (!mFile) {
         Fail();
     }
-    // The chunk of peaks holds the time of day: the same audio would not give the same bytes.
+    // The PEAK chunk contains a time stamp: equal audio would not give equal bytes.
     sf_command(mFile.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     sf_command(mFile.get(), SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
     sf_command(mFile.get(), SFC_SET_CLIPPING, nullptr, SF_TRUE);

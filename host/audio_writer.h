@@ -12,25 +12,24 @@
 #include "host/audio_stream.h"
 #include "host/output_file.h"
 
-/// Writes a WAV or FLAC file, which appears whole at Commit or not at all: it grows beside its
-/// place under another name. Throws Failure when that cannot be.
+/// Writes a WAV or FLAC file, which appears whole at Commit or not at all: until then it has a
+/// temporary name in the same folder. Throws Failure when it cannot be written.
 class AudioWriter : public AudioSink {
 public:
     /// @param path ends in .wav or .flac
-    /// @param format 16-bit samples are written as such; floats as floats to WAV, as 24 bits to
+    /// @param format 16-bit samples are written as such, floats as float to WAV and as 24 bits to
     ///        FLAC
-    /// @param frames that will come, if that is known: a WAV file of more than 4 GB, or maybe more,
-    ///        is written as RF64
+    /// @param frames expected length, if known: a WAV file that may exceed 4 GB is written as RF64
     AudioWriter(const std::string& path, const AudioFormat& format,
                 std::optional<std::int64_t> frames);
 
-    /// Says what stops a file from being written there, before any work is done for it.
+    /// Throws Failure if the path is unsuitable, before any work is done.
     static void CheckPath(const std::string& path);
 
     void Write(const short* samples, std::size_t frames) override;
     void Write(const float* samples, std::size_t frames) override;
 
-    /// Puts the file in its place, over one that is there and with the permissions of that.
+    /// Renames the file to its path. Replaces an existing file and keeps that file's permissions.
     void Commit() override;
 
 private:
@@ -38,7 +37,7 @@ private:
         void operator()(SNDFILE* file) const;
     };
 
-    /// The file while it grows; goes with the object.
+    /// The temporary file; removed with the object.
     struct Partial {
         ~Partial();
         std::filesystem::path path;
@@ -47,7 +46,7 @@ private:
     [[noreturn]] void Fail() const;
 
     std::string mPath;
-    std::filesystem::path mTarget;  ///< mPath, symbolic links followed
+    std::filesystem::path mTarget;  ///< mPath with symbolic links resolved
     Partial mPartial;
     OutputFile mOutput;
     std::unique_ptr<SNDFILE, Close> mFile;

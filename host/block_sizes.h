@@ -6,13 +6,13 @@
 #include <random>
 #include <string>
 
-/// How much the filter gets at a time: one size, or any at random.
+/// The lengths of the blocks passed to the filter: fixed, or random.
 class BlockSizes {
 public:
     /// Reads "10" (ms, 1..1000) or "random:SEED". @return none for anything else
     static std::optional<BlockSizes> Parse(const std::string& text);
 
-    /// @return frames, at least 1 and at most a second's
+    /// @return frames, from 1 to one second
     std::size_t Next(int sampleRate);
 
 private:

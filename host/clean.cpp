@@ -39,23 +39,23 @@ Sources Open(const CleanJob& job) {
         }
         sources.push_back(std::make_unique<AudioReader>(input.path));
         if (std::filesystem::equivalent(input.path, job.output, error)) {
-            throw Failure(job.output, "is the input itself");
+            throw Failure(job.output, "is also an input");
         }
     }
     return sources;
 }
 
-/// A log over a recording would be the end of one of them.
+/// The log file must not overwrite a recording.
 void CheckLogPath(const CleanJob& job) {
     std::error_code error;
     for (const InputFile& input : job.inputs) {
         if (std::filesystem::equivalent(input.path, job.log, error)) {
-            throw Failure(job.log + ": is the input itself");
+            throw Failure(job.log, "is also an input");
         }
     }
     if (std::filesystem::weakly_canonical(job.log, error) ==
         std::filesystem::weakly_canonical(job.output, error)) {
-        throw Failure(job.log + ": is the output itself");
+        throw Failure(job.log, "is also the output");
     }
 }
 
@@ -65,7 +65,7 @@ std::unique_ptr<AudioSink> OpenOutput(const CleanJob& job, const AudioFormat& fo
         return std::make_unique<AudioWriter>(job.output, format, frames);
     }
     if (job.raw && RawFormatName(*job.raw) != RawFormatName(format)) {
-        throw Failure("standard output: would be " + RawFormatName(format) + ", not " +
+        throw Failure("standard output: the result is " + RawFormatName(format) + ", not " +
                       RawFormatName(*job.raw));
     }
     return std::make_unique<RawWriter>(stdout, format);
@@ -75,31 +75,31 @@ std::string FormatName(const AudioFormat& format) {
     return std::to_string(format.sampleRate) + " Hz " + (format.channels == 1 ? "mono" : "stereo");
 }
 
-/// What has been done to an input so that it fits the first one.
+/// Inputs that are converted to the rate and channels of the first one.
 std::vector<std::string> Conversions(const CleanJob& job, const Sources& sources) {
     std::vector<std::string> conversions;
     const AudioFormat& common = sources.front()->Format();
     for (std::size_t i = 1; i < sources.size(); ++i) {
         const AudioFormat& own = sources[i]->Format();
         if (own.sampleRate != common.sampleRate || own.channels != common.channels) {
-            conversions.push_back(job.inputs[i].path + ": brought from " + FormatName(own) +
+            conversions.push_back(job.inputs[i].path + ": converted from " + FormatName(own) +
                                   " to " + FormatName(common));
         }
     }
     return conversions;
 }
 
-/// Whether a level of noise suppression is asked for that is not the filter's own.
-bool AsksForALevel(const CleanJob& job) {
+/// Whether any setting selects another suppression level than the filter's default.
+bool SelectsOtherLevel(const CleanJob& job) {
     FilterSettings settings = job.settings;
-    bool asks = settings.denoiseLevel.value_or(3) != 3;
+    bool selects = settings.denoiseLevel.value_or(3) != 3;
     for (const SettingsChange& change : job.changes) {
         for (const auto& [name, value] : change.values) {
             ApplySetting(settings, name, value);
         }
-        asks = asks || settings.denoiseLevel.value_or(3) != 3;
+        selects = selects || settings.denoiseLevel.value_or(3) != 3;
     }
-    return asks;
+    return selects;
 }
 
 void ThrowIfInterrupted() {
@@ -108,7 +108,6 @@ void ThrowIfInterrupted() {
     }
 }
 
-/// One job, from the first block to the last.
 template <typename Sample>
 class Cleaning {
 public:
@@ -121,22 +120,23 @@ public:
           mAfter(mFormat),
           mJudge(mFormat),
           mSettings(job.settings) {
-        if (mFormat.channels == 1 && AsksForALevel(job)) {
-            // The filter does not keep the level of a mono stream: two equal channels stand for it.
+        if (mFormat.channels == 1 && SelectsOtherLevel(job)) {
+            // The filter does not remember the level of a mono stream: pass two equal channels.
             mFilterFormat.channels = 2;
         }
         for (std::unique_ptr<AudioSource>& source : sources) {
             mFeeds.emplace_back(std::move(source), mFilterFormat);
         }
-        mMixing.Init(mFormat.kind == SampleKind::kS16 ? SAMPLE_FMT_S16 : SAMPLE_FMT_FLT);
+        mMixing.Init(mFormat.samples == SampleFormat::kS16 ? SAMPLE_FMT_S16 : SAMPLE_FMT_FLT);
     }
 
     Report Run(std::ostream* progress) {
         const Clock::time_point start = Clock::now();
         const std::optional<std::int64_t> length = Length();
         const std::unique_ptr<AudioSink> sink = OpenOutput(mJob, mFormat, length);
-        FilterStream<Sample> stream(Settings(), mFilterFormat, Kinds(),
-                                    [&](const Block& cleaned) { Write(*sink, Narrowed(cleaned)); });
+        FilterStream<Sample> stream(
+            Settings(), mFilterFormat, SourceTypes(),
+            [&](const Block& cleaned) { Write(*sink, ToOutputChannels(cleaned)); });
         {
             ProgressBar bar(progress, length);
             while (const std::size_t frames = PushBlock(stream)) {
@@ -145,7 +145,7 @@ public:
             }
         }
         if (mFrames == 0) {
-            throw Failure(mJob.inputs.front().path, "holds no audio");
+            throw Failure(mJob.inputs.front().path, "contains no audio");
         }
         stream.Finish();
         sink->Commit();
@@ -156,15 +156,15 @@ public:
 private:
     using Block = std::vector<Sample>;
 
-    std::vector<AVSourceType> Kinds() const {
-        std::vector<AVSourceType> kinds;
+    std::vector<AVSourceType> SourceTypes() const {
+        std::vector<AVSourceType> types;
         for (const InputFile& input : mJob.inputs) {
-            kinds.push_back(input.kind);
+            types.push_back(input.type);
         }
-        return kinds;
+        return types;
     }
 
-    /// Of the longest source, where all are known.
+    /// Frames of the longest source, if all lengths are known.
     std::optional<std::int64_t> Length() const {
         std::int64_t longest = 0;
         for (const SourceFeed<Sample>& feed : mFeeds) {
@@ -177,7 +177,7 @@ private:
         return longest;
     }
 
-    /// One block of each source, up to the next change. @return its frames; 0 at the end
+    /// Processes one block of each source, up to the next change. @return its frames; 0 at the end
     std::size_t PushBlock(FilterStream<Sample>& stream) {
         ApplyChanges(stream);
         std::size_t wanted = mJob.blockSizes.Next(mFormat.sampleRate);
@@ -196,9 +196,9 @@ private:
         for (SourceFeed<Sample>& feed : mFeeds) {
             feed.Take(frames, blocks);
         }
-        const Block heard = Narrowed(Heard(blocks));
-        mBefore.Add(heard);
-        mJudge.Hear(heard);
+        const Block input = ToOutputChannels(ChainInput(blocks));
+        mBefore.Add(input);
+        mJudge.Add(input);
         stream.Push(std::move(blocks));
         mFrames += static_cast<std::int64_t>(frames);
         return frames;
@@ -214,7 +214,7 @@ private:
         }
     }
 
-    /// The current ones, as far as they mean anything to the format.
+    /// The current settings; the phase check needs two channels.
     FilterSettings Settings() const {
         FilterSettings settings = mSettings;
         settings.phaseCheck = settings.phaseCheck && mFormat.channels == 2;
@@ -225,21 +225,21 @@ private:
         return std::llround(change.seconds * mFormat.sampleRate);
     }
 
-    /// What the filter's chain begins with: the mix of all sources, or the first one.
-    Block Heard(const Block& blocks) {
+    /// The input of the filter's chain: the mix of all sources, or the first one.
+    Block ChainInput(const Block& blocks) {
         const std::size_t perSource = blocks.size() / mFeeds.size();
-        Block heard(blocks.begin(), blocks.begin() + static_cast<std::ptrdiff_t>(perSource));
+        Block input(blocks.begin(), blocks.begin() + static_cast<std::ptrdiff_t>(perSource));
         if (mFeeds.size() > 1 && mSettings.mix) {
             int size = static_cast<int>(blocks.size() * sizeof(Sample));
             mMixing.Process(reinterpret_cast<const char*>(blocks.data()),
-                            reinterpret_cast<char*>(heard.data()), size,
+                            reinterpret_cast<char*>(input.data()), size,
                             static_cast<int>(mFeeds.size()));
         }
-        return heard;
+        return input;
     }
 
-    /// The left of two equal channels that stand for mono; anything else as it is.
-    Block Narrowed(const Block& block) const {
+    /// Mono again, where two equal channels were passed to the filter.
+    Block ToOutputChannels(const Block& block) const {
         if (mFilterFormat.channels == mFormat.channels) {
             return block;
         }
@@ -281,11 +281,11 @@ private:
         return report;
     }
 
-    // A copy, as its block sizes are drawn one after another.
+    // A copy: drawing block sizes changes it.
     CleanJob mJob;
     std::vector<std::string> mConversions;
     AudioFormat mFormat;        ///< of the output
-    AudioFormat mFilterFormat;  ///< of what the filter gets
+    AudioFormat mFilterFormat;  ///< of the filter's input
     LevelMeter mBefore;
     LevelMeter mAfter;
     MusicJudge<Sample> mJudge;
@@ -306,11 +306,11 @@ Report Clean(const CleanJob& job, std::ostream* progress) {
         log.emplace(job.log);
     }
     try {
-        return sources.front()->Format().kind == SampleKind::kS16
+        return sources.front()->Format().samples == SampleFormat::kS16
                    ? std::make_unique<Cleaning<short>>(job, std::move(sources))->Run(progress)
                    : std::make_unique<Cleaning<float>>(job, std::move(sources))->Run(progress);
     } catch (const Failure&) {
-        ThrowIfInterrupted();  // and so broke off a read or a write
+        ThrowIfInterrupted();  // the signal may have ended a read or a write
         throw;
     }
 }

@@ -11,24 +11,24 @@
 #include "host/filter_settings.h"
 #include "host/report.h"
 
-/// Where one source comes from.
+/// A source to process.
 struct InputFile {
     std::string path;  ///< "-" for raw samples on standard input
-    AVSourceType kind;
+    AVSourceType type;
 };
 
-/// Recordings to be cleaned.
+/// What to clean, and how.
 struct CleanJob {
-    std::vector<InputFile> inputs;   ///< 1..16; the first gives the output its format
+    std::vector<InputFile> inputs;   ///< 1..16; the output has the format of the first
     std::string output;              ///< "-" for raw samples on standard output
-    std::optional<AudioFormat> raw;  ///< of what is "-"
+    std::optional<AudioFormat> raw;  ///< format of "-"
     FilterSettings settings;
-    std::vector<SettingsChange> changes;  ///< in the order of their times
+    std::vector<SettingsChange> changes;  ///< in order of time
     BlockSizes blockSizes;
     std::string log;  ///< file for the library's own log lines; empty for none
 };
 
-/// Cleans them: the output has the rate and channels of the first input and the length of the
-/// longest, and appears when it is whole. Throws Failure, and then leaves nothing.
-/// @param progress where the progress bar goes; null for none
+/// Cleans the recordings. The output has the rate and channels of the first input and the length of
+/// the longest, and appears when it is complete. Throws Failure and then leaves no file.
+/// @param progress stream of the progress bar; null for none
 Report Clean(const CleanJob& job, std::ostream* progress);

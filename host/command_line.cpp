@@ -15,7 +15,7 @@
 namespace {
 
 constexpr int kFailed = 1;
-constexpr int kNotUnderstood = 2;
+constexpr int kUsageError = 2;
 
 struct Arguments {
     CleanJob job;
@@ -32,7 +32,7 @@ struct Arguments {
     bool quiet = false;
 };
 
-/// Takes what can be parsed.
+/// Accepts text that `parse` accepts.
 template <typename Parse>
 CLI::Validator Parsed(const Parse& parse, const std::string& form) {
     const auto check = [parse, form](const std::string& text) {
@@ -41,7 +41,7 @@ CLI::Validator Parsed(const Parse& parse, const std::string& form) {
     return CLI::Validator(check, form);
 }
 
-/// Takes what the setting takes.
+/// Accepts the values of a setting.
 CLI::Validator SettingOf(const std::string& name, const std::string& form) {
     const auto parse = [name](const std::string& text) {
         FilterSettings scratch;
@@ -53,18 +53,18 @@ CLI::Validator SettingOf(const std::string& name, const std::string& form) {
 /// Reads "microphone=talk.wav", "0=talk.wav" or "2=bed.ogg".
 std::optional<InputFile> ParseSource(const std::string& text) {
     const std::size_t equals = text.find('=');
-    const std::string kind = text.substr(0, equals);
+    const std::string type = text.substr(0, equals);
     if (equals == std::string::npos || equals + 1 == text.size()) {
         return std::nullopt;
     }
     const InputFile input = {text.substr(equals + 1), AV_SOURCE_MICROPHONE};
-    if (kind == "microphone") {
+    if (type == "microphone") {
         return input;
     }
-    if (kind.size() != 1 || kind[0] < '0' || kind[0] > '3') {
+    if (type.size() != 1 || type[0] < '0' || type[0] > '3') {
         return std::nullopt;
     }
-    return InputFile{input.path, static_cast<AVSourceType>(kind[0] - '0')};
+    return InputFile{input.path, static_cast<AVSourceType>(type[0] - '0')};
 }
 
 void Declare(CLI::App& app, Arguments& arguments) {
@@ -75,51 +75,55 @@ void Declare(CLI::App& app, Arguments& arguments) {
     CLI::App& clean = *app.add_subcommand("clean", "Clean a recording");
     clean.add_option(
         "IN", arguments.files,
-        "WAV, FLAC or Ogg files, mono or stereo: the first is the microphone, more are "
-        "other sources; - for raw samples on standard input");
-    clean.add_option("--source", arguments.sources, "one more file, and the kind of its source")
-        ->check(Parsed(ParseSource, "KIND=FILE, where KIND is microphone, 1, 2 or 3"))
+        "WAV, FLAC or Ogg files, mono or stereo; the first is the microphone, the others are "
+        "further sources; - for raw samples from standard input");
+    clean.add_option("--source", arguments.sources, "another file, with its source type")
+        ->check(Parsed(ParseSource, "TYPE=FILE with TYPE microphone, 1, 2 or 3"))
         ->allow_extra_args(false)
-        ->type_name("KIND=FILE");
+        ->type_name("TYPE=FILE");
     clean
         .add_option("-o,--output", arguments.job.output,
-                    "WAV or FLAC file to write; - for raw samples on standard output")
+                    "WAV or FLAC file to write; - for raw samples to standard output")
         ->required();
-    clean.add_option("--raw", arguments.raw, "what the raw samples are")
+    clean.add_option("--raw", arguments.raw, "format of the raw samples")
         ->check(Parsed(ParseRawFormat, "s16|f32:RATE:CHANNELS"));
     clean
         .add_option("--denoise", arguments.denoise,
-                    "noise suppression: 0 mild to 3 most aggressive")
+                    "suppression level, 0 mild to 3 most aggressive")
         ->check(SettingOf("denoise", "LEVEL 0..3|off"))
         ->capture_default_str();
     clean.add_option("--gain", arguments.gain, "strength of the gain curve")
         ->check(SettingOf("gain", "GAIN 0..1|off"))
         ->capture_default_str();
-    clean.add_option("--phase-check", arguments.phaseCheck, "correct a reversed left channel")
+    clean
+        .add_option("--phase-check", arguments.phaseCheck,
+                    "detect a reversed channel and invert the left one")
         ->check(SettingOf("phase-check", "on|off"))
         ->capture_default_str();
-    clean.add_option("--mix", arguments.mix, "mix several sources, or take the first one alone")
+    clean.add_option("--mix", arguments.mix, "mix all sources, or process the first one alone")
         ->check(SettingOf("mix", "on|off"))
         ->capture_default_str();
     clean
         .add_option("--at", arguments.changes,
-                    "change settings on the way, such as "
+                    "change settings in mid-stream, such as "
                     "3.5s:denoise=off,gain=0.4")
         ->check(Parsed(ParseChange, "TIME:SETTING=VALUE,..."))
         ->allow_extra_args(false);
-    clean.add_option("--block-ms", arguments.blockMs, "how much to process at a time, in ms")
+    clean
+        .add_option("--block-ms", arguments.blockMs,
+                    "length of the blocks passed to the filter, in ms")
         ->check(Parsed(BlockSizes::Parse, "1..1000|random:SEED"))
         ->capture_default_str();
-    clean.add_option("--log", arguments.job.log, "file for the library's own log lines");
+    clean.add_option("--log", arguments.job.log, "file for the library's log lines");
     clean.add_flag("--json", arguments.json, "print the summary as one JSON object");
-    clean.add_flag("--quiet", arguments.quiet, "print no progress and no table");
+    clean.add_flag("--quiet", arguments.quiet, "print no progress bar and no table");
 }
 
 CleanJob JobOf(const Arguments& arguments) {
     CleanJob job = arguments.job;
     for (const std::string& file : arguments.files) {
-        const auto kind = static_cast<AVSourceType>(std::min<std::size_t>(job.inputs.size(), 3));
-        job.inputs.push_back({file, kind});
+        const auto type = static_cast<AVSourceType>(std::min<std::size_t>(job.inputs.size(), 3));
+        job.inputs.push_back({file, type});
     }
     for (const std::string& source : arguments.sources) {
         job.inputs.push_back(*ParseSource(source));
@@ -138,8 +142,8 @@ CleanJob JobOf(const Arguments& arguments) {
     return job;
 }
 
-/// What no option can know of itself. Throws CLI::ValidationError.
-void CheckTogether(const CleanJob& job, bool json) {
+/// Checks that involve several options. Throws CLI::ValidationError.
+void CheckCombination(const CleanJob& job, bool json) {
     constexpr std::size_t kMostInputs = 16;
     const auto piped = std::count_if(job.inputs.begin(), job.inputs.end(),
                                      [](const InputFile& input) { return input.path == "-"; });
@@ -147,16 +151,16 @@ void CheckTogether(const CleanJob& job, bool json) {
         throw CLI::ValidationError("IN", "is required");
     }
     if (job.inputs.size() > kMostInputs) {
-        throw CLI::ValidationError("IN", "more than 16 sources");
+        throw CLI::ValidationError("IN", "at most 16 sources can be mixed");
     }
     if (piped > 1) {
-        throw CLI::ValidationError("IN", "standard input can be one source only");
+        throw CLI::ValidationError("IN", "standard input can be only one of the sources");
     }
     if (piped == 1 && !job.raw) {
-        throw CLI::ValidationError("--raw", "says what comes from standard input, and is missing");
+        throw CLI::ValidationError("--raw", "is required to read standard input");
     }
     if (job.output == "-" && json) {
-        throw CLI::ValidationError("--json", "standard output already takes the samples");
+        throw CLI::ValidationError("--json", "standard output carries the samples");
     }
 }
 
@@ -174,7 +178,7 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
     try {
         app.parse(argc, argv);
         const CleanJob job = JobOf(arguments);
-        CheckTogether(job, arguments.json);
+        CheckCombination(job, arguments.json);
         const Report report = Clean(job, arguments.quiet ? nullptr : progress);
         if (arguments.json) {
             PrintJson(out, report);
@@ -188,7 +192,7 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
             return 0;
         }
         err << "audio-filter: " << FirstLine(error.what()) << "\n";
-        return kNotUnderstood;
+        return kUsageError;
     } catch (const std::exception& error) {
         err << "audio-filter: " << FirstLine(error.what()) << "\n";
         return kFailed;

@@ -2,8 +2,8 @@
 
 #include <iosfwd>
 
-/// The whole command line but for its streams.
-/// @param progress where the progress bar goes; null for none
-/// @return exit status: 0 done, 1 failed, 2 not understood; then `err` has got one line
+/// Runs the command line.
+/// @param progress stream of the progress bar; null for none
+/// @return exit status: 0 done, 1 failed, 2 usage error; 1 and 2 print one line to `err`
 int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::ostream& err,
                    std::ostream* progress);

@@ -4,13 +4,13 @@
 #include <stdexcept>
 #include <string>
 
-/// What stops the command line, in the words of its one line on standard error.
+/// An error that ends the command line; its text is the line printed on standard error.
 class Failure : public std::runtime_error {
 public:
     using std::runtime_error::runtime_error;
 
-    /// Names a file and what is wrong with it. Control characters in the path become '?': a newline
-    /// among them would cut the reason off.
+    /// An error in a file. Control characters in the path become '?', so that the message stays one
+    /// line.
     Failure(std::string path, const std::string& reason)
         : std::runtime_error(Printable(std::move(path)) + ": " + reason) {}
 

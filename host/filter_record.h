@@ -5,18 +5,18 @@
 #include <string>
 #include <vector>
 
-/// What the filter's listener heard.
+/// A listener event.
 struct FilterEvent {
-    double seconds;  ///< of the stream
+    double seconds;  ///< position in the stream
     int code;
     std::string text;
 };
 
-/// What became of the calls of a filter.
+/// What a filter reported during a stream.
 struct FilterRecord {
     std::vector<FilterEvent> events;
-    std::map<std::string, int> refused;  ///< calls with their answers, and how often
-    std::int64_t handOffs = 0;           ///< blocks resampled for the suppressor and back
-    int processingRate = 0;              ///< Hz, of the noise suppression
-    std::int64_t correctedFrames = 0;    ///< whose left sample was negated, of all sources
+    std::map<std::string, int> refused;  ///< calls with their results, and how often
+    std::int64_t handOffs = 0;           ///< blocks resampled to the suppressor's rate and back
+    int processingRate = 0;              ///< Hz, of noise suppression
+    std::int64_t correctedFrames = 0;    ///< frames with the left sample negated, all sources
 };

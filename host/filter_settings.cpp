@@ -6,7 +6,7 @@
 
 namespace {
 
-/// "off", or a number from 0 to `highest`.
+/// Accepts "off" or a number from 0 to `highest`.
 template <typename Number>
 bool SetNumber(std::optional<Number>& setting, const std::string& value, Number highest) {
     if (value == "off") {

@@ -8,9 +8,8 @@
 
 namespace {
 
-/// What is remembered of the past: 50 ms, which reaches further back than the suppressor and both
-/// conversions do.
-constexpr int kPastPerSecond = 20;
+/// The history of each source: 50 ms, longer than the memory of the suppressor and both converters.
+constexpr int kHistoriesPerSecond = 20;
 
 template <typename Sample>
 char* Bytes(std::vector<Sample>& block) {
@@ -22,7 +21,7 @@ int ByteCount(const std::vector<Sample>& block) {
     return static_cast<int>(block.size() * sizeof(Sample));
 }
 
-/// Cuts a block to what a call has left in it.
+/// Truncates a block to the bytes that a call returned.
 template <typename Sample>
 void CutTo(std::vector<Sample>& block, int bytes) {
     block.resize(static_cast<std::size_t>(bytes) / sizeof(Sample));
@@ -43,9 +42,9 @@ int SuppressorRate(int sampleRate) {
     return sampleRate > 16000 ? 32000 : sampleRate > 8000 ? 16000 : 8000;
 }
 
-/// Frames by which the suppressor's output lags: it holds 96 samples of a band back (48 at 8000
-/// Hz), which are 192 (96) of the stream, and the band filters take about four. At 8000 and 16000
-/// Hz its frames are half padding, and that much less is held back of what is fresh.
+/// Latency of the suppressor in frames: 96 samples of a band (48 at 8000 Hz) are 192 (96) of the
+/// stream, and the band filters add about four. At 8000 and 16000 Hz half of each suppressor block is
+/// padding, which takes that much off the latency of the stream.
 std::int64_t SuppressorDelay(int suppressorRate) {
     constexpr std::int64_t kBandFilters = 4;
     switch (suppressorRate) {
@@ -71,7 +70,7 @@ FilterStream<Sample>::FilterStream(const FilterSettings& settings, const AudioFo
 
 template <typename Sample>
 void FilterStream<Sample>::Apply(const FilterSettings& settings) {
-    if (mSuppresses && !Hears(settings)) {
+    if (mSuppresses && !WantsSuppression(settings)) {
         Drain();
     }
     Switch(settings, false);
@@ -85,47 +84,48 @@ void FilterStream<Sample>::Switch(const FilterSettings& settings, bool first) {
                                      {AP_MIXING, settings.mix && mSources.size() > 1}};
     ProcessSwitchMap switches = wanted;
     if (first) {
-        const SampleFmt fmt = mFormat.kind == SampleKind::kS16 ? SAMPLE_FMT_S16 : SAMPLE_FMT_FLT;
+        const SampleFmt fmt =
+            mFormat.samples == SampleFormat::kS16 ? SAMPLE_FMT_S16 : SAMPLE_FMT_FLT;
         const int code = mFilter.Init(mFormat.sampleRate, mFormat.channels, fmt, &switches);
         if (code != 0) {
-            throw Failure("the filter refused the stream, code " + std::to_string(code));
+            throw Failure("the filter rejected the stream with code " + std::to_string(code));
         }
     } else {
         mFilter.SetMethod(&switches);
     }
     for (const auto& [kind, on] : wanted) {
         if (on && !switches[kind]) {
-            Refused("switching on " + kProcessTypeNames[kind], "not ready");
+            NoteRefusal("switching on " + kProcessTypeNames[kind], "not initialised");
         }
     }
     ProcessParam param = {settings.gain.value_or(0.0F), settings.denoiseLevel.value_or(mLevel)};
     if (switches[AP_GAIN] && !mFilter.SetParameter(&param, AP_GAIN)) {
-        Refused("setting the gain", "false");
+        NoteRefusal("setting the gain", "rejected");
     }
     if (switches[AP_DENOISE] && param.level != mLevel) {
         if (mFilter.SetParameter(&param, AP_DENOISE)) {
             mLevel = param.level;
         } else {
-            Refused("setting the level of noise suppression", "false");
+            NoteRefusal("setting the suppression level", "rejected");
         }
     }
     const bool suppressed = mSuppresses;
-    mSuppresses = switches[AP_DENOISE] && Hears(settings);
+    mSuppresses = switches[AP_DENOISE] && WantsSuppression(settings);
     if (mSuppresses && !suppressed) {
         StartSuppression();
     }
 }
 
-/// Whether the suppressor gets to hear anything: a microphone, first or mixed with others.
+/// Whether noise suppression applies: it needs a microphone, alone or in the mix.
 template <typename Sample>
-bool FilterStream<Sample>::Hears(const FilterSettings& settings) const {
+bool FilterStream<Sample>::WantsSuppression(const FilterSettings& settings) const {
     const auto end = settings.mix ? mSources.end() : mSources.begin() + 1;
     return settings.denoiseLevel.has_value() &&
            std::find(mSources.begin(), end, AV_SOURCE_MICROPHONE) != end;
 }
 
-/// What comes out first is what the suppressor still holds of earlier, and its delay. It has to
-/// hear what has been before, to go on from there instead of from silence.
+/// The first frames out are leftovers of earlier suppression and latency: drop them. The suppressor
+/// is fed with the history first, so that it does not start from silence.
 template <typename Sample>
 void FilterStream<Sample>::StartSuppression() {
     const int rate = mRecord.processingRate;
@@ -161,7 +161,7 @@ void FilterStream<Sample>::Process(Block blocks) {
         return;
     }
     if (code != 0) {
-        Refused("Process", std::to_string(code));
+        NoteRefusal("Process", std::to_string(code));
         out = before;
         Limit(out, frames);
         Emit(std::move(out));
@@ -175,7 +175,7 @@ void FilterStream<Sample>::Process(Block blocks) {
     Emit(std::move(out));
 }
 
-/// A correction turns the sign of left samples, which nothing else does.
+/// Only a phase correction changes the sign of left samples.
 template <typename Sample>
 void FilterStream<Sample>::NoteCorrections(const Block& before, const Block& after) {
     if (mFormat.channels != 2) {
@@ -185,8 +185,8 @@ void FilterStream<Sample>::NoteCorrections(const Block& before, const Block& aft
     for (std::size_t start = 0; start < before.size(); start += perSource) {
         for (std::size_t i = start; i < start + perSource; i += 2) {
             if (before[i] != Sample(0) && std::isfinite(static_cast<float>(before[i]))) {
-                const bool turned = (before[i] < Sample(0)) != (after[i] < Sample(0));
-                mRecord.correctedFrames += turned ? static_cast<std::int64_t>(perSource / 2) : 0;
+                const bool inverted = (before[i] < Sample(0)) != (after[i] < Sample(0));
+                mRecord.correctedFrames += inverted ? static_cast<std::int64_t>(perSource / 2) : 0;
                 break;
             }
         }
@@ -196,24 +196,23 @@ void FilterStream<Sample>::NoteCorrections(const Block& before, const Block& aft
 template <typename Sample>
 void FilterStream<Sample>::HandOff(Block block) {
     ++mRecord.handOffs;
-    if (!mThere) {
-        mThere.emplace(mFormat.sampleRate, mParam.audioSampleRate, mFormat.channels);
-        mBack.emplace(mParam.audioSampleRate, mFormat.sampleRate, mFormat.channels);
+    if (!mToSuppressor) {
+        mToSuppressor.emplace(mFormat.sampleRate, mParam.audioSampleRate, mFormat.channels);
+        mFromSuppressor.emplace(mParam.audioSampleRate, mFormat.sampleRate, mFormat.channels);
     }
     if (mSources.size() > 1) {
-        // The filter suppresses what has been resampled only after a call with one source; and one
-        // source is what the mix has become.
+        // ProcessResample suppresses only after a call with one source: present the mix as one.
         int size = ByteCount(block);
         const int code =
             mFilter.SyncProcessDelay(Bytes(block), Bytes(block), size, {AV_SOURCE_MICROPHONE});
         if (code != 0) {
-            Refused("SyncProcessDelay", std::to_string(code));
+            NoteRefusal("SyncProcessDelay", std::to_string(code));
         }
     }
-    ProcessResampled(Convert(*mThere, block, false));
+    ProcessResampled(Convert(*mToSuppressor, block, false));
 }
 
-/// In pieces of no more frames than a second of the stream has, which is what the filter takes.
+/// In pieces of at most as many frames as one second of the stream has, the limit of the filter.
 template <typename Sample>
 void FilterStream<Sample>::ProcessResampled(Block block) {
     while (!block.empty()) {
@@ -229,10 +228,10 @@ void FilterStream<Sample>::ProcessResampled(Block block) {
             mSuppressed += frames;
             mToDrop -= Drop(out, mToDrop);
         } else {
-            Refused("ProcessResample", std::to_string(code));
+            NoteRefusal("ProcessResample", std::to_string(code));
             out = std::move(piece);
         }
-        Emit(Convert(*mBack, out, false));
+        Emit(Convert(*mFromSuppressor, out, false));
     }
 }
 
@@ -248,8 +247,8 @@ void FilterStream<Sample>::Finish() {
     Drain();
 }
 
-/// What is held back has to be pushed out. What comes next is not known yet; what has been, turned
-/// round, joins on without a step.
+/// Pushes out what the suppressor holds. The next input is unknown; the history in reverse continues
+/// the signal without a step.
 template <typename Sample>
 void FilterStream<Sample>::Drain() {
     const std::int64_t frames = std::max(1, mFormat.sampleRate / 100);
@@ -261,12 +260,12 @@ void FilterStream<Sample>::Drain() {
         }
         Repeat(std::move(blocks));
     }
-    mThere.reset();
-    mBack.reset();
+    mToSuppressor.reset();
+    mFromSuppressor.reset();
     mToSkip = 0;
 }
 
-/// So many frames, backwards, from `back` before the latest one; silence before the first.
+/// `frames` frames in reverse, starting `back` frames before the latest; silence before the first.
 template <typename Sample>
 std::vector<Sample> FilterStream<Sample>::Backwards(const Block& past, std::int64_t back,
                                                     std::int64_t frames) const {
@@ -287,12 +286,13 @@ void FilterStream<Sample>::Remember(const Block& blocks) {
     for (Block& past : mPast) {
         const auto end = start + static_cast<std::ptrdiff_t>(perSource);
         past.insert(past.end(), start, end);
-        Drop(past, std::max<std::int64_t>(0, FramesOf(past) - mFormat.sampleRate / kPastPerSecond));
+        Drop(past,
+             std::max<std::int64_t>(0, FramesOf(past) - mFormat.sampleRate / kHistoriesPerSecond));
         start = end;
     }
 }
 
-/// Sends through what only serves to run the suppressor in or out.
+/// Processes blocks that only fill or flush the suppressor, and are not counted.
 template <typename Sample>
 void FilterStream<Sample>::Repeat(Block blocks) {
     const std::int64_t handOffs = mRecord.handOffs;
@@ -309,8 +309,8 @@ void FilterStream<Sample>::OnEvent(int code, std::string text) {
 }
 
 template <typename Sample>
-void FilterStream<Sample>::Refused(const std::string& call, const std::string& answer) {
-    ++mRecord.refused[call + ": " + answer];
+void FilterStream<Sample>::NoteRefusal(const std::string& call, const std::string& result) {
+    ++mRecord.refused[call + ": " + result];
 }
 
 template <typename Sample>
@@ -323,7 +323,7 @@ std::vector<Sample> FilterStream<Sample>::Silence(std::int64_t frames) const {
     return Block(static_cast<std::size_t>(frames * mFormat.channels));
 }
 
-/// Leaves at most that many frames, and says how many.
+/// Truncates the block to `frames` frames. @return frames left
 template <typename Sample>
 std::int64_t FilterStream<Sample>::Limit(Block& block, std::int64_t frames) const {
     const std::int64_t kept = std::min(frames, FramesOf(block));
@@ -331,7 +331,7 @@ std::int64_t FilterStream<Sample>::Limit(Block& block, std::int64_t frames) cons
     return kept;
 }
 
-/// Drops the first frames, up to that many, and says how many.
+/// Drops the first frames of the block, up to `frames`. @return frames dropped
 template <typename Sample>
 std::int64_t FilterStream<Sample>::Drop(Block& block, std::int64_t frames) const {
     const std::int64_t dropped = std::min(frames, FramesOf(block));

@@ -12,9 +12,9 @@
 #include "host/filter_settings.h"
 #include "host/rate_converter.h"
 
-/// Sends a stream of any rate through an AudioFilter: resamples where the filter hands a block back
-/// for that, takes its delay away, and gives out exactly as many frames as came in. Settings may
-/// change between two blocks, without a gap.
+/// Runs a stream of any rate through an AudioFilter: resamples where the filter requests it, removes
+/// the latency, and outputs exactly as many frames as the input has. Settings may change between two
+/// blocks, without a gap.
 template <typename Sample>
 class FilterStream : private FilterListener {
 public:
@@ -22,19 +22,18 @@ public:
     using Sink = std::function<void(const Block&)>;
 
     /// @param format of every source
-    /// @param sources their kinds, in the order of their blocks
-    /// @param sink takes the filtered blocks in order
+    /// @param sources source types, in the order of the source blocks
+    /// @param sink receives the filtered blocks in order
     FilterStream(const FilterSettings& settings, const AudioFormat& format,
                  std::vector<AVSourceType> sources, Sink sink);
 
-    /// From the next block on.
+    /// Applies from the next block on.
     void Apply(const FilterSettings& settings);
 
-    /// @param blocks whole frames, as many of each source, one source after another; at most a
-    ///        second
+    /// @param blocks a block of each source, one after another, of equal length; at most a second
     void Push(Block blocks);
 
-    /// Ends the stream: what has been held back comes out.
+    /// Ends the stream and outputs what the suppressor holds.
     void Finish();
 
     const FilterRecord& Record() const { return mRecord; }
@@ -43,7 +42,7 @@ private:
     void OnEvent(int code, std::string text) override;
 
     void Switch(const FilterSettings& settings, bool first);
-    bool Hears(const FilterSettings& settings) const;
+    bool WantsSuppression(const FilterSettings& settings) const;
     void Process(Block blocks);
     void NoteCorrections(const Block& before, const Block& after);
     void HandOff(Block block);
@@ -54,7 +53,7 @@ private:
     void Remember(const Block& blocks);
     void Repeat(Block blocks);
     void StartSuppression();
-    void Refused(const std::string& call, const std::string& answer);
+    void NoteRefusal(const std::string& call, const std::string& result);
 
     std::int64_t FramesOf(const Block& block) const;
     Block Silence(std::int64_t frames) const;
@@ -66,17 +65,17 @@ private:
     Sink mSink;
     AudioFilter mFilter;
     FilterRecord mRecord;
-    int mLevel = 3;            ///< of noise suppression, that the filter has; 3 from the start
-    bool mSuppresses = false;  ///< at the current settings
-    std::int64_t mIn = 0;      ///< frames of the stream
-    std::int64_t mOut = 0;
+    int mLevel = 3;                ///< the filter's suppression level; 3 after Init
+    bool mSuppresses = false;      ///< with the current settings
+    std::int64_t mIn = 0;          ///< frames received
+    std::int64_t mOut = 0;         ///< frames output
     std::vector<Block> mPast;      ///< the latest frames of each source
-    std::int64_t mToSkip = 0;      ///< frames still to be dropped of what comes out
-    std::int64_t mToDrop = 0;      ///< the same of what the suppressor gives out, before
-    std::int64_t mSuppressed = 0;  ///< frames that the suppressor has been given, ever
+    std::int64_t mToSkip = 0;      ///< frames of the output still to drop
+    std::int64_t mToDrop = 0;      ///< frames of the suppressor's output still to drop, before that
+    std::int64_t mSuppressed = 0;  ///< frames passed to the suppressor so far
 
-    // Where the filter hands blocks back.
+    // For streams that are resampled for the suppressor.
     AVParam mParam;
-    std::optional<RateConverter> mThere;
-    std::optional<RateConverter> mBack;
+    std::optional<RateConverter> mToSuppressor;
+    std::optional<RateConverter> mFromSuppressor;
 };

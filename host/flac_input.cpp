@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Where the header states the length: in 36 bits, of which the first four share a byte.
+/// Position of the length in the header: 36 bits, the first four of which share a byte.
 constexpr sf_count_t kLengthAt = 21;
 constexpr sf_count_t kLengthEnd = 26;
 constexpr char kNotOfLength = static_cast<char>(0xF0);

@@ -7,16 +7,16 @@
 #include <optional>
 #include <string>
 
-/// A FLAC file, given to libsndfile without the length that its header states: at that length
-/// libsndfile stops, and whatever the file holds beyond it would be dropped without a word.
+/// A FLAC file that hides its stated length from libsndfile, which would otherwise stop there and
+/// silently drop any audio beyond it.
 class FlacInput {
 public:
     explicit FlacInput(const std::string& path);
 
-    /// Nothing where the header leaves it open.
+    /// None if the header leaves it open.
     std::optional<std::int64_t> StatedFrames() const { return mStatedFrames; }
 
-    /// @return libsndfile's handle, which reads from this object; null when it takes it for no FLAC
+    /// @return libsndfile's handle, which reads from this object; null if it is not FLAC
     SNDFILE* Open(SF_INFO& info);
 
 private:

@@ -1,14 +1,13 @@
 #pragma once
 
-/// From now on an interrupt from the keyboard, a request to end (SIGTERM) and a lost terminal
-/// (SIGHUP) are noted instead of ending the process, so that what has been begun can be put away:
-/// the command line then says "interrupted" and exits with status 1. What is ignored already, such
-/// as under nohup, stays ignored.
+/// Catches SIGINT, SIGTERM and SIGHUP so that unfinished files are removed before the process ends:
+/// the command line then prints "interrupted" and exits with status 1. A signal that is already
+/// ignored, as under nohup, stays ignored.
 void NoteInterrupts();
 
-/// Whether there has been one.
+/// Whether one of them has arrived.
 bool Interrupted();
 
-/// From now on a write beyond the allowed size of a file or into a closed pipe fails, as on a full
-/// disk, instead of ending the process.
+/// Makes writes beyond the file size limit or into a closed pipe fail, like writes to a full disk,
+/// instead of ending the process.
 void LetWritesFail();

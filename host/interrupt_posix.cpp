@@ -14,7 +14,7 @@ void NoteInterrupts() {
         struct sigaction action = {};
         sigaction(number, nullptr, &action);
         if (action.sa_handler != SIG_IGN) {
-            action = {};  // without SA_RESTART: a wait at a pipe ends, too
+            action = {};  // without SA_RESTART, so that blocking reads return
             action.sa_handler = [](int) { interrupted = 1; };
             sigaction(number, &action, nullptr);
         }

@@ -14,7 +14,7 @@ double PowerToDb(double power) {
     return power > 0.0 ? 10.0 * std::log10(power) : kSilence;
 }
 
-/// Of the windows that `wanted` picks by their index.
+/// Mean level of the windows that `wanted` selects by index.
 template <typename Wanted>
 double MeanLevel(const std::vector<double>& powers, Wanted wanted) {
     double sum = 0.0;
@@ -41,7 +41,7 @@ LevelMeter::LevelMeter(const AudioFormat& format)
       mWindowSamples(std::max<std::size_t>(1, static_cast<std::size_t>(format.sampleRate) / 20) *
                      mChannels) {
     if (!mLoudness) {
-        throw Failure("cannot measure a stream of " + std::to_string(format.sampleRate) + " Hz");
+        throw Failure("cannot measure loudness at " + std::to_string(format.sampleRate) + " Hz");
     }
 }
 

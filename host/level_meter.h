@@ -8,7 +8,7 @@
 
 #include "host/audio_format.h"
 
-/// Measures a stream as it passes: loudness, peak, and the power of every window of 50 ms.
+/// Measures loudness, peak, and the power of each 50 ms window of a stream.
 class LevelMeter {
 public:
     explicit LevelMeter(const AudioFormat& format);
@@ -17,13 +17,13 @@ public:
     void Add(const std::vector<float>& block);
     void Add(const std::vector<short>& block);
 
-    /// Integrated loudness by EBU R 128, in LUFS; minus infinity below its gate.
+    /// Integrated loudness (EBU R 128) in LUFS; minus infinity below its gate.
     double Loudness() const;
 
-    /// The largest sample, in dB of full scale; minus infinity for silence.
+    /// The sample peak in dBFS; minus infinity for silence.
     double Peak() const;
 
-    /// Mean square of each window over all channels, full scale 1; the last one may be shorter.
+    /// Mean square of each window over all channels, full scale 1; the last may be shorter.
     std::vector<double> Powers() const;
 
 private:
@@ -37,14 +37,14 @@ private:
     std::size_t mChannels;
     std::size_t mWindowSamples;
     std::vector<double> mPowers;
-    double mSum = 0.0;  ///< of squares in the window that is not full yet
+    double mSum = 0.0;  ///< of squares in the current window
     std::size_t mSummed = 0;
     float mPeak = 0.0F;
 };
 
-/// Mean power of a recording in two sorts of its windows, before and after it is cleaned. The sorts
-/// are told apart by what came in: the quietest tenth is its noise floor, and all that lies at
-/// least 15 dB above that is speech. In dB of full scale; minus infinity for silence.
+/// Mean power of the noise floor and of speech before and after cleaning, in dBFS; minus infinity
+/// for silence. The input selects the windows of both: its quietest tenth is the noise floor, and
+/// windows at least 15 dB above that are speech.
 struct WindowLevels {
     double noiseFloorBefore;
     double noiseFloorAfter;

@@ -12,13 +12,12 @@
 
 namespace {
 
-/// A hidden name in the same folder, as the writer adds to it and would truncate what has that
-/// name.
+/// A hidden name in the same folder: the writer appends to it, and truncates a file of that name.
 std::string PrefixBeside(const std::filesystem::path& path) {
     return path.parent_path() / (".audio-filter-" + std::to_string(std::random_device()()));
 }
 
-/// A file writer with a limit of size, which it never reaches, numbers its files from 0.
+/// A file writer with a size limit, which it never reaches, numbers its files from 0.
 std::string NameOfWriter(const std::string& prefix) {
     return prefix + "_0";
 }
@@ -26,13 +25,13 @@ std::string NameOfWriter(const std::string& prefix) {
 }  // namespace
 
 LogFile::LogFile(const std::string& path) : mPath(path), mPrefix(PrefixBeside(path)) {
-    // A device or a pipe would be replaced by a file in the end.
+    // The rename at the end would replace a device or a pipe.
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(path, error);
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
         throw Failure(path, "not a regular file");
     }
-    // The writer itself only complains on standard error.
+    // The writer reports failures on standard error only.
     if (!std::ofstream(path) || !std::ofstream(NameOfWriter(mPrefix))) {
         throw Failure(path, "cannot be written");
     }

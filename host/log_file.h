@@ -2,8 +2,8 @@
 
 #include <string>
 
-/// Sends the library's own log lines to a file for as long as it lives. Throws Failure when the
-/// file cannot be written.
+/// Writes the library's log lines to a file during its lifetime. Throws Failure if the file cannot
+/// be written.
 class LogFile {
 public:
     explicit LogFile(const std::string& path);
@@ -13,6 +13,6 @@ public:
 
 private:
     std::string mPath;
-    std::string mPrefix;  ///< what the writer is told, while it writes
+    std::string mPrefix;  ///< of the writer's temporary file
     int mId;
 };

@@ -1,5 +1,5 @@
-// The command line on Windows, where none of the libraries for files and sample rates are to be
-// had: raw samples in and out, at the rates that the filter processes as they are.
+// The command line on Windows, without the libraries for audio files and resampling: raw samples in
+// and out, at the rates that the filter processes directly.
 
 #include <fcntl.h>
 #include <io.h>
@@ -26,7 +26,7 @@ struct Job {
     FilterSettings settings;
 };
 
-/// @return none for what is not understood
+/// @return none for a usage error
 std::optional<Job> Parse(const std::vector<std::string>& words) {
     Job job;
     std::vector<std::string> rest;
@@ -74,9 +74,9 @@ void Run(const Job& job) {
         const int code = filter.Process(reinterpret_cast<const char*>(block.data()),
                                         reinterpret_cast<char*>(out.data()), size,
                                         {AV_SOURCE_MICROPHONE}, wanted, 0);
-        if (code != 0) {
-            throw Failure("the filter answered " + std::to_string(code) +
-                          (code == 9 ? ": this rate has to be resampled" : ""));
+        if (code != RESULT_OK) {
+            throw Failure("the filter returned " + std::to_string(code) +
+                          (code == RESULT_NEEDS_RESAMPLING ? ": resample this rate first" : ""));
         }
         writer.Write(out.data(), static_cast<std::size_t>(size) / sizeof(Sample) / channels);
     }
@@ -94,7 +94,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     try {
-        job->format->kind == SampleKind::kS16 ? Run<short>(*job) : Run<float>(*job);
+        job->format->samples == SampleFormat::kS16 ? Run<short>(*job) : Run<float>(*job);
         return 0;
     } catch (const std::exception& error) {
         std::cerr << "audio-filter: " << error.what() << "\n";

@@ -6,17 +6,16 @@
 #include "classifier/audio_classifier.h"
 #include "host/audio_format.h"
 
-/// Listens in on a stream beside the filter, with a detector like the filter's own. The filter's
-/// verdict is its own secret, and it has none at most rates; this one is there at any.
+/// Music detection beside the filter, which does not expose its verdict and has none at most rates.
 template <typename Sample>
 class MusicJudge {
 public:
     explicit MusicJudge(const AudioFormat& format);
 
     /// @param block one source, or the mix of all
-    void Hear(std::vector<Sample> block);
+    void Add(std::vector<Sample> block);
 
-    /// Frames of blocks with which music was judged to play.
+    /// Frames of the blocks during which music was detected.
     std::int64_t MusicFrames() const { return mMusicFrames; }
 
 private:

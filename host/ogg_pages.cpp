@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr std::size_t kHeaderBytes = 27;  // and up to 255 more, the lengths of the page's parts
+constexpr std::size_t kHeaderBytes = 27;  // followed by up to 255 segment lengths
 constexpr unsigned kFirstOfStream = 2;
 constexpr unsigned kLastOfStream = 4;
 

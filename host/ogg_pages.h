@@ -2,11 +2,11 @@
 
 #include <istream>
 
-/// What the page headers of an Ogg file say of it before it is decoded.
+/// What the page headers of an Ogg file tell without decoding.
 struct OggPages {
-    bool ended = false;    ///< the last page is whole and the last of its stream
-    bool chained = false;  ///< another stream begins after the first, which the decoder would drop
+    bool ended = false;    ///< the last page is complete and ends its stream
+    bool chained = false;  ///< a second stream follows, which the decoder would drop
 };
 
-/// Walks the pages from the first one on, up to the end or to what is not a page.
+/// Walks the pages from the first, up to the end or to anything that is not a page.
 OggPages WalkOggPages(std::istream& file);

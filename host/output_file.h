@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <optional>
 
-/// A new file that libsndfile writes through, and that remembers whether every byte has reached the
-/// disk: of a FLAC file, libsndfile does not tell at its end.
+/// A new file that libsndfile writes through and that records write errors: libsndfile does not
+/// report those at the end of a FLAC file.
 class OutputFile {
 public:
     OutputFile() = default;
@@ -15,18 +15,18 @@ public:
     OutputFile(const OutputFile&) = delete;
     OutputFile& operator=(const OutputFile&) = delete;
 
-    /// @param permissions nothing for those that new files usually get
-    /// @return false when it cannot be, or when there is such a file
+    /// @param permissions none for the default
+    /// @return false if it cannot be created or exists already
     bool Create(const std::filesystem::path& path,
                 std::optional<std::filesystem::perms> permissions);
 
-    /// @return libsndfile's handle, to be closed before this object is; null when it refuses
+    /// @return libsndfile's handle, to be closed before this object; null if it refuses the format
     SNDFILE* Open(SF_INFO& info);
 
-    /// @return whether all of it is on the disk
+    /// @return whether all of it has reached the disk
     bool Close();
 
-    /// Whether the permissions of a file that is there allow it to be written.
+    /// Whether the permissions of an existing file allow writing it.
     static bool MayBeReplaced(const std::filesystem::path& path);
 
 private:

@@ -16,17 +16,18 @@ OutputFile& OutputOf(void* self) {
 
 OutputFile::~OutputFile() {
     if (mFile >= 0) {
-        close(mFile);  // unsynced: what has not been closed before is to be removed
+        close(mFile);  // not synced: the file is about to be removed
     }
 }
 
 bool OutputFile::Create(const std::filesystem::path& path,
                         std::optional<std::filesystem::perms> permissions) {
-    // A file that only its owner may read is not open to others while it grows, either.
+    // A file that only its owner may read must not be readable by others while it is written.
     const mode_t mode = permissions ? S_IRUSR | S_IWUSR : 0666;
     mFile = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (mFile >= 0 && permissions) {
-        fchmod(mFile, static_cast<mode_t>(*permissions) & 0777U);  // not every disk has them
+        fchmod(mFile, static_cast<mode_t>(*permissions) &
+                          0777U);  // best effort: not every file system supports it
     }
     return mFile >= 0;
 }

@@ -5,7 +5,7 @@
 #include <string>
 #include <system_error>
 
-/// The whole text as a number. @return none where it is anything else, or does not fit the type
+/// Parses the whole text. @return none for anything else or a number that does not fit the type
 template <typename Number>
 std::optional<Number> ParseNumber(const std::string& text) {
     Number number = 0;

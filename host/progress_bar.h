@@ -4,14 +4,14 @@
 #include <iosfwd>
 #include <optional>
 
-/// A line on a terminal that shows how far the work is, redrawn in place, at most once a percent.
+/// A progress bar on a terminal, redrawn in place at most once a percent.
 class ProgressBar {
 public:
     /// @param out null for none
-    /// @param total of what Advance adds up to; without it the bar is not drawn
+    /// @param total what Advance adds up to; without it no bar is drawn
     ProgressBar(std::ostream* out, std::optional<std::int64_t> total);
 
-    /// Wipes the line.
+    /// Clears the line.
     ~ProgressBar();
 
     ProgressBar(const ProgressBar&) = delete;

@@ -5,15 +5,15 @@
 #include <memory>
 #include <vector>
 
-/// Converts the sample rate of an interleaved float stream, block by block and without delay.
+/// Converts the sample rate of an interleaved float stream block by block, with its latency removed.
 class RateConverter {
 public:
-    /// Throws Failure for rates too far apart.
+    /// Throws Failure if the ratio of the rates is not supported.
     RateConverter(int fromRate, int toRate, int channels);
     ~RateConverter();
 
-    /// @param last whether the stream ends with this block, which may be empty
-    /// @return what can be said so far, any number of frames
+    /// @param last whether this block, which may be empty, ends the stream
+    /// @return the frames available so far, any number
     std::vector<float> Convert(const std::vector<float>& block, bool last);
 
 private:

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// The rate's bound keeps a second of two floats well inside an int of bytes.
+/// Keeps the bytes of one second of stereo floats well within an int.
 constexpr int kHighestRate = 768000;
 
 }  // namespace
@@ -19,26 +19,27 @@ std::optional<AudioFormat> ParseRawFormat(const std::string& text) {
     if (second == std::string::npos) {
         return std::nullopt;
     }
-    const std::string kind = text.substr(0, first);
+    const std::string samples = text.substr(0, first);
     const std::optional<int> rate = ParseNumber<int>(text.substr(first + 1, second - first - 1));
     const std::optional<int> channels = ParseNumber<int>(text.substr(second + 1));
-    if ((kind != "s16" && kind != "f32") || !rate || *rate < 1 || *rate > kHighestRate ||
+    if ((samples != "s16" && samples != "f32") || !rate || *rate < 1 || *rate > kHighestRate ||
         !channels || *channels < 1 || *channels > 2) {
         return std::nullopt;
     }
-    return AudioFormat{*rate, *channels, kind == "s16" ? SampleKind::kS16 : SampleKind::kFloat};
+    return AudioFormat{*rate, *channels,
+                       samples == "s16" ? SampleFormat::kS16 : SampleFormat::kFloat};
 }
 
 std::string RawFormatName(const AudioFormat& format) {
-    return (format.kind == SampleKind::kS16 ? "s16:" : "f32:") + std::to_string(format.sampleRate) +
-           ":" + std::to_string(format.channels);
+    return (format.samples == SampleFormat::kS16 ? "s16:" : "f32:") +
+           std::to_string(format.sampleRate) + ":" + std::to_string(format.channels);
 }
 
 RawReader::RawReader(std::FILE* file, const AudioFormat& format) : mFile(file), mFormat(format) {}
 
 std::size_t RawReader::Read(short* samples, std::size_t frames) {
     const auto channels = static_cast<std::size_t>(mFormat.channels);
-    if (mFormat.kind == SampleKind::kS16) {
+    if (mFormat.samples == SampleFormat::kS16) {
         return ReadBytes(reinterpret_cast<char*>(samples), frames, channels * sizeof(short));
     }
     std::vector<float> floats(frames * channels);
@@ -51,7 +52,7 @@ std::size_t RawReader::Read(short* samples, std::size_t frames) {
 
 std::size_t RawReader::Read(float* samples, std::size_t frames) {
     const auto channels = static_cast<std::size_t>(mFormat.channels);
-    if (mFormat.kind == SampleKind::kFloat) {
+    if (mFormat.samples == SampleFormat::kFloat) {
         return ReadBytes(reinterpret_cast<char*>(samples), frames, channels * sizeof(float));
     }
     std::vector<short> shorts(frames * channels);

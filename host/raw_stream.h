@@ -7,15 +7,15 @@
 
 #include "host/audio_stream.h"
 
-/// Samples without a header, in the machine's byte order, as they come through a pipe.
+/// Raw samples in native byte order, as passed through pipes.
 
 /// Reads "s16:48000:2" or "f32:44100:1". @return none for anything else
 std::optional<AudioFormat> ParseRawFormat(const std::string& text);
 
-/// The same, written.
+/// Formats what ParseRawFormat reads.
 std::string RawFormatName(const AudioFormat& format);
 
-/// Throws Failure when the stream cannot be read, or ends inside a frame.
+/// Throws Failure if the stream cannot be read or ends inside a frame.
 class RawReader : public AudioSource {
 public:
     RawReader(std::FILE* file, const AudioFormat& format);
@@ -32,7 +32,7 @@ private:
     AudioFormat mFormat;
 };
 
-/// Throws Failure when the stream cannot be written.
+/// Throws Failure if the stream cannot be written.
 class RawWriter : public AudioSink {
 public:
     RawWriter(std::FILE* file, const AudioFormat& format);

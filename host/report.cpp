@@ -29,19 +29,19 @@ double Speed(const Report& report) {
     return report.duration / report.elapsed;
 }
 
-const char* KindName(SampleKind kind) {
-    return kind == SampleKind::kS16 ? "16-bit" : "float";
+const char* SampleFormatName(SampleFormat format) {
+    return format == SampleFormat::kS16 ? "16-bit" : "float";
 }
 
 bool IsSuppressed(const Report& report) {
     return report.settings.denoiseLevel.has_value();
 }
 
-/// What the user should know of this run.
+/// Remarks on this run.
 std::vector<std::string> Notes(const Report& report) {
     std::vector<std::string> notes = report.conversions;
     if (IsSuppressed(report) && report.record.processingRate < 32000) {
-        notes.push_back("the suppressor is made for 32000 Hz; at " +
+        notes.push_back("the suppressor works at 32000 Hz; at " +
                         std::to_string(report.record.processingRate) +
                         " Hz its output has gaps: convert the file to 32000 Hz first, or use "
                         "--denoise off");
@@ -79,7 +79,8 @@ void PrintTable(std::ostream& out, const Report& report) {
     const FilterRecord& record = report.record;
     out << Joined(report.inputs, " + ") << " -> " << report.output << "\n"
         << Format("%.2f s, %d Hz, %s, %s; ", report.duration, report.format.sampleRate,
-                  report.format.channels == 1 ? "mono" : "stereo", KindName(report.format.kind))
+                  report.format.channels == 1 ? "mono" : "stereo",
+                  SampleFormatName(report.format.samples))
         << Format("%.0f x real time\n", Speed(report))
         << Format("%-13s %-5s %8s %8s %8s\n", "", "", "before", "after", "change");
     for (const Row& row : Rows(report)) {
@@ -87,11 +88,11 @@ void PrintTable(std::ostream& out, const Report& report) {
         const double change = row.after - row.before;
         out << (std::isnan(change) ? "\n" : Format(" %+8.1f\n", change));
     }
-    out << Format("phase check   %s, left channel turned round for %.2f s\n",
+    out << Format("phase check   %s, left channel inverted for %.2f s\n",
                   settings.phaseCheck ? "on" : "off", report.phaseCorrected)
         << "suppression   "
         << (settings.denoiseLevel ? Format("level %d", *settings.denoiseLevel) : "off")
-        << Format(", %lld blocks by way of %d Hz\n", static_cast<long long>(record.handOffs),
+        << Format(", %lld blocks resampled to %d Hz\n", static_cast<long long>(record.handOffs),
                   record.processingRate)
         << "gain          "
         << (settings.gain ? Format("%.2f\n", static_cast<double>(*settings.gain)) : "off\n")
@@ -100,7 +101,7 @@ void PrintTable(std::ostream& out, const Report& report) {
         out << Format("event         %.3f s, %d ", event.seconds, event.code) << event.text << "\n";
     }
     for (const auto& [call, times] : record.refused) {
-        out << "refused       " << call << Format(", %d times\n", times);
+        out << "refused       " << times << " x " << call << "\n";
     }
     for (const std::string& note : Notes(report)) {
         out << "note          " << note << "\n";
@@ -115,7 +116,7 @@ void PrintJson(std::ostream& out, const Report& report) {
     json["duration_s"] = Number(report.duration, 1e6);
     json["sample_rate_hz"] = report.format.sampleRate;
     json["channels"] = report.format.channels;
-    json["samples"] = KindName(report.format.kind);
+    json["samples"] = SampleFormatName(report.format.samples);
     json["speed"] = Number(Speed(report), 10.0);
     for (const Row& row : Rows(report)) {
         json[row.key] = {{"before", Number(row.before, 100.0)},
@@ -142,6 +143,6 @@ void PrintJson(std::ostream& out, const Report& report) {
     }
     json["refused"] = record.refused;
     json["notes"] = Notes(report);
-    // A path need not be UTF-8.
+    // Paths may contain bytes that are not UTF-8.
     out << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
 }

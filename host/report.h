@@ -9,7 +9,7 @@
 #include "host/filter_settings.h"
 #include "host/level_meter.h"
 
-/// What was done to a recording, and what it did.
+/// The summary of a cleaned recording.
 struct Report {
     std::vector<std::string> inputs;
     std::string output;
@@ -23,13 +23,13 @@ struct Report {
     WindowLevels levels;
     FilterSettings settings;  ///< at the start
     FilterRecord record;
-    std::vector<std::string> conversions;  ///< of inputs that did not fit the first
-    double music;                          ///< s judged music
-    double phaseCorrected;                 ///< s, of all sources
+    std::vector<std::string> conversions;  ///< of inputs to the format of the first
+    double music;                          ///< s in which music was detected
+    double phaseCorrected;                 ///< s, all sources
 };
 
-/// For people: a short table.
+/// Prints a table.
 void PrintTable(std::ostream& out, const Report& report);
 
-/// For programs: the same as one JSON object. Minus infinity is null.
+/// Prints the same as one JSON object; minus infinity becomes null.
 void PrintJson(std::ostream& out, const Report& report);

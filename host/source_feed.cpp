@@ -47,7 +47,7 @@ template <typename Sample>
 void SourceFeed<Sample>::ReadMore(std::size_t frames) {
     const AudioFormat& own = mSource->Format();
     const auto ownChannels = static_cast<std::size_t>(own.channels);
-    if (!mConverter && own.channels == mFormat.channels && own.kind == mFormat.kind) {
+    if (!mConverter && own.channels == mFormat.channels && own.samples == mFormat.samples) {
         const std::size_t held = mAhead.size();
         mAhead.resize(held + frames * ownChannels);
         const std::size_t read = mSource->Read(mAhead.data() + held, frames);

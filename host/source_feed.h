@@ -10,21 +10,21 @@
 #include "host/audio_stream.h"
 #include "host/rate_converter.h"
 
-/// One source of several, brought to the format that they share: mono to two equal channels, stereo
-/// to the mean of both, any rate to the common one.
+/// A source converted to the common format: mono to two equal channels, stereo to the mean of both,
+/// any rate to the common one.
 template <typename Sample>
 class SourceFeed {
 public:
-    /// @param format of the kind of Sample
+    /// @param format the common one, with samples of type Sample
     SourceFeed(std::unique_ptr<AudioSource> source, const AudioFormat& format);
 
-    /// Length in the common format, where it is known.
+    /// Length in the common format, if known.
     std::optional<std::int64_t> Frames() const;
 
-    /// Reads ahead. @return frames that are there, at most as many as wanted; fewer at the end
+    /// Reads ahead. @return frames available, up to `frames`; fewer at the end
     std::size_t Fill(std::size_t frames);
 
-    /// Appends so many frames to a block; silence where the source has ended.
+    /// Appends `frames` frames to a block; silence after the end of the source.
     void Take(std::size_t frames, std::vector<Sample>& block);
 
 private:
@@ -34,6 +34,6 @@ private:
     std::unique_ptr<AudioSource> mSource;
     AudioFormat mFormat;
     std::optional<RateConverter> mConverter;
-    std::vector<Sample> mAhead;  ///< read, and not yet taken
+    std::vector<Sample> mAhead;  ///< read and not yet taken
     bool mEnded = false;
 };

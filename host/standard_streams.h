@@ -1,5 +1,5 @@
 #pragma once
 
-/// Fills the places of standard input, output and error that are closed, so that no file opened
-/// later gets one of them, and with it what is printed. They still cannot be read or written.
+/// Occupies the descriptors of closed standard streams, so that no file opened later gets one of
+/// them and receives what is printed. Reading and writing them still fails.
 void FillStandardStreams();

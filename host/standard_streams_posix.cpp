@@ -8,7 +8,8 @@
 void FillStandardStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         if (fcntl(stream, F_GETFD) == -1) {
-            open("/", O_RDONLY | O_DIRECTORY);  // the lowest free place, which is this one
+            open("/",
+                 O_RDONLY | O_DIRECTORY);  // takes the lowest free descriptor, which is this one
         }
     }
 }

@@ -11,8 +11,8 @@ namespace {
 
 constexpr std::uint64_t kUnknownSize = std::numeric_limits<std::uint64_t>::max();
 
-/// Writers that cannot go back to their header, such as into a pipe, leave a size of 0 there, or
-/// one about 2 GB or 4 GB. What was to come is then not known, and a cut is not to be seen.
+/// Writers that cannot seek back to the header, as in a pipe, leave a size of 0 or of about 2 GB or
+/// 4 GB. The length is then unknown, and truncation cannot be detected.
 bool IsUnknown(std::uint64_t size) {
     const auto isNear = [size](std::uint64_t limit) {
         return size >= limit - 0x10000 && size <= limit + 0x10000;
@@ -20,7 +20,7 @@ bool IsUnknown(std::uint64_t size) {
     return size == 0 || isNear(0x8000'0000) || isNear(0x1'0000'0000) || size >= kUnknownSize / 2;
 }
 
-/// The tag of an extensible format stands at the start of its GUID.
+/// The tag of an extensible format is the start of its GUID.
 bool IsMpeg(const std::string& format, bool bigEndian) {
     const auto number = bigEndian ? BigEndian : LittleEndian;
     std::uint64_t tag = number(format.substr(0, 2));
@@ -42,14 +42,14 @@ WavChunks WalkWavChunks(std::istream& file) {
     const bool bigEndian = head.compare(0, 4, "RIFX") == 0;
     const auto number = bigEndian ? BigEndian : LittleEndian;
     WavChunks chunks;
-    std::uint64_t longSize = kUnknownSize;  // of the audio, where 32 bits do not hold it
+    std::uint64_t longSize = kUnknownSize;  // of the audio, if 32 bits are too few
     std::uint64_t at = 12;
     while (at + 8 <= fileSize) {
         const std::string id = BytesAt(file, at, 4);
         std::uint64_t size = number(BytesAt(file, at + 4, 4));
         at += 8;
         if (!IsPrintable(id)) {
-            return chunks;  // nothing that could be walked: the decoder's to judge
+            return chunks;  // not a chunk: left to the decoder
         }
         if (id == "data") {
             size = size == 0xFFFF'FFFF ? longSize : size;

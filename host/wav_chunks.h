@@ -2,11 +2,11 @@
 
 #include <istream>
 
-/// What the chunks of a WAV file (RIFF, RIFX or RF64) say of it before it is decoded.
+/// What the chunks of a WAV file (RIFF, RIFX or RF64) tell without decoding.
 struct WavChunks {
-    bool cut = false;   ///< the file ends before its audio does
-    bool mpeg = false;  ///< the audio is coded as MPEG audio
+    bool cut = false;   ///< the file ends before its audio
+    bool mpeg = false;  ///< the audio is MPEG audio
 };
 
-/// Walks the chunks up to the audio. Whatever stands in them, nothing but the file is read.
+/// Walks the chunks up to the audio. Never reads outside the file, whatever the chunks claim.
 WavChunks WalkWavChunks(std::istream& file);

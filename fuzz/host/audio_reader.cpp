@@ -88,7 +88,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::size_t portion = 1 + (size == 0 ? 0 : data[size - 1]);
     const Recording<float> whole = ReadAll<float>(file.Path(), 4096);
     ExpectTheSame(whole, ReadAll<float>(file.Path(), portion));
-    if (whole.format.kind == SampleKind::kS16) {
+    if (whole.format.samples == SampleFormat::kS16) {
         ExpectTheSame(ReadAll<short>(file.Path(), 4096), ReadAll<short>(file.Path(), portion));
     }
     return 0;

@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(AudioFormat, Every16BitSampleSurvivesTheWayThroughFloat) {
+TEST(AudioFormat, Every16BitSampleSurvivesConversionToFloatAndBack) {
     for (int value = -32768; value <= 32767; ++value) {
         const auto sample = static_cast<short>(value);
         ASSERT_EQ(FromFloat<short>(ToFloat(sample)), sample);
@@ -24,7 +24,7 @@ TEST(AudioFormat, FloatsBecome16BitRoundedAndSaturatedAndNaNBecomes0) {
     EXPECT_EQ(FromFloat<short>(NAN), 0);
 }
 
-TEST(AudioFormat, NaNIsNeverRoundedToAnIntegerAsTheResultWouldBeAnything) {
+TEST(AudioFormat, NaNIsNeverRoundedToAnInteger) {
     volatile float nan = NAN;
     std::feclearexcept(FE_INVALID);
     volatile short sample = FromFloat<short>(nan);
@@ -32,7 +32,7 @@ TEST(AudioFormat, NaNIsNeverRoundedToAnIntegerAsTheResultWouldBeAnything) {
     EXPECT_EQ(sample, 0);
 }
 
-TEST(AudioFormat, FloatsStayAsTheyAre) {
+TEST(AudioFormat, FloatsStayUnchanged) {
     EXPECT_EQ(FromFloat<float>(1.5F), 1.5F);
     EXPECT_EQ(ToFloat(1.5F), 1.5F);
 }

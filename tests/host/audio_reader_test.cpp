@@ -24,7 +24,7 @@ std::string FailureOf(const std::string& path) {
     return "";
 }
 
-/// A number as WAV files write it.
+/// A number in the byte order of WAV files.
 std::string Number(std::size_t number, std::size_t bytes) {
     std::string text;
     for (std::size_t i = 0; i < bytes; ++i) {
@@ -42,7 +42,7 @@ protected:
         return path;
     }
 
-    /// Cuts the last third off.
+    /// Truncates the file by a third.
     std::string Cut(const std::string& path) {
         fs::resize_file(path, fs::file_size(path) * 2 / 3);
         return path;
@@ -55,7 +55,7 @@ TEST_F(AudioReaderTest, A16BitWavIsReadSampleBySample) {
     AudioReader reader(Write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 2));
     EXPECT_EQ(reader.Format().sampleRate, 32000);
     EXPECT_EQ(reader.Format().channels, 2);
-    EXPECT_EQ(reader.Format().kind, SampleKind::kS16);
+    EXPECT_EQ(reader.Format().samples, SampleFormat::kS16);
     EXPECT_EQ(reader.Frames(), 10000);
     std::vector<short> samples(20000);
     EXPECT_EQ(reader.Read(samples.data(), 6000), 6000U);
@@ -64,19 +64,21 @@ TEST_F(AudioReaderTest, A16BitWavIsReadSampleBySample) {
     EXPECT_EQ(reader.Read(samples.data(), 1), 0U);
 }
 
-TEST_F(AudioReaderTest, Integers16BitsWideAndLossyCodingsAre16BitAndTheRestFloat) {
-    const auto kind = [this](int format) { return AudioReader(Write("a", format)).Format().kind; };
-    EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_PCM_U8), SampleKind::kS16);
-    EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_ULAW), SampleKind::kS16);
-    EXPECT_EQ(kind(SF_FORMAT_FLAC | SF_FORMAT_PCM_16), SampleKind::kS16);
-    EXPECT_EQ(kind(SF_FORMAT_OGG | SF_FORMAT_VORBIS), SampleKind::kS16);
-    EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_PCM_24), SampleKind::kFloat);
-    EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_PCM_32), SampleKind::kFloat);
-    EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_FLOAT), SampleKind::kFloat);
-    EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_DOUBLE), SampleKind::kFloat);
-    EXPECT_EQ(kind(SF_FORMAT_FLAC | SF_FORMAT_PCM_24), SampleKind::kFloat);
-    EXPECT_EQ(kind(SF_FORMAT_WAVEX | SF_FORMAT_PCM_16), SampleKind::kS16);
-    EXPECT_EQ(kind(SF_FORMAT_RF64 | SF_FORMAT_PCM_16), SampleKind::kS16);
+TEST_F(AudioReaderTest, IntegersOfUpTo16BitsAndLossyCodecsAre16BitAndTheRestFloat) {
+    const auto kind = [this](int format) {
+        return AudioReader(Write("a", format)).Format().samples;
+    };
+    EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_PCM_U8), SampleFormat::kS16);
+    EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_ULAW), SampleFormat::kS16);
+    EXPECT_EQ(kind(SF_FORMAT_FLAC | SF_FORMAT_PCM_16), SampleFormat::kS16);
+    EXPECT_EQ(kind(SF_FORMAT_OGG | SF_FORMAT_VORBIS), SampleFormat::kS16);
+    EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_PCM_24), SampleFormat::kFloat);
+    EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_PCM_32), SampleFormat::kFloat);
+    EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_FLOAT), SampleFormat::kFloat);
+    EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_DOUBLE), SampleFormat::kFloat);
+    EXPECT_EQ(kind(SF_FORMAT_FLAC | SF_FORMAT_PCM_24), SampleFormat::kFloat);
+    EXPECT_EQ(kind(SF_FORMAT_WAVEX | SF_FORMAT_PCM_16), SampleFormat::kS16);
+    EXPECT_EQ(kind(SF_FORMAT_RF64 | SF_FORMAT_PCM_16), SampleFormat::kS16);
 }
 
 TEST_F(AudioReaderTest, OggVorbisIsReadAsSaturated16Bit) {
@@ -94,10 +96,10 @@ TEST_F(AudioReaderTest, OggVorbisIsReadAsSaturated16Bit) {
         const bool nearEdge = i % 50 < 5 || i % 50 > 45;
         turns += !nearEdge && (samples[i] > 0) != (i / 50 % 2 == 0) ? 1 : 0;
     }
-    EXPECT_EQ(turns, 0) << "no sample has wrapped around";
+    EXPECT_EQ(turns, 0) << "no sample wraps around";
 }
 
-TEST_F(AudioReaderTest, WhatIsNotAWholeRecordingIsRefusedWithItsReason) {
+TEST_F(AudioReaderTest, IncompleteOrUnsupportedFilesAreRefusedWithAReason) {
     EXPECT_EQ(FailureOf(dir.File("none.wav")), dir.File("none.wav") + ": no such file");
     EXPECT_EQ(FailureOf(dir.File("")), dir.File("") + ": not a regular file");
     WriteFile(dir.File("text.wav"), "this is not audio\n");
@@ -107,9 +109,9 @@ TEST_F(AudioReaderTest, WhatIsNotAWholeRecordingIsRefusedWithItsReason) {
     EXPECT_EQ(FailureOf(dir.File("empty.wav")),
               dir.File("empty.wav") + ": not a WAV, FLAC or Ogg file");
     const std::string silent = Write("silent.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, 0);
-    EXPECT_EQ(FailureOf(silent), silent + ": holds no audio");
+    EXPECT_EQ(FailureOf(silent), silent + ": contains no audio");
     const std::string three = Write("three.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 3, 300);
-    EXPECT_EQ(FailureOf(three), three + ": has 3 channels; one or two are taken");
+    EXPECT_EQ(FailureOf(three), three + ": has 3 channels; only one or two are supported");
     const std::string aiff = Write("a.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_16);
     EXPECT_EQ(FailureOf(aiff), aiff + ": not a WAV, FLAC or Ogg file");
 }
@@ -126,13 +128,13 @@ TEST_F(AudioReaderTest, ATruncatedFileOfAnyContainerIsRefused) {
     }
 }
 
-TEST_F(AudioReaderTest, AWavCutRightAfterItsHeaderIsTruncatedToo) {
+TEST_F(AudioReaderTest, AWavThatEndsAfterItsHeaderIsTruncated) {
     const std::string path = Write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     fs::resize_file(path, 44);
     EXPECT_EQ(FailureOf(path), path + ": is truncated");
 }
 
-/// Puts a chunk right before the audio of a WAV file.
+/// Inserts a chunk before the audio of a WAV file.
 void InsertChunk(const std::string& path, const std::string& id, const std::string& body) {
     std::string bytes = ReadFile(path);
     const std::string padding(body.size() % 2, '\0');
@@ -141,7 +143,7 @@ void InsertChunk(const std::string& path, const std::string& id, const std::stri
     WriteFile(path, bytes);
 }
 
-TEST_F(AudioReaderTest, ACutWavIsTruncatedWhateverStandsBeforeItsAudio) {
+TEST_F(AudioReaderTest, ATruncatedWavIsRefusedWhateverChunksPrecedeItsAudio) {
     for (const int format : {SF_FORMAT_WAV, SF_FORMAT_WAVEX}) {
         const std::string path = Write("a.wav", format | SF_FORMAT_PCM_16);
         InsertChunk(path, "LIST", "INFO" + std::string(40'000, 'x'));
@@ -153,14 +155,14 @@ TEST_F(AudioReaderTest, ACutWavIsTruncatedWhateverStandsBeforeItsAudio) {
     }
 }
 
-TEST_F(AudioReaderTest, ACommentThatLooksLikeADecodersWarningDoesNotMakeAWavTruncated) {
+TEST_F(AudioReaderTest, ACommentThatLooksLikeADecoderWarningDoesNotMakeAWavTruncated) {
     const std::string path = Write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     const std::string comment = "\ndata : 9 (should be 1)\n*** Calculated frame count\n";
     InsertChunk(path, "LIST", "INFOICMT" + Number(comment.size(), 4) + comment);
     EXPECT_EQ(FailureOf(path), "");
 }
 
-TEST_F(AudioReaderTest, AWavCutAtAnyByteOfItsHeaderIsRefusedInOneLine) {
+TEST_F(AudioReaderTest, AWavTruncatedAtAnyByteOfItsHeaderIsRefusedInOneLine) {
     const std::string whole = ReadFile(Write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16));
     const std::string path = dir.File("cut.wav");
     for (std::size_t size = 0; size <= 60; ++size) {
@@ -171,7 +173,7 @@ TEST_F(AudioReaderTest, AWavCutAtAnyByteOfItsHeaderIsRefusedInOneLine) {
     }
 }
 
-TEST_F(AudioReaderTest, ABigEndianWavIsReadWholeAndRefusedCut) {
+TEST_F(AudioReaderTest, ABigEndianWavIsReadWhenCompleteAndRefusedWhenTruncated) {
     const std::string path = Write("a.wav", SF_FORMAT_WAV | SF_ENDIAN_BIG | SF_FORMAT_PCM_16);
     ASSERT_EQ(ReadFile(path).substr(0, 4), "RIFX");
     EXPECT_EQ(FailureOf(path), "");
@@ -187,7 +189,7 @@ TEST_F(AudioReaderTest, AWavOf3GBThatEndsEarlyIsTruncated) {
     EXPECT_EQ(FailureOf(path), path + ": is truncated");
 }
 
-TEST_F(AudioReaderTest, AWavOfUnknownLengthAsWrittenIntoAPipeIsReadToItsEnd) {
+TEST_F(AudioReaderTest, AWavOfUnknownLengthAsWrittenToAPipeIsReadToItsEnd) {
     const std::string path = Write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     const std::string bytes = ReadFile(path);
     for (const std::size_t size : {0xFFFFFFFFU, 0xFFFFFFD7U, 0x7FFFF000U, 0x7FFFFFFFU}) {
@@ -200,7 +202,7 @@ TEST_F(AudioReaderTest, AWavOfUnknownLengthAsWrittenIntoAPipeIsReadToItsEnd) {
     }
 }
 
-TEST_F(AudioReaderTest, MpegAudioIsRefusedBeforeItsDecoderSaysAnything) {
+TEST_F(AudioReaderTest, MpegAudioIsRefusedBeforeItsDecoderPrintsAnything) {
     const std::string path = Write("a.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16);
     std::string bytes = ReadFile(path);
     const std::string extension = Number(12, 2) + Number(1, 2) + Number(2, 4) + Number(417, 2) +
@@ -215,11 +217,11 @@ TEST_F(AudioReaderTest, MpegAudioIsRefusedBeforeItsDecoderSaysAnything) {
     WriteFile(dir.File("a.mp3"), "\xff\xfb\x90\x64" + Number(0, 4) + ReadFile(path));
     const std::string second = FailureOf(dir.File("a.mp3"));
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-    EXPECT_EQ(failure, path + ": holds MPEG audio, which is not taken");
+    EXPECT_EQ(failure, path + ": contains MPEG audio, which is not supported");
     EXPECT_EQ(second, dir.File("a.mp3") + ": not a WAV, FLAC or Ogg file");
 }
 
-/// Where the pages of an Ogg file begin, and its end.
+/// The offsets of the pages of an Ogg file, and its size.
 std::vector<std::size_t> PagesOf(const std::string& bytes) {
     std::vector<std::size_t> pages;
     for (std::size_t at = bytes.find("OggS"); at != std::string::npos;
@@ -230,7 +232,7 @@ std::vector<std::size_t> PagesOf(const std::string& bytes) {
     return pages;
 }
 
-TEST_F(AudioReaderTest, AnOggCutAtAnyPageIsRefused) {
+TEST_F(AudioReaderTest, AnOggTruncatedAtAnyPageIsRefused) {
     const std::string path = Write("a.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 1, 200'000);
     const std::string bytes = ReadFile(path);
     const std::vector<std::size_t> pages = PagesOf(bytes);
@@ -244,7 +246,7 @@ TEST_F(AudioReaderTest, AnOggCutAtAnyPageIsRefused) {
     }
 }
 
-TEST_F(AudioReaderTest, AnOggThatLacksAPageInTheMiddleOrEndsInJunkIsRefused) {
+TEST_F(AudioReaderTest, AnOggWithAMissingPageOrTrailingJunkIsRefused) {
     const std::string path = Write("a.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 1, 200'000);
     const std::string bytes = ReadFile(path);
     WriteFile(path, bytes + "junk");
@@ -255,15 +257,15 @@ TEST_F(AudioReaderTest, AnOggThatLacksAPageInTheMiddleOrEndsInJunkIsRefused) {
     EXPECT_EQ(FailureOf(path), path + ": is truncated or damaged");
 }
 
-TEST_F(AudioReaderTest, AnOggOfTwoStreamsInAChainIsRefusedAsTheSecondWouldBeLost) {
+TEST_F(AudioReaderTest, AChainedOggOfTwoStreamsIsRefused) {
     const std::string first = Write("a.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS);
     const std::string second = Write("b.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS);
     const std::string path = dir.File("chain.ogg");
     WriteFile(path, ReadFile(first) + ReadFile(second));
-    EXPECT_EQ(FailureOf(path), path + ": holds several streams one after the other; one is taken");
+    EXPECT_EQ(FailureOf(path), path + ": contains several chained streams; only one is supported");
 }
 
-TEST_F(AudioReaderTest, AFlacThatGoesOnBeyondItsStatedLengthIsRefused) {
+TEST_F(AudioReaderTest, AFlacThatContinuesBeyondItsStatedLengthIsRefused) {
     const std::string path = Write("a.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
     std::string bytes = ReadFile(path);
     for (const std::size_t stated : {1U, 4096U, 19999U}) {
@@ -271,8 +273,7 @@ TEST_F(AudioReaderTest, AFlacThatGoesOnBeyondItsStatedLengthIsRefused) {
                       {static_cast<char>(stated >> 24), static_cast<char>(stated >> 16),
                        static_cast<char>(stated >> 8), static_cast<char>(stated)});
         WriteFile(path, bytes);
-        EXPECT_EQ(FailureOf(path),
-                  path + ": is damaged: it goes on beyond the length that it states")
+        EXPECT_EQ(FailureOf(path), path + ": is damaged: it continues beyond its stated length")
             << stated;
     }
 }
@@ -291,7 +292,7 @@ TEST_F(AudioReaderTest, AFlacOfUnstatedLengthIsReadToItsEnd) {
     EXPECT_EQ(samples, Ramp(20000));
 }
 
-TEST_F(AudioReaderTest, ANewlineInAPathDoesNotCutTheReasonOff) {
+TEST_F(AudioReaderTest, ANewlineInAPathDoesNotTruncateTheReason) {
     EXPECT_EQ(FailureOf(dir.File("a\n\tb\x7f.wav")), dir.File("a??b?.wav") + ": no such file");
 }
 

@@ -1,5 +1,5 @@
-// What is asked wrongly, or of bad files, or goes wrong half-way: each gets one line that says why,
-// a status, and leaves nothing behind.
+// Usage errors, bad files and failures in mid-stream: each prints one line with the reason, returns
+// a status and leaves no file.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
@@ -16,13 +16,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// What happens to a run, beside what it is asked.
+/// What happens during a run.
 enum class When { kAsItIs, kDiskIsFull, kInterruptedHalfWay, kFifoClosesEarly, kReaderGoesAway };
 
 struct Case {
     Words words;
     int status;
-    std::string message;  ///< a part of the line
+    std::string message;  ///< part of the line
     When when = When::kAsItIs;
 };
 
@@ -102,7 +102,7 @@ protected:
              "none.wav: no such"},
             {{"clean", good, File("none.wav"), "-o", out}, 1, "none.wav: no such file"},
             {{"clean", good, cutFlac, "-o", out}, 1, "cut.flac: is truncated"},
-            {{"clean", good, File("same.wav"), "-o", File("same.wav")}, 1, "is the input itself"},
+            {{"clean", good, File("same.wav"), "-o", File("same.wav")}, 1, "is also an input"},
             {seventeen, 2, "16"},
             {{"clean", "-", "-o", out}, 2, "--raw"},
             {{"clean", good, "--source", "1=-", "-o", out}, 2, "--raw"},
@@ -114,36 +114,44 @@ protected:
             {{"clean", good, "-o", out, "--raw", "wav"}, 2, "wav"},
             {{"clean", good, "-o", "-", "--json"}, 2, "--json"},
             {{"clean", good, "-o", out, "--log", File("no/such/log")}, 1, "log: cannot be written"},
-            {{"clean", good, "-o", out, "--log", good}, 1, "in.wav: is the input itself"},
-            {{"clean", good, "-o", out, "--log", File("link.wav")}, 1, "link.wav: is the input"},
-            {{"clean", good, "-o", out, "--log", out}, 1, "out.wav: is the output itself"},
-            {{"clean", good, "-o", out, "--log", File("folder/../out.wav")}, 1, "is the output"},
+            {{"clean", good, "-o", out, "--log", good}, 1, "in.wav: is also an input"},
+            {{"clean", good, "-o", out, "--log", File("link.wav")},
+             1,
+             "link.wav: is also an input"},
+            {{"clean", good, "-o", out, "--log", out}, 1, "out.wav: is also the output"},
+            {{"clean", good, "-o", out, "--log", File("folder/../out.wav")},
+             1,
+             "is also the output"},
             {{"clean", File("none.wav"), "-o", out}, 1, "none.wav: no such file"},
             {{"clean", File("folder"), "-o", out}, 1, "folder: not a regular file"},
             {{"clean", File("text.wav"), "-o", out}, 1, "text.wav: not a WAV, FLAC or Ogg file"},
             {{"clean", File("empty.wav"), "-o", out}, 1, "empty.wav: not a WAV, FLAC or Ogg file"},
-            {{"clean", File("silent.wav"), "-o", out}, 1, "silent.wav: holds no audio"},
-            {{"clean", stereo3, "-o", out}, 1, "three.wav: has 3 channels; one or two are taken"},
+            {{"clean", File("silent.wav"), "-o", out}, 1, "silent.wav: contains no audio"},
+            {{"clean", stereo3, "-o", out},
+             1,
+             "three.wav: has 3 channels; only one or two are supported"},
             {{"clean", cut, "-o", out}, 1, "cut.wav: is truncated"},
             {{"clean", cutFlac, "-o", out}, 1, "cut.flac: is truncated"},
             {{"clean", cutOgg, "-o", out}, 1, "cut.ogg: is truncated"},
-            {{"clean", good, "-o", good}, 1, "in.wav: is the input itself"},
-            {{"clean", good, "-o", File("same.wav")}, 1, "same.wav: is the input itself"},
-            {{"clean", good, "-o", File("link.wav")}, 1, "link.wav: is the input itself"},
+            {{"clean", good, "-o", good}, 1, "in.wav: is also an input"},
+            {{"clean", good, "-o", File("same.wav")}, 1, "same.wav: is also an input"},
+            {{"clean", good, "-o", File("link.wav")}, 1, "link.wav: is also an input"},
             {{"clean", good, "-o", File("no/such/out.wav")}, 1, "out.wav: cannot be written"},
             {{"clean", good, "-o", File("folder.wav")}, 1, "folder.wav: not a regular file"},
             {{"clean", good, "-o", File("out.mp3")},
              1,
-             "out.mp3: the output is a .wav or .flac file"},
-            {{"clean", good, "-o", File("out")}, 1, "out: the output is a .wav or .flac file"},
+             "out.mp3: the output must be a .wav or .flac file"},
+            {{"clean", good, "-o", File("out")}, 1, "out: the output must be a .wav or .flac file"},
             {{"clean", File("lies.wav"), "-o", out}, 1, "lies.wav: is truncated"},
             {{"clean", File("rate0.wav"), "-o", out}, 1, "rate0.wav: not a WAV"},
-            {{"clean", File("wide.wav"), "-o", out}, 1, "wide.wav: has 64 channels; one or two"},
+            {{"clean", File("wide.wav"), "-o", out},
+             1,
+             "wide.wav: has 64 channels; only one or two"},
             {{"clean", File("fifo"), "-o", out}, 1, "fifo: not a regular file"},
             {{"clean", good, "-o", File("fifo.wav")}, 1, "fifo.wav: not a regular file"},
             {{"clean", good, "-o", "/dev/full"},
              1,
-             "/dev/full: the output is a .wav or .flac file"},
+             "/dev/full: the output must be a .wav or .flac file"},
             {{"clean", good, "-o", out}, 1, "out.wav: cannot be written", When::kDiskIsFull},
             {{"clean", good, "-o", File("out.flac")},
              1,
@@ -163,7 +171,7 @@ protected:
         return names;
     }
 
-    /// The executable, while something happens to it.
+    /// Runs the executable while something happens to it.
     Outcome RunWhile(const Case& c) {
         const bool full = c.when == When::kDiskIsFull;
         const bool fed = c.when == When::kFifoClosesEarly;
@@ -190,7 +198,7 @@ protected:
     TempDir logs;
 };
 
-TEST_F(BadInputTest, GetsOneLineAndAStatusAndNoOutputFile) {
+TEST_F(BadInputTest, PrintsOneLineReturnsAStatusAndLeavesNoOutput) {
     const std::vector<Case> cases = Cases();
     EXPECT_GE(cases.size(), 40U);
     const Words before = Sorted(dir.Names());

@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(BlockSizes, OneTo1000MsAndRandomWithASeedAreRead) {
+TEST(BlockSizes, From1To1000MsAndRandomWithASeedAreAccepted) {
     for (const char* text : {"1", "10", "1000", "random:0", "random:7", "random:4294967295"}) {
         EXPECT_TRUE(BlockSizes::Parse(text)) << text;
     }
@@ -26,7 +26,7 @@ TEST(BlockSizes, TenMsAre441FramesAt44100HzAndNeverLessThanOne) {
     EXPECT_EQ(BlockSizes::Parse("1000")->Next(768000), 768000U);
 }
 
-TEST(BlockSizes, RandomOnesLieBetween1MsAndASecondAndDiffer) {
+TEST(BlockSizes, RandomBlocksLieBetween1MsAndOneSecondAndDiffer) {
     for (const int rate : {1, 999, 8000, 48000}) {
         BlockSizes sizes = *BlockSizes::Parse("random:5");
         std::set<std::size_t> seen;
@@ -40,7 +40,7 @@ TEST(BlockSizes, RandomOnesLieBetween1MsAndASecondAndDiffer) {
     }
 }
 
-TEST(BlockSizes, ASeedGivesTheSameSizesAgainAndAnotherOneOthers) {
+TEST(BlockSizes, EqualSeedsGiveEqualSizesAndOtherSeedsOthers) {
     const auto first = [](const char* text) {
         BlockSizes sizes = *BlockSizes::Parse(text);
         std::vector<std::size_t> frames(20);

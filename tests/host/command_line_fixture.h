@@ -12,7 +12,7 @@
 
 using Words = std::vector<std::string>;
 
-/// What became of a command line.
+/// The result of a command line.
 struct Outcome {
     int status;
     std::string out;
@@ -20,7 +20,7 @@ struct Outcome {
     std::string progress;
 };
 
-/// Runs it in this process.
+/// Runs command lines in this process.
 inline Outcome RunHost(const Words& words) {
     std::vector<const char*> argv = {"audio-filter"};
     for (const std::string& word : words) {

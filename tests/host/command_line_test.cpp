@@ -12,7 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-TEST_F(CommandLineTest, AFailureLeavesAnEarlierOutputAsItWas) {
+TEST_F(CommandLineTest, AFailureLeavesAnEarlierOutputUnchanged) {
     const std::string cut = Record<short>("cut.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, 32000, 1);
     fs::resize_file(cut, fs::file_size(cut) / 2);
     WriteFile(File("out.wav"), "what was there");
@@ -21,9 +21,9 @@ TEST_F(CommandLineTest, AFailureLeavesAnEarlierOutputAsItWas) {
     EXPECT_EQ(dir.Names().size(), 2U);
 }
 
-TEST_F(CommandLineTest, AnUnwritableFolderIsSaidAndLeavesNothing) {
+TEST_F(CommandLineTest, AnUnwritableFolderIsReportedAndNoFileRemains) {
     if (geteuid() == 0) {
-        // Root may write anywhere; a file in the place of a folder stops it all the same.
+        // Root may write anywhere, but not below a file in place of a folder.
         WriteFile(File("folder"), "");
     } else {
         fs::create_directory(File("folder"));
@@ -34,7 +34,7 @@ TEST_F(CommandLineTest, AnUnwritableFolderIsSaidAndLeavesNothing) {
     EXPECT_NE(outcome.err.find("out.wav: cannot be written"), std::string::npos) << outcome.err;
 }
 
-TEST_F(CommandLineTest, TheOutputHasTheInputsRateChannelsLengthAndKind) {
+TEST_F(CommandLineTest, TheOutputHasTheInputsRateChannelsLengthAndSampleFormat) {
     struct Case {
         int inFormat;
         int rate;
@@ -110,7 +110,7 @@ TEST_F(CommandLineTest, EachOptionReachesItsUnit) {
     EXPECT_EQ(usual, cleaned({"--gain", "0"}));
 }
 
-TEST_F(CommandLineTest, AReversedLeftChannelIsTurnedRoundAndSaid) {
+TEST_F(CommandLineTest, AReversedLeftChannelIsInvertedAndReported) {
     std::vector<short> samples;
     for (const short sample : As<short>(Bursts(48000 * 4, 48000))) {
         samples.push_back(static_cast<short>(-sample));
@@ -124,8 +124,8 @@ TEST_F(CommandLineTest, AReversedLeftChannelIsTurnedRoundAndSaid) {
     EXPECT_GT(corrected, 1.0);
     EXPECT_LT(corrected, 4.0);
     const std::vector<short> out = ReadSound<short>(File("o.wav")).samples;
-    EXPECT_EQ(out[0], samples[0]) << "before it is sure";
-    EXPECT_EQ(out[out.size() - 2], out[out.size() - 1]) << "and after";
+    EXPECT_EQ(out[0], samples[0]) << "before the correction starts";
+    EXPECT_EQ(out[out.size() - 2], out[out.size() - 1]) << "after it has started";
 }
 
 TEST_F(CommandLineTest, PrintsATableOrOneJsonObjectOrNothing) {
@@ -158,7 +158,7 @@ TEST_F(CommandLineTest, HelpAndVersionGoToStandardOutputWithStatus0) {
 TEST_F(CommandLineTest, NoisySpeechComesOutWithItsFloor15dBLowerAndItsSpeechWithin3dB) {
     std::mt19937 random(3);
     std::normal_distribution<double> gauss(0.0, 0.004);
-    // At a rate at which no music is looked for: to the filter, these steady overtones are some.
+    // At a rate without music detection, which takes these steady harmonics for music.
     constexpr int kRate = 48000;
     std::vector<float> speech(kRate * 8);
     for (std::size_t i = 0; i < speech.size(); ++i) {
@@ -182,7 +182,7 @@ TEST_F(CommandLineTest, NoisySpeechComesOutWithItsFloor15dBLowerAndItsSpeechWith
     EXPECT_LT(json["speech_dbfs"]["change"], 3.0);
 }
 
-TEST_F(CommandLineTest, SeveralInputsAreBroughtToTheFormatOfTheFirstAndTheLengthOfTheLongest) {
+TEST_F(CommandLineTest, SeveralInputsAreConvertedToTheFormatOfTheFirstAndPaddedToTheLongest) {
     const std::string in = Speech();
     const std::string bed =
         Record<short>("bed.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 44100, 2, 2.0);
@@ -192,7 +192,7 @@ TEST_F(CommandLineTest, SeveralInputsAreBroughtToTheFormatOfTheFirstAndTheLength
     const nlohmann::json json = nlohmann::json::parse(mixed.out);
     EXPECT_EQ(json["inputs"], (nlohmann::json{in, bed}));
     EXPECT_EQ(json["notes"],
-              nlohmann::json::array({bed + ": brought from 44100 Hz stereo to 32000 Hz mono"}));
+              nlohmann::json::array({bed + ": converted from 44100 Hz stereo to 32000 Hz mono"}));
     EXPECT_EQ(json["duration_s"], 2.0);
     const Sound<short> both = ReadSound<short>(File("o.wav"));
     EXPECT_EQ(both.sampleRate, 32000);
@@ -206,7 +206,7 @@ TEST_F(CommandLineTest, SeveralInputsAreBroughtToTheFormatOfTheFirstAndTheLength
         0);
     std::vector<short> padded = ReadSound<short>(in).samples;
     padded.resize(64000);
-    EXPECT_EQ(ReadSound<short>(File("o.wav")).samples, padded) << "the first one alone";
+    EXPECT_EQ(ReadSound<short>(File("o.wav")).samples, padded) << "the first source alone";
 }
 
 TEST_F(CommandLineTest, WithoutAMicrophoneAmongTheSourcesNothingIsSuppressed) {
@@ -224,13 +224,13 @@ TEST_F(CommandLineTest, WithoutAMicrophoneAmongTheSourcesNothingIsSuppressed) {
     EXPECT_EQ(cleaned("microphone"), cleaned("0"));
 }
 
-TEST_F(CommandLineTest, AnOptionThatMayBeRepeatedTakesOneWordAtATime) {
+TEST_F(CommandLineTest, ARepeatableOptionTakesOneWordAtATime) {
     const std::string in = Speech();
     EXPECT_EQ(RunHost({"clean", "--at", "0.1s:gain=0.5", in, "-o", File("a.wav")}).status, 0);
     EXPECT_EQ(RunHost({"clean", "--source", "1=" + in, in, "-o", File("a.wav")}).status, 0);
 }
 
-TEST_F(CommandLineTest, SettingsChangeAtTheFrameThatIsSaidAndTheEventsSayWhen) {
+TEST_F(CommandLineTest, SettingsChangeAtTheGivenFrameAndEventsCarryItsTime) {
     for (const int rate : {32000, 48000}) {
         const std::string in = Speech("in.wav", rate);
         const Outcome outcome =
@@ -285,16 +285,16 @@ TEST_F(CommandLineTest, ALevelOtherThan3HoldsForMonoTooAndNothingIsRefused) {
     }
 }
 
-TEST_F(CommandLineTest, APhaseCheckThatIsRefusedAt96000HzIsSaid) {
+TEST_F(CommandLineTest, APhaseCheckRefusedAt96000HzIsReported) {
     const std::string in = Record<short>("in.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 96000, 2);
     const Outcome outcome = RunHost({"clean", in, "-o", File("o.wav"), "--denoise", "off"});
     EXPECT_EQ(outcome.status, 0);
-    EXPECT_NE(outcome.out.find("refused       switching on AudioPhaseCheck: not ready, 1 times\n"),
+    EXPECT_NE(outcome.out.find("refused       1 x switching on AudioPhaseCheck: not initialised\n"),
               std::string::npos)
         << outcome.out;
 }
 
-TEST_F(CommandLineTest, ASecondAt48000HzIs100HandOffsOf10msAndAnyRandomBlocksKeepTheLength) {
+TEST_F(CommandLineTest, OneSecondAt48000HzIs100HandOffsOf10msAndRandomBlocksKeepTheLength) {
     const std::string in = Speech("in.wav", 48000);
     const Outcome outcome = RunHost({"clean", in, "-o", File("o.wav"), "--json"});
     ASSERT_EQ(outcome.status, 0);
@@ -305,7 +305,7 @@ TEST_F(CommandLineTest, ASecondAt48000HzIs100HandOffsOf10msAndAnyRandomBlocksKee
     }
 }
 
-TEST_F(CommandLineTest, TheLogHoldsTheLibrarysOwnLines) {
+TEST_F(CommandLineTest, TheLogContainsTheLibrarysLines) {
     const std::string in = Speech();
     ASSERT_EQ(RunHost({"clean", in, "-o", File("o.wav"), "--log", File("log")}).status, 0);
     EXPECT_EQ(dir.Names().size(), 3U);
@@ -314,7 +314,7 @@ TEST_F(CommandLineTest, TheLogHoldsTheLibrarysOwnLines) {
     EXPECT_NE(log.find("SingleProcess"), std::string::npos);
 }
 
-/// What the built program makes of standard input, through pipes.
+/// Runs the executable with pipes for standard input and output.
 class PipeTest : public CommandLineTest {
 protected:
     int RunProgram(const std::string& words) {
@@ -330,7 +330,7 @@ protected:
     }
 };
 
-TEST_F(PipeTest, RawSamplesThroughPipesGetWhatAFileGets) {
+TEST_F(PipeTest, RawSamplesThroughPipesAreProcessedLikeAFile) {
     struct Case {
         const char* raw;
         int rate;
@@ -351,7 +351,7 @@ TEST_F(PipeTest, RawSamplesThroughPipesGetWhatAFileGets) {
         ASSERT_EQ(RunProgram("clean - -o -" + raw), 0) << ReadFile(File("err"));
         EXPECT_TRUE(ReadFile(File("out")) == bytes(File("o.wav"))) << c.raw;
         EXPECT_NE(ReadFile(File("err")).find("- -> -\n"), std::string::npos)
-            << "the table goes where no samples are";
+            << "the table goes to the stream without samples";
 
         ASSERT_EQ(RunProgram("clean - --json -o '" + File("p.wav") + "'" + raw), 0);
         EXPECT_TRUE(nlohmann::json::accept(ReadFile(File("out"))));
@@ -362,7 +362,7 @@ TEST_F(PipeTest, RawSamplesThroughPipesGetWhatAFileGets) {
     }
 }
 
-TEST_F(PipeTest, RawOutputOfAFileIsOfItsFormatAndOfNoOther) {
+TEST_F(PipeTest, RawOutputHasTheFormatOfItsInputAndNoOther) {
     const std::string in = Speech("in.wav");
     WriteFile(File("in"), "");
     const std::string off = "clean '" + in + "' --denoise off --quiet -o -";
@@ -370,23 +370,23 @@ TEST_F(PipeTest, RawOutputOfAFileIsOfItsFormatAndOfNoOther) {
     EXPECT_TRUE(ReadFile(File("out")) == BytesOfSound<short>(in));
     EXPECT_EQ(RunProgram(off + " --raw s16:48000:1"), 1);
     EXPECT_EQ(ReadFile(File("err")),
-              "audio-filter: standard output: would be s16:32000:1, not s16:48000:1\n");
+              "audio-filter: standard output: the result is s16:32000:1, not s16:48000:1\n");
     EXPECT_EQ(ReadFile(File("out")), "");
 }
 
-TEST_F(PipeTest, AStreamWithoutAFrameOrThatEndsInsideOneIsSaidAndLeavesNothing) {
+TEST_F(PipeTest, AnEmptyStreamOrAPartialFrameIsReportedAndLeavesNoFile) {
     for (const auto& [bytes, message] : std::vector<std::pair<std::size_t, std::string>>{
-             {0, "audio-filter: -: holds no audio\n"},
+             {0, "audio-filter: -: contains no audio\n"},
              {4003, "audio-filter: standard input: ends inside a frame of 4 bytes\n"}}) {
         WriteFile(File("in"), std::string(bytes, 'x'));
         EXPECT_EQ(RunProgram("clean - --raw s16:32000:2 -o '" + File("o.wav") + "'"), 1);
         EXPECT_EQ(ReadFile(File("err")), message);
         EXPECT_EQ(ReadFile(File("out")), "");
-        EXPECT_EQ(dir.Names().size(), 3U) << "in, out and err";
+        EXPECT_EQ(dir.Names().size(), 3U) << "only in, out and err";
     }
 }
 
-TEST_F(PipeTest, AFullDiskBehindStandardOutputIsSaid) {
+TEST_F(PipeTest, AFullDiskBehindStandardOutputIsReported) {
     WriteFile(File("in"), std::string(64000, 'x'));
     const std::string command = std::string("'") + AUDIO_FILTER_EXECUTABLE +
                                 "' clean - -o - --raw s16:32000:1 <'" + File("in") + "' 2>'" +

@@ -1,4 +1,4 @@
-// The command line as a process of its own: what only main can get wrong.
+// The command line as a separate process: what only main does.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/ioctl.h>
@@ -32,7 +32,7 @@ protected:
     TempDir logs;
 };
 
-TEST_F(ExecutableTest, ASignalHalfWayLeavesNothingAndIsSaidInOneLine) {
+TEST_F(ExecutableTest, ASignalInMidStreamLeavesNoFileAndPrintsOneLine) {
     WriteHoursOfSilence(dir.File("in.wav"));
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         Process run({"clean", dir.File("in.wav"), "-o", dir.File("out.wav")}, "/dev/null", Err());
@@ -47,7 +47,7 @@ TEST_F(ExecutableTest, ASignalHalfWayLeavesNothingAndIsSaidInOneLine) {
     }
 }
 
-TEST_F(ExecutableTest, ASignalEndsTheWaitAtAPipeThatGivesNothing) {
+TEST_F(ExecutableTest, ASignalInterruptsAReadFromAnIdlePipe) {
     ASSERT_EQ(mkfifo(logs.File("pipe").c_str(), 0666), 0);
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         Process run({"clean", "-", "--raw", "s16:32000:1", "-o", dir.File("out.wav")}, "/dev/null",
@@ -57,7 +57,7 @@ TEST_F(ExecutableTest, ASignalEndsTheWaitAtAPipeThatGivesNothing) {
         for (int waiting = 1; waiting != 0 && !run.HasEnded();) {
             ioctl(writer, FIONREAD, &waiting);
         }
-        // A signal may come just before the next wait begins; another one then does not.
+        // A signal may arrive just before the next read blocks: repeat it.
         while (!run.HasEnded()) {
             run.Signal(number);
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
@@ -69,14 +69,14 @@ TEST_F(ExecutableTest, ASignalEndsTheWaitAtAPipeThatGivesNothing) {
     }
 }
 
-TEST_F(ExecutableTest, AWriteBeyondTheAllowedSizeOfAFileFailsInsteadOfEndingTheProcess) {
+TEST_F(ExecutableTest, AWriteBeyondTheFileSizeLimitFailsInsteadOfEndingTheProcess) {
     Process run({"clean", Recording(32000), "-o", dir.File("out.wav")}, "/dev/null", Err(), 20000);
     EXPECT_EQ(run.Wait(), 1);
     EXPECT_EQ(run.Err(), "audio-filter: " + dir.File("out.wav") + ": cannot be written\n");
     EXPECT_EQ(dir.Names(), Words{"in.wav"});
 }
 
-TEST_F(ExecutableTest, AResultThatCannotBePrintedIsSaidAndIsAFailure) {
+TEST_F(ExecutableTest, ASummaryThatCannotBePrintedIsReportedAndFails) {
     const std::string in = Recording(32000);
     for (const char* out : {"/dev/full", ""}) {
         for (const Words& words :
@@ -87,7 +87,7 @@ TEST_F(ExecutableTest, AResultThatCannotBePrintedIsSaidAndIsAFailure) {
             EXPECT_EQ(run.Err(), "audio-filter: standard output cannot be written\n") << out;
         }
         Process quiet({"clean", in, "-o", dir.File("out.wav"), "--quiet"}, out, Err());
-        EXPECT_EQ(quiet.Wait(), 0) << "nothing was to be printed";
+        EXPECT_EQ(quiet.Wait(), 0) << "there was nothing to print";
         EXPECT_EQ(quiet.Err(), "");
         Process bad({"clean", dir.File("none.wav"), "-o", dir.File("out.wav")}, out, Err());
         EXPECT_EQ(bad.Wait(), 1);
@@ -110,8 +110,7 @@ TEST_F(ExecutableTest, OnATerminalProgressIsDrawn) {
     ASSERT_EQ(grantpt(terminal), 0);
     ASSERT_EQ(unlockpt(terminal), 0);
     const std::string name = ptsname(terminal);
-    const int other =
-        open(name.c_str(), O_RDWR | O_NOCTTY);  // keeps what is drawn until it is read
+    const int other = open(name.c_str(), O_RDWR | O_NOCTTY);  // keeps the output until it is read
     Process run({"clean", Recording(1600), "-o", dir.File("out.wav")}, "/dev/null", name);
     EXPECT_EQ(run.Wait(), 0);
     std::string drawn(4096, '\0');

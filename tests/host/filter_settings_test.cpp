@@ -6,7 +6,7 @@ namespace {
 
 using Values = std::vector<std::pair<std::string, std::string>>;
 
-TEST(FilterSettings, UnlessToldOtherwiseLevel3NoGainPhaseCheckAndMix) {
+TEST(FilterSettings, TheDefaultsAreLevel3NoGainPhaseCheckAndMix) {
     const FilterSettings settings;
     EXPECT_EQ(settings.denoiseLevel, 3);
     EXPECT_EQ(settings.gain, std::nullopt);
@@ -34,7 +34,7 @@ TEST(FilterSettings, EachNameSetsItsSetting) {
     EXPECT_TRUE(settings.mix);
 }
 
-TEST(FilterSettings, TheEndsOfTheRangesAreTaken) {
+TEST(FilterSettings, TheBoundsOfTheRangesAreAccepted) {
     FilterSettings settings;
     EXPECT_TRUE(ApplySetting(settings, "denoise", "3"));
     EXPECT_TRUE(ApplySetting(settings, "gain", "0"));
@@ -43,7 +43,7 @@ TEST(FilterSettings, TheEndsOfTheRangesAreTaken) {
     EXPECT_TRUE(ApplySetting(settings, "gain", "1e-3"));
 }
 
-TEST(FilterSettings, WhatIsNotInRangeOrNotANumberIsRefusedAndSetsNothing) {
+TEST(FilterSettings, ValuesOutOfRangeOrNotNumbersAreRefusedAndChangeNothing) {
     const Values bad = {{"denoise", "4"},    {"denoise", "-1"},
                         {"denoise", "1.5"},  {"denoise", ""},
                         {"denoise", "0x2"},  {"denoise", " 2"},
@@ -67,7 +67,7 @@ TEST(FilterSettings, WhatIsNotInRangeOrNotANumberIsRefusedAndSetsNothing) {
     }
 }
 
-TEST(FilterSettings, AChangeIsATimeAndItsSettingsInTheirOrder) {
+TEST(FilterSettings, AChangeIsATimeAndItsSettingsInOrder) {
     const std::optional<SettingsChange> change = ParseChange("3.5s:denoise=off,gain=0.4");
     ASSERT_TRUE(change);
     EXPECT_EQ(change->seconds, 3.5);
@@ -77,7 +77,7 @@ TEST(FilterSettings, AChangeIsATimeAndItsSettingsInTheirOrder) {
     EXPECT_EQ(ParseChange("0.001s:gain=1")->seconds, 0.001);
 }
 
-TEST(FilterSettings, WhatIsNoChangeIsRefused) {
+TEST(FilterSettings, MalformedChangesAreRefused) {
     for (const char* text : {"",
                              ":",
                              "1s",

@@ -16,7 +16,7 @@
 
 namespace {
 
-using Kinds = std::vector<AVSourceType>;
+using SourceTypes = std::vector<AVSourceType>;
 using Refusals = std::map<std::string, int>;
 
 template <typename Sample>
@@ -34,20 +34,20 @@ std::vector<float> Floats(const std::vector<Sample>& samples) {
     return floats;
 }
 
-/// A stream and what has come out of it.
+/// A stream and its output.
 template <typename Sample>
 struct StreamRun {
     StreamRun(const FilterSettings& settings, int rate, int channels,
-              const Kinds& kinds = {AV_SOURCE_MICROPHONE})
+              const SourceTypes& types = {AV_SOURCE_MICROPHONE})
         : channelCount(static_cast<std::size_t>(channels)),
           stream(settings,
                  {rate, channels,
-                  std::is_same_v<Sample, short> ? SampleKind::kS16 : SampleKind::kFloat},
-                 kinds, [this](const std::vector<Sample>& block) {
+                  std::is_same_v<Sample, short> ? SampleFormat::kS16 : SampleFormat::kFloat},
+                 types, [this](const std::vector<Sample>& block) {
                      out.insert(out.end(), block.begin(), block.end());
                  }) {}
 
-    /// The frames from..to of each source, in blocks.
+    /// Pushes frames from..to of each source, in blocks.
     void Push(const std::vector<std::vector<Sample>>& sources, std::size_t from, std::size_t to,
               std::size_t blockFrames) {
         for (std::size_t at = from; at < to; at += blockFrames) {
@@ -73,7 +73,7 @@ struct Filtered {
     FilterRecord record;
 };
 
-/// All of a single source, with the same settings from end to end.
+/// Runs a single source with constant settings.
 template <typename Sample>
 Filtered<Sample> Filter(const FilterSettings& settings, int rate, int channels,
                         const std::vector<Sample>& in, std::size_t blockFrames) {
@@ -133,7 +133,7 @@ double Power(const std::vector<float>& samples) {
     return sum / static_cast<double>(samples.size());
 }
 
-TEST(FilterStream, GivesOutAsManyFramesAsCameInAtAnyRateAndLength) {
+TEST(FilterStream, OutputsAsManyFramesAsItReceivesAtAnyRateAndLength) {
     for (const int rate : {8000, 11025, 16000, 22050, 32000, 37800, 44100, 48000, 96000, 12345}) {
         for (const std::size_t frames : {std::size_t{1}, std::size_t{2}, std::size_t{319},
                                          std::size_t{320}, std::size_t{20011}}) {
@@ -154,7 +154,7 @@ TEST(FilterStream, WithEverythingOffTheStreamIsUntouchedAtAnyRate) {
     }
 }
 
-TEST(FilterStream, TheDelayIsTakenAwayAtEveryRate) {
+TEST(FilterStream, TheLatencyIsRemovedAtEveryRate) {
     for (const int rate : {22050, 24000, 32000, 37800, 44100, 48000, 96000}) {
         const std::vector<float> in = Bursts(static_cast<std::size_t>(rate) * 3, rate);
         EXPECT_LE(
@@ -165,14 +165,14 @@ TEST(FilterStream, TheDelayIsTakenAwayAtEveryRate) {
     }
 }
 
-TEST(FilterStream, At8000And16000HzWhatPassesIsInItsPlaceAndSoItIsAtRatesHandedBackForThem) {
+TEST(FilterStream, At8000And16000HzAndAtRatesResampledToThemTheOutputIsAligned) {
     for (const int rate : {4000, 8000, 11025, 12345, 16000}) {
         const std::vector<float> in = Bursts(static_cast<std::size_t>(rate) * 3, rate);
         EXPECT_LE(std::abs(Lag(in, Filter(kMild, rate, 1, in, 160).samples, 100)), 1) << rate;
     }
 }
 
-TEST(FilterStream, TheBlocksDoNotMatter) {
+TEST(FilterStream, TheBlockLengthDoesNotChangeTheOutput) {
     const FilterSettings settings = {3, 0.5F, false, false};
     const std::vector<short> in = As<short>(Bursts(64000, 32000));
     const std::vector<short> expected = Filter(settings, 32000, 2, in, 32000).samples;
@@ -181,7 +181,7 @@ TEST(FilterStream, TheBlocksDoNotMatter) {
     }
 }
 
-TEST(FilterStream, TheBlocksDoNotMatterMoreThanTheConvertersRoundingWhereTheyAreHandedBack) {
+TEST(FilterStream, TheBlockLengthChangesResampledOutputByTheConvertersRoundingOnly) {
     const std::vector<float> in = Bursts(96000, 48000);
     const std::vector<float> expected = Filter(kMild, 48000, 1, in, 48000).samples;
     for (const std::size_t block : {std::size_t{48}, std::size_t{481}}) {
@@ -207,7 +207,7 @@ TEST(FilterStream, RunsThePhaseCheckThenTheSuppressorThenTheGain) {
     gain.SetGain(0.5F);
     std::vector<short> expected;
     std::int64_t corrected = 0;
-    in.resize(in.size() + 6400);  // to push out the rest
+    in.resize(in.size() + 6400);  // to flush the suppressor
     for (std::size_t at = 0; at < in.size(); at += 6400) {
         std::vector<short> block = Part(in, at, at + 6400);
         const std::vector<short> before = block;
@@ -220,7 +220,7 @@ TEST(FilterStream, RunsThePhaseCheckThenTheSuppressorThenTheGain) {
         expected.insert(expected.end(), out.begin(), out.begin() + size / 2);
     }
     constexpr std::size_t kDelay = 196;
-    constexpr std::size_t kLastFrames = 320;  // what pushes them out is the host's own
+    constexpr std::size_t kLastFrames = 320;  // flushed with reversed history
     const std::size_t compared = filtered.samples.size() - 2 * kLastFrames;
     EXPECT_EQ(Part(filtered.samples, 0, compared),
               Part(expected, 2 * kDelay, 2 * kDelay + compared));
@@ -228,7 +228,7 @@ TEST(FilterStream, RunsThePhaseCheckThenTheSuppressorThenTheGain) {
     EXPECT_GT(corrected, 0);
 }
 
-TEST(FilterStream, TheSuppressorsRateIsThatOfTheFilter) {
+TEST(FilterStream, TheReportedProcessingRateIsTheFilters) {
     const std::vector<std::pair<int, int>> rates = {{4000, 8000},   {8000, 8000},   {8001, 16000},
                                                     {11025, 16000}, {16000, 16000}, {16001, 32000},
                                                     {22050, 32000}, {32000, 32000}, {44100, 32000},
@@ -239,7 +239,7 @@ TEST(FilterStream, TheSuppressorsRateIsThatOfTheFilter) {
     }
 }
 
-TEST(FilterStream, TwoSecondsAt48000HzInBlocksOf10msAre200HandOffsAndNoneAtTheFiltersOwnRates) {
+TEST(FilterStream, TwoSecondsAt48000HzInBlocksOf10msAre200HandOffsAndNoneAtDirectlyProcessedRates) {
     for (const int rate : {11025, 22050, 48000, 96000}) {
         const auto frames = static_cast<std::size_t>(rate / 100);
         const std::vector<short> in(frames * 200, 1000);
@@ -275,7 +275,7 @@ TEST(FilterStream, AMixIsSuppressedAt48000HzAsItIsAt32000) {
     }
 }
 
-TEST(FilterStream, WithoutMixingTheFirstOfSeveralIsSuppressedAloneAtAnyRate) {
+TEST(FilterStream, WithoutMixingTheFirstSourceIsSuppressedAloneAtAnyRate) {
     for (const int rate : {32000, 48000}) {
         const auto frames = static_cast<std::size_t>(rate);
         const std::vector<float> first = Bursts(frames, rate);
@@ -296,7 +296,7 @@ TEST(FilterStream, SourcesWithoutAMicrophoneAreNotSuppressed) {
     EXPECT_EQ(run.stream.Record().handOffs, 0);
 }
 
-TEST(FilterStream, MixingSwitchedOnTheWayTakesOverAtThatFrame) {
+TEST(FilterStream, MixingSwitchedInMidStreamTakesEffectAtThatFrame) {
     const std::vector<short> a = As<short>(Murmur(32000, 32000));
     const std::vector<short> b = As<short>(Bursts(32000, 32000));
     StreamRun<short> run(kOff, 32000, 1, {AV_SOURCE_MICROPHONE, AV_SOURCE_1});
@@ -323,17 +323,17 @@ TEST(FilterStream, MixingSwitchedOnTheWayTakesOverAtThatFrame) {
     EXPECT_EQ(run.out, expected);
 }
 
-TEST(FilterStream, MixingSwitchedWhileNoiseIsSuppressedKeepsTheTimeline) {
+TEST(FilterStream, MixingSwitchedDuringSuppressionKeepsTheAlignment) {
     for (const int rate : {32000, 44100, 48000}) {
         const auto second = static_cast<std::size_t>(rate);
         const std::vector<float> a = Murmur(second * 3, rate);
         const std::vector<float> silence(second * 3);
         FilterSettings mixed = kUsual;
         mixed.mix = true;
-        // From a microphone alone to a mix, and from another source, which is left alone, to a mix.
-        for (const Kinds& kinds :
-             {Kinds{AV_SOURCE_MICROPHONE, AV_SOURCE_1}, Kinds{AV_SOURCE_1, AV_SOURCE_MICROPHONE}}) {
-            StreamRun<float> run(kUsual, rate, 1, kinds);
+        // From a microphone alone to a mix, and from another source alone, not suppressed, to a mix.
+        for (const SourceTypes& types : {SourceTypes{AV_SOURCE_MICROPHONE, AV_SOURCE_1},
+                                         SourceTypes{AV_SOURCE_1, AV_SOURCE_MICROPHONE}}) {
+            StreamRun<float> run(kUsual, rate, 1, types);
             run.Push({a, silence}, 0, second, 441);
             run.stream.Apply(mixed);
             run.Push({a, silence}, second, second * 2, 441);
@@ -357,7 +357,7 @@ class FilterStreamAtRate : public testing::TestWithParam<int> {};
 INSTANTIATE_TEST_SUITE_P(DirectAndHandedBack, FilterStreamAtRate,
                          testing::Values(8000, 11025, 16000, 22050, 32000, 44100, 48000, 96000));
 
-TEST_P(FilterStreamAtRate, SuppressionSwitchedAtRandomPointsKeepsLengthAndTimeline) {
+TEST_P(FilterStreamAtRate, SuppressionSwitchedAtRandomPointsKeepsLengthAndAlignment) {
     const int rate = GetParam();
     std::mt19937 random = SeededRandom();
     const std::vector<float> in = Murmur(static_cast<std::size_t>(rate) * 6, rate);
@@ -376,7 +376,7 @@ TEST_P(FilterStreamAtRate, SuppressionSwitchedAtRandomPointsKeepsLengthAndTimeli
         segments.push_back({at, to, suppressed});
         suppressed = !suppressed;
         run.stream.Apply(suppressed ? kUsual : kOff);
-        EXPECT_EQ(run.out.size(), to) << "nothing is held back where it changes";
+        EXPECT_EQ(run.out.size(), to) << "nothing is held back at a change";
         at = to;
     }
     run.stream.Finish();
@@ -417,7 +417,7 @@ double LargestStep(const std::vector<float>& samples, std::size_t from, std::siz
     return largest;
 }
 
-/// A voice without pauses: six overtones of some 110 Hz.
+/// A voice without pauses: six harmonics of about 110 Hz.
 std::vector<float> Hum(std::size_t frames, int rate) {
     std::vector<float> signal(frames);
     for (std::size_t i = 0; i < frames; ++i) {
@@ -433,11 +433,11 @@ std::vector<float> Hum(std::size_t frames, int rate) {
     return signal;
 }
 
-TEST(FilterStream, WhereSuppressionIsSwitchedNoStepIsLargerThanTheSignalsOwnAndWhatIsSuppressed) {
+TEST(FilterStream, SwitchingSuppressionAddsNoStepLargerThanTheSignalsOwnAndTheSuppressedPart) {
     for (const int rate : {22050, 32000, 44100, 48000}) {
         const auto second = static_cast<std::size_t>(rate);
         const std::vector<float> in = Hum(second * 6, rate);
-        // What the suppressor itself takes away: a splice with one that never stops.
+        // What the suppressor itself removes: compare with one that never stops.
         const std::vector<float> steady = Filter(kMild, rate, 1, in, second / 100).samples;
         StreamRun<float> run(kMild, rate, 1);
         std::mt19937 random(3);
@@ -464,7 +464,7 @@ TEST(FilterStream, WhereSuppressionIsSwitchedNoStepIsLargerThanTheSignalsOwnAndW
     }
 }
 
-TEST(FilterStream, SwitchingOnTheWayAddsNoHandOffsAndNoCorrections) {
+TEST(FilterStream, SwitchingInMidStreamAddsNoHandOffsAndNoCorrections) {
     const std::vector<short> in = LeftReversed(As<short>(Bursts(48000 * 3, 48000)));
     const auto record = [&in](const FilterSettings& other) {
         StreamRun<short> run({3, std::nullopt, true, false}, 48000, 2);
@@ -484,7 +484,7 @@ TEST(FilterStream, SwitchingOnTheWayAddsNoHandOffsAndNoCorrections) {
     EXPECT_GT(once.correctedFrames, 0);
 }
 
-TEST(FilterStream, TheListenersEventsComeWithTheTimeOfTheStream) {
+TEST(FilterStream, ListenerEventsCarryTheTimeOfTheStream) {
     StreamRun<short> run({3, std::nullopt, true, true}, 48000, 2,
                          {AV_SOURCE_MICROPHONE, AV_SOURCE_1});
     const std::vector<short> in(96000, 1000);
@@ -513,17 +513,17 @@ TEST(FilterStream, TheListenersEventsComeWithTheTimeOfTheStream) {
     }
 }
 
-TEST(FilterStream, APhaseCheckAt96000HzIsRefusedAndRecorded) {
+TEST(FilterStream, APhaseCheckRefusedAt96000HzIsRecorded) {
     const std::vector<short> in(96000, 1000);
     EXPECT_EQ(Filter(CheckingPhase(), 96000, 2, in, 960).record.refused,
-              (Refusals{{"switching on AudioPhaseCheck: not ready", 1}}));
+              (Refusals{{"switching on AudioPhaseCheck: not initialised", 1}}));
     EXPECT_EQ(Filter(CheckingPhase(), 48000, 2, in, 480).record.refused, Refusals());
 }
 
-TEST(FilterStream, ALevelThatAMonoStreamDoesNotKeepIsRecordedAsRefusedAndTheUsualOneIsNotAsked) {
+TEST(FilterStream, ALevelRejectedForAMonoStreamIsRecordedAndTheDefaultLevelIsNotSet) {
     const std::vector<short> in(3200, 1000);
     EXPECT_EQ(Filter(kMild, 32000, 1, in, 320).record.refused,
-              (Refusals{{"setting the level of noise suppression: false", 1}}));
+              (Refusals{{"setting the suppression level: rejected", 1}}));
     EXPECT_EQ(Filter(kMild, 32000, 2, in, 320).record.refused, Refusals());
     StreamRun<short> run({}, 32000, 1);
     run.stream.Apply({3, 0.5F, false, false});
@@ -534,14 +534,14 @@ TEST(FilterStream, ALevelThatAMonoStreamDoesNotKeepIsRecordedAsRefusedAndTheUsua
 
 TEST(FilterStream, SixteenSourcesAreMixed) {
     StreamRun<short> run({std::nullopt, std::nullopt, false, true}, 32000, 1,
-                         Kinds(16, AV_SOURCE_1));
+                         SourceTypes(16, AV_SOURCE_1));
     const std::vector<std::vector<short>> sources(16, std::vector<short>(640, 100));
     run.Push(sources, 0, 640, 320);
     run.stream.Finish();
     EXPECT_EQ(run.out, std::vector<short>(640, 1400)) << "7/8 of 16 * 100";
 }
 
-TEST(FilterStream, ABlockThatTheFilterRefusesIsRecordedAndPassesAsItIs) {
+TEST(FilterStream, ABlockThatTheFilterRefusesIsRecordedAndPassesUnchanged) {
     StreamRun<short> run({3, 0.5F, false, false}, 32000, 1);
     const std::vector<short> in(32001, 1000);  // more than a second
     run.stream.Push(in);
@@ -550,10 +550,10 @@ TEST(FilterStream, ABlockThatTheFilterRefusesIsRecordedAndPassesAsItIs) {
     EXPECT_EQ(run.stream.Record().refused.count("Process: 3"), 1U);
 }
 
-TEST(FilterStream, GainChangesNoCountOfCorrectedFrames) {
+TEST(FilterStream, GainDoesNotChangeTheCountOfCorrectedFrames) {
     std::vector<short> in = LeftReversed(As<short>(Bursts(48000 * 3, 48000)));
     for (std::size_t i = 0; i < 48000; ++i) {
-        in[i] = static_cast<short>(i % 2 == 0 ? -1 : 1);  // what a gain turns into something else
+        in[i] = static_cast<short>(i % 2 == 0 ? -1 : 1);  // values that the gain changes
     }
     FilterSettings settings = CheckingPhase();
     const std::int64_t corrected = Filter(settings, 48000, 2, in, 480).record.correctedFrames;
@@ -566,10 +566,10 @@ TEST(FilterStream, GainChangesNoCountOfCorrectedFrames) {
     }
     settings.denoiseLevel = 3;
     EXPECT_EQ(Filter(settings, 48000, 2, in, 480).record.correctedFrames, corrected)
-        << "nor does suppression";
+        << "suppression does not either";
 }
 
-TEST(FilterStream, NaNsAreNoCorrections) {
+TEST(FilterStream, NaNDoesNotCountAsACorrection) {
     const float nan = std::numeric_limits<float>::quiet_NaN();
     const float infinite = std::numeric_limits<float>::infinity();
     std::vector<float> in = Floats(LeftReversed(As<short>(Bursts(48000 * 3, 48000))));

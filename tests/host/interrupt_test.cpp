@@ -8,7 +8,7 @@
 
 namespace {
 
-TEST(Interrupt, AnInterruptARequestToEndAndALostTerminalAreNoted) {
+TEST(Interrupt, SigintSigtermAndSighupAreCaught) {
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         const auto raiseIt = [number] {
             std::signal(number, SIG_DFL);
@@ -21,7 +21,7 @@ TEST(Interrupt, AnInterruptARequestToEndAndALostTerminalAreNoted) {
     }
 }
 
-TEST(Interrupt, WhatWasIgnoredStaysIgnored) {
+TEST(Interrupt, IgnoredSignalsStayIgnored) {
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         const auto raiseIt = [number] {
             std::signal(number, SIG_IGN);

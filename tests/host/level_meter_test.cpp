@@ -16,14 +16,14 @@ std::vector<float> Sine(std::size_t frames, double rate, double level) {
 }
 
 TEST(LevelMeter, AFullScaleSineOf1000HzIsAbout3LufsBelow0AndPeaksAt0) {
-    LevelMeter meter({48000, 1, SampleKind::kFloat});
+    LevelMeter meter({48000, 1, SampleFormat::kFloat});
     meter.Add(Sine(48000 * 5, 48000, 1.0));
     EXPECT_NEAR(meter.Loudness(), -3.0, 0.1);
     EXPECT_NEAR(meter.Peak(), 0.0, 0.01);
 }
 
 TEST(LevelMeter, SixteenBitAndFloatMeasureAlike) {
-    LevelMeter meter({32000, 1, SampleKind::kS16});
+    LevelMeter meter({32000, 1, SampleFormat::kS16});
     meter.Add(std::vector<short>(1600, -16384));
     EXPECT_NEAR(meter.Peak(), -6.0206, 1e-3);
     ASSERT_EQ(meter.Powers().size(), 1U);
@@ -31,21 +31,21 @@ TEST(LevelMeter, SixteenBitAndFloatMeasureAlike) {
 }
 
 TEST(LevelMeter, SilenceIsMinusInfinity) {
-    LevelMeter meter({32000, 2, SampleKind::kS16});
+    LevelMeter meter({32000, 2, SampleFormat::kS16});
     meter.Add(std::vector<short>(64000));
     EXPECT_EQ(meter.Peak(), -INFINITY);
     EXPECT_EQ(meter.Loudness(), -INFINITY);
 }
 
-TEST(LevelMeter, WindowsAre50msOfAllChannelsWhateverTheBlocks) {
-    LevelMeter meter({1000, 2, SampleKind::kFloat});  // 50 frames a window
+TEST(LevelMeter, WindowsAre50msOfAllChannelsWhateverTheBlockLength) {
+    LevelMeter meter({1000, 2, SampleFormat::kFloat});  // 50 frames a window
     for (int i = 0; i < 11; ++i) {
         meter.Add(std::vector<float>(20, i < 5 ? 0.5F : 1.0F));  // 10 frames each
     }
     EXPECT_EQ(meter.Powers(), (std::vector<double>{0.25, 1.0, 1.0}));
 }
 
-TEST(CompareWindows, TheQuietestTenthOfWhatCameInIsTheFloorBeforeAndAfter) {
+TEST(CompareWindows, TheQuietestTenthOfTheInputIsTheFloorBeforeAndAfter) {
     std::vector<double> before(20, 0.1);
     std::vector<double> after(20, 0.01);
     before[3] = before[7] = 1e-4;
@@ -79,7 +79,7 @@ TEST(CompareWindows, AWindowExactly15dBAboveTheFloorIsSpeechAndTheNextNumberBelo
     EXPECT_EQ(without.speechAfter, -INFINITY);
 }
 
-TEST(CompareWindows, NothingHasNoLevels) {
+TEST(CompareWindows, AnEmptyRecordingHasNoLevels) {
     EXPECT_EQ(CompareWindows({}, {}).noiseFloorBefore, -INFINITY);
 }
 

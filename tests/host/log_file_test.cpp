@@ -14,7 +14,7 @@
 
 namespace {
 
-TEST(LogFile, HoldsTheLinesThatTheLibraryWritesWhileItLivesUnderItsOwnName) {
+TEST(LogFile, ContainsTheLinesWrittenDuringItsLifetimeUnderItsOwnName) {
     const TempDir dir;
     const std::string path = dir.File("filter.log");
     AudioFilter filter;
@@ -27,10 +27,11 @@ TEST(LogFile, HoldsTheLinesThatTheLibraryWritesWhileItLivesUnderItsOwnName) {
     EXPECT_EQ(dir.Names(), std::vector<std::string>{"filter.log"});
     const std::string text = ReadFile(path);
     EXPECT_NE(text.find("AP_GAIN turn on"), std::string::npos) << text;
-    EXPECT_EQ(text.find("Audio filter is cleared"), std::string::npos) << "said too late";
+    EXPECT_EQ(text.find("Audio filter is cleared"), std::string::npos)
+        << "logged after its lifetime";
 }
 
-TEST(LogFile, StartsAnewEachTime) {
+TEST(LogFile, TruncatesAnEarlierFile) {
     const TempDir dir;
     const std::string path = dir.File("filter.log");
     WriteFile(path, "what was there");
@@ -40,7 +41,7 @@ TEST(LogFile, StartsAnewEachTime) {
     EXPECT_EQ(dir.Names(), std::vector<std::string>{"filter.log"});
 }
 
-TEST(LogFile, LeavesAFileOfTheNameThatAWriterWouldGiveItAlone) {
+TEST(LogFile, DoesNotTouchAFileNamedAsAWriterWouldNameIt) {
     const TempDir dir;
     WriteFile(dir.File("take_0"), "a recording");
     ASSERT_EQ(mkfifo(dir.File("pipe_0").c_str(), 0600), 0);
@@ -51,7 +52,7 @@ TEST(LogFile, LeavesAFileOfTheNameThatAWriterWouldGiveItAlone) {
     EXPECT_EQ(dir.Names().size(), 4U);
 }
 
-TEST(LogFile, APipeAFolderOrADeviceIsRefusedAndStaysWhatItIs) {
+TEST(LogFile, APipeAFolderOrADeviceIsRefusedAndUnchanged) {
     const TempDir dir;
     ASSERT_EQ(mkfifo(dir.File("pipe").c_str(), 0600), 0);
     std::filesystem::create_directory(dir.File("folder"));
@@ -69,7 +70,7 @@ TEST(LogFile, APipeAFolderOrADeviceIsRefusedAndStaysWhatItIs) {
     EXPECT_EQ(dir.Names().size(), 3U);
 }
 
-TEST(LogFile, OnADiskThatIsFullLinesAreLostAndTheFileIsThere) {
+TEST(LogFile, OnAFullDiskLinesAreLostAndTheFileExists) {
     const TempDir dir;
     const auto runOnFullDisk = [&] {
         std::signal(SIGXFSZ, SIG_IGN);
@@ -86,7 +87,7 @@ TEST(LogFile, OnADiskThatIsFullLinesAreLostAndTheFileIsThere) {
     EXPECT_EQ(ReadFile(dir.File("log")), "");
 }
 
-TEST(LogFile, InAFolderThatVanishesLinesAreLostAndNothingIsLeft) {
+TEST(LogFile, InAFolderThatIsRemovedLinesAreLostAndNoFileRemains) {
     const TempDir dir;
     std::filesystem::create_directory(dir.File("folder"));
     {
@@ -98,7 +99,7 @@ TEST(LogFile, InAFolderThatVanishesLinesAreLostAndNothingIsLeft) {
     EXPECT_TRUE(dir.Names().empty());
 }
 
-TEST(LogFile, OneThatCannotBeWrittenIsAFailureAndLeavesNothing) {
+TEST(LogFile, AnUnwritableFileIsAFailureAndNoFileRemains) {
     const TempDir dir;
     try {
         const LogFile log(dir.File("no/such/filter.log"));

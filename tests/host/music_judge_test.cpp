@@ -11,12 +11,12 @@
 
 namespace {
 
-/// The spoken prompts of alsa-utils; its Noise.wav is none.
+/// The spoken prompts of alsa-utils, without its Noise.wav.
 const std::vector<std::string> kPrompts = {"Front_Center", "Front_Left", "Front_Right",
                                            "Rear_Center",  "Rear_Left",  "Rear_Right",
                                            "Side_Left",    "Side_Right"};
 
-/// Free music, of the package tuxmath-data.
+/// Free music from the package tuxmath-data.
 const std::string kRush = "/usr/share/tuxmath/sounds/01_rush.ogg";
 const std::string kTuxi = "/usr/share/tuxmath/sounds/tuxi.ogg";
 
@@ -25,28 +25,28 @@ struct Verdict {
     double music;
 };
 
-/// The files one after another, in 10 ms, brought to a format. A file that is missing throws, which
-/// fails the test.
+/// Feeds the files one after another, converted to a format, in 10 ms blocks. A missing file throws,
+/// which fails the test.
 template <typename Sample>
-Verdict Judge(const std::vector<std::string>& files, const AudioFormat& format) {
+Verdict Detect(const std::vector<std::string>& files, const AudioFormat& format) {
     MusicJudge<Sample> judge(format);
-    std::int64_t heard = 0;
+    std::int64_t pushed = 0;
     for (const std::string& file : files) {
         SourceFeed<Sample> feed(std::make_unique<AudioReader>(file), format);
         while (const std::size_t frames =
                    feed.Fill(static_cast<std::size_t>(format.sampleRate) / 100)) {
             std::vector<Sample> block;
             feed.Take(frames, block);
-            judge.Hear(std::move(block));
-            heard += static_cast<std::int64_t>(frames);
+            judge.Add(std::move(block));
+            pushed += static_cast<std::int64_t>(frames);
         }
     }
     const auto seconds = [&](std::int64_t frames) {
         return static_cast<double>(frames) / format.sampleRate;
     };
-    const Verdict verdict = {seconds(heard), seconds(judge.MusicFrames())};
+    const Verdict verdict = {seconds(pushed), seconds(judge.MusicFrames())};
     std::cout << files.front() << " at " << format.sampleRate << " Hz: " << verdict.music
-              << " s of " << verdict.seconds << " s judged music\n";
+              << " s of " << verdict.seconds << " s detected as music\n";
     return verdict;
 }
 
@@ -58,29 +58,29 @@ std::vector<std::string> PromptFiles() {
     return files;
 }
 
-TEST(MusicJudge, ElevenSecondsOfSpokenPromptsHoldNoMusicAt32000And44100Hz) {
+TEST(MusicJudge, ElevenSecondsOfSpokenPromptsContainNoMusicAt32000And44100Hz) {
     for (const int rate : {32000, 44100}) {
-        const Verdict s16 = Judge<short>(PromptFiles(), {rate, 1, SampleKind::kS16});
+        const Verdict s16 = Detect<short>(PromptFiles(), {rate, 1, SampleFormat::kS16});
         EXPECT_GT(s16.seconds, 11.0);
         EXPECT_EQ(s16.music, 0.0);
-        EXPECT_EQ(Judge<float>(PromptFiles(), {rate, 1, SampleKind::kFloat}).music, 0.0);
+        EXPECT_EQ(Detect<float>(PromptFiles(), {rate, 1, SampleFormat::kFloat}).music, 0.0);
     }
 }
 
-TEST(MusicJudge, ASongAt32000HzIsJudgedMusicForMoreThanHalfOfItsTime) {
-    const Verdict verdict = Judge<short>({kRush}, {32000, 2, SampleKind::kS16});
+TEST(MusicJudge, ASongAt32000HzIsMusicForMoreThanHalfOfItsDuration) {
+    const Verdict verdict = Detect<short>({kRush}, {32000, 2, SampleFormat::kS16});
     EXPECT_GT(verdict.seconds, 57.0);
     EXPECT_GT(verdict.music, 0.5 * verdict.seconds);
 }
 
-TEST(MusicJudge, ASongAt44100HzIsJudgedMusicForMoreThanHalfOfItsTime) {
-    const Verdict verdict = Judge<short>({kTuxi}, {44100, 2, SampleKind::kS16});
+TEST(MusicJudge, ASongAt44100HzIsMusicForMoreThanHalfOfItsDuration) {
+    const Verdict verdict = Detect<short>({kTuxi}, {44100, 2, SampleFormat::kS16});
     EXPECT_GT(verdict.seconds, 109.0);
     EXPECT_GT(verdict.music, 0.5 * verdict.seconds);
 }
 
-TEST(MusicJudge, CountsTheFramesOfTheBlocksThatTheFiltersDetectorCallsMusic) {
-    const AudioFormat format = {44100, 2, SampleKind::kS16};
+TEST(MusicJudge, CountsTheFramesOfTheBlocksInWhichTheFiltersDetectorReportsMusic) {
+    const AudioFormat format = {44100, 2, SampleFormat::kS16};
     SourceFeed<short> feed(std::make_unique<AudioReader>(kTuxi), format);
     MusicJudge<short> judge(format);
     AudioClassifier classifier;
@@ -90,7 +90,7 @@ TEST(MusicJudge, CountsTheFramesOfTheBlocksThatTheFiltersDetectorCallsMusic) {
         std::vector<short> block;
         feed.Fill(20000);
         feed.Take(20000, block);
-        judge.Hear(block);
+        judge.Add(block);
         expected += classifier.MusicCheck(reinterpret_cast<unsigned char*>(block.data()), 80000)
                         ? 20000
                         : 0;
@@ -101,9 +101,9 @@ TEST(MusicJudge, CountsTheFramesOfTheBlocksThatTheFiltersDetectorCallsMusic) {
 
 TEST(MusicJudge, SilenceIsNoMusicAtAnyRate) {
     for (const int rate : {8000, 22050, 32000, 44100, 48000, 96000}) {
-        MusicJudge<float> judge({rate, 1, SampleKind::kFloat});
+        MusicJudge<float> judge({rate, 1, SampleFormat::kFloat});
         for (int i = 0; i < 500; ++i) {
-            judge.Hear(std::vector<float>(static_cast<std::size_t>(rate) / 100));
+            judge.Add(std::vector<float>(static_cast<std::size_t>(rate) / 100));
         }
         EXPECT_EQ(judge.MusicFrames(), 0) << rate;
     }

@@ -14,9 +14,9 @@
 /// A run of the executable, with its standard error in a file.
 class Process {
 public:
-    /// @param out where standard output goes; empty to close it
-    /// @param largestFile in bytes
-    /// @param in where standard input comes from
+    /// @param out file for standard output; empty to close it
+    /// @param largestFile file size limit in bytes
+    /// @param in file for standard input
     Process(const std::vector<std::string>& words, const std::string& out, const std::string& err,
             rlim_t largestFile = RLIM_INFINITY, const std::string& in = "/dev/null")
         : mErr(err) {

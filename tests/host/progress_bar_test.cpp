@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(ProgressBar, RedrawsAtEveryPercentAndWipesItselfInTheEnd) {
+TEST(ProgressBar, RedrawsAtEveryPercentAndClearsItselfAtTheEnd) {
     std::ostringstream out;
     {
         ProgressBar bar(&out, 1000);

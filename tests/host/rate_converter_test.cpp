@@ -42,7 +42,7 @@ TEST(RateConverter, A440HzSineAt48000HzIsThatSineAt32000HzWithoutDelay) {
     }
 }
 
-TEST(RateConverter, TheBlocksDoNotMatter) {
+TEST(RateConverter, TheBlockLengthDoesNotChangeTheOutput) {
     const std::vector<float> in = Bursts(30000, 44100);
     RateConverter whole(44100, 32000, 1);
     const std::vector<float> expected = ConvertInBlocks(whole, in, in.size());
@@ -56,7 +56,7 @@ TEST(RateConverter, TheBlocksDoNotMatter) {
     }
 }
 
-TEST(RateConverter, StereoKeepsItsChannelsApart) {
+TEST(RateConverter, StereoChannelsStaySeparate) {
     RateConverter converter(22050, 32000, 2);
     std::vector<float> in(2 * 22050);
     for (std::size_t i = 0; i < in.size(); i += 2) {

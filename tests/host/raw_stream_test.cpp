@@ -33,13 +33,13 @@ std::string FailureOf(const Work& work) {
     return "";
 }
 
-TEST(RawStream, AFormatIsAKindARateAndOneOrTwoChannels) {
+TEST(RawStream, AFormatIsASampleFormatARateAndOneOrTwoChannels) {
     const std::optional<AudioFormat> s16 = ParseRawFormat("s16:48000:2");
     ASSERT_TRUE(s16);
     EXPECT_EQ(s16->sampleRate, 48000);
     EXPECT_EQ(s16->channels, 2);
-    EXPECT_EQ(s16->kind, SampleKind::kS16);
-    EXPECT_EQ(ParseRawFormat("f32:44100:1")->kind, SampleKind::kFloat);
+    EXPECT_EQ(s16->samples, SampleFormat::kS16);
+    EXPECT_EQ(ParseRawFormat("f32:44100:1")->samples, SampleFormat::kFloat);
     for (const char* text : {"s16:48000:2", "f32:44100:1", "s16:1:1", "f32:768000:2"}) {
         EXPECT_EQ(RawFormatName(*ParseRawFormat(text)), text);
     }
@@ -71,28 +71,28 @@ TEST(RawStream, AFormatIsAKindARateAndOneOrTwoChannels) {
     }
 }
 
-TEST(RawStream, SamplesComeInAsTheyAreInAnyNumberOfReads) {
+TEST(RawStream, SamplesAreReadUnchangedInAnyNumberOfReads) {
     const File file = Holding<short>({1, -2, 3, -4, 32767, -32768});
-    RawReader reader(file.get(), {32000, 2, SampleKind::kS16});
+    RawReader reader(file.get(), {32000, 2, SampleFormat::kS16});
     EXPECT_EQ(reader.Frames(), std::nullopt);
     EXPECT_EQ(reader.Format().sampleRate, 32000);
     std::vector<short> samples(6);
     EXPECT_EQ(reader.Read(samples.data(), 2), 2U);
-    EXPECT_EQ(reader.Read(samples.data() + 4, 2), 1U) << "as many as there are";
+    EXPECT_EQ(reader.Read(samples.data() + 4, 2), 1U) << "as many as are left";
     EXPECT_EQ(reader.Read(samples.data(), 2), 0U);
     EXPECT_EQ(samples, (std::vector<short>{1, -2, 3, -4, 32767, -32768}));
 }
 
-TEST(RawStream, EitherKindIsReadAsTheOtherAtTheSameLevel) {
+TEST(RawStream, EitherSampleFormatIsReadAsTheOtherAtTheSameLevel) {
     const File shorts = Holding<short>({16384, -32768});
     std::vector<float> floats(4);
-    RawReader fromShorts(shorts.get(), {32000, 1, SampleKind::kS16});
+    RawReader fromShorts(shorts.get(), {32000, 1, SampleFormat::kS16});
     EXPECT_EQ(fromShorts.Read(floats.data(), 4), 2U);
     EXPECT_EQ(floats, (std::vector<float>{0.5F, -1.0F, 0.0F, 0.0F}));
 
     const File file = Holding<float>({0.5F, -1.0F, 2.0F, NAN});
     std::vector<short> samples(4);
-    RawReader fromFloats(file.get(), {32000, 1, SampleKind::kFloat});
+    RawReader fromFloats(file.get(), {32000, 1, SampleFormat::kFloat});
     EXPECT_EQ(fromFloats.Read(samples.data(), 4), 4U);
     EXPECT_EQ(samples, (std::vector<short>{16384, -32768, 32767, 0}));
 }
@@ -100,39 +100,39 @@ TEST(RawStream, EitherKindIsReadAsTheOtherAtTheSameLevel) {
 TEST(RawStream, AnEndInsideAFrameOf4BytesIsAFailure) {
     for (const std::size_t missing : {1U, 2U, 3U}) {
         const File file = Holding<short>({1, 2, 3, 4}, missing);
-        RawReader reader(file.get(), {32000, 2, SampleKind::kS16});
+        RawReader reader(file.get(), {32000, 2, SampleFormat::kS16});
         std::vector<short> samples(20);
         EXPECT_EQ(FailureOf([&] { reader.Read(samples.data(), 10); }),
                   "standard input: ends inside a frame of 4 bytes");
     }
 }
 
-TEST(RawStream, WhatCannotBeReadIsAFailure) {
+TEST(RawStream, AReadErrorIsAFailure) {
     const File file(std::fopen("/dev/null", "w"));
-    RawReader reader(file.get(), {32000, 1, SampleKind::kS16});
+    RawReader reader(file.get(), {32000, 1, SampleFormat::kS16});
     short sample = 0;
     EXPECT_EQ(FailureOf([&] { reader.Read(&sample, 1); }), "standard input: cannot be read");
 }
 
-TEST(RawStream, WhatIsWrittenIsReadAgain) {
+TEST(RawStream, WrittenSamplesAreReadBack) {
     const File file(std::tmpfile());
     const std::vector<float> samples = {0.25F, -1.5F, 1e-9F, 3.0F};
-    RawWriter writer(file.get(), {8000, 2, SampleKind::kFloat});
+    RawWriter writer(file.get(), {8000, 2, SampleFormat::kFloat});
     writer.Write(samples.data(), 1);
     writer.Write(static_cast<const float*>(nullptr), 0);
     writer.Write(samples.data() + 2, 1);
     writer.Commit();
     std::rewind(file.get());
     std::vector<float> read(4);
-    RawReader reader(file.get(), {8000, 2, SampleKind::kFloat});
+    RawReader reader(file.get(), {8000, 2, SampleFormat::kFloat});
     EXPECT_EQ(reader.Read(read.data(), 4), 2U);
     EXPECT_EQ(read, samples);
 }
 
-TEST(RawStream, AFullDiskIsAFailureAtTheLatestWhenTheStreamEnds) {
+TEST(RawStream, AFullDiskIsAFailureAtCommitAtTheLatest) {
     const File file(std::fopen("/dev/full", "w"));
     ASSERT_NE(file, nullptr);
-    RawWriter writer(file.get(), {8000, 1, SampleKind::kS16});
+    RawWriter writer(file.get(), {8000, 1, SampleFormat::kS16});
     const std::vector<short> samples(10);
     writer.Write(samples.data(), samples.size());
     EXPECT_EQ(FailureOf([&] { writer.Commit(); }), "standard output: cannot be written");

@@ -12,7 +12,7 @@ Report Example() {
     Report report = {};
     report.inputs = {"in.wav"};
     report.output = "out.wav";
-    report.format = {48000, 2, SampleKind::kS16};
+    report.format = {48000, 2, SampleFormat::kS16};
     report.duration = 12.5;
     report.elapsed = 0.25;
     report.loudnessBefore = -20.04;
@@ -28,14 +28,15 @@ Report Example() {
     return report;
 }
 
-/// With all that need not be there.
+/// With everything that is optional.
 Report FullExample() {
     Report report = Example();
     report.inputs = {"in.wav", "bed.ogg"};
-    report.conversions = {"bed.ogg: brought from 44100 Hz mono to 48000 Hz stereo"};
+    report.conversions = {"bed.ogg: converted from 44100 Hz mono to 48000 Hz stereo"};
     report.record.events = {{0.0, 150001, "AP_DENOISE turn on"},
                             {3.5, 150002, "AP_DENOISE turn off"}};
-    report.record.refused = {{"Process: 3", 2}, {"switching on AudioPhaseCheck: not ready", 1}};
+    report.record.refused = {{"Process: 3", 2},
+                             {"switching on AudioPhaseCheck: not initialised", 1}};
     return report;
 }
 
@@ -51,7 +52,7 @@ nlohmann::json Json(const Report& report) {
     return nlohmann::json::parse(out.str());
 }
 
-TEST(Report, TheTableSaysDurationSpeedLevelsAndWhatWasDone) {
+TEST(Report, TheTableShowsDurationSpeedLevelsAndProcessing) {
     EXPECT_EQ(Table(Example()),
               "in.wav -> out.wav\n"
               "12.50 s, 48000 Hz, stereo, 16-bit; 50 x real time\n"
@@ -60,25 +61,25 @@ TEST(Report, TheTableSaysDurationSpeedLevelsAndWhatWasDone) {
               "noise floor   dBFS     -45.0    -64.5    -19.5\n"
               "speech        dBFS     -18.0    -18.2     -0.2\n"
               "peak          dBFS      -6.0     -7.5     -1.5\n"
-              "phase check   on, left channel turned round for 1.50 s\n"
-              "suppression   level 3, 1250 blocks by way of 32000 Hz\n"
+              "phase check   on, left channel inverted for 1.50 s\n"
+              "suppression   level 3, 1250 blocks resampled to 32000 Hz\n"
               "gain          0.50\n"
               "music         2.25 s\n");
 }
 
-TEST(Report, TheTableSaysEventsRefusalsAndConversionsLast) {
+TEST(Report, TheTableEndsWithEventsRefusalsAndConversions) {
     const std::string table = Table(FullExample());
     EXPECT_EQ(table.substr(0, 28), "in.wav + bed.ogg -> out.wav\n");
     EXPECT_EQ(table.substr(table.find("music")),
               "music         2.25 s\n"
               "event         0.000 s, 150001 AP_DENOISE turn on\n"
               "event         3.500 s, 150002 AP_DENOISE turn off\n"
-              "refused       Process: 3, 2 times\n"
-              "refused       switching on AudioPhaseCheck: not ready, 1 times\n"
-              "note          bed.ogg: brought from 44100 Hz mono to 48000 Hz stereo\n");
+              "refused       2 x Process: 3\n"
+              "refused       1 x switching on AudioPhaseCheck: not initialised\n"
+              "note          bed.ogg: converted from 44100 Hz mono to 48000 Hz stereo\n");
 }
 
-TEST(Report, TheJsonSaysTheSame) {
+TEST(Report, TheJsonContainsTheSame) {
     const nlohmann::json json = Json(FullExample());
     EXPECT_EQ(json["inputs"], (nlohmann::json{"in.wav", "bed.ogg"}));
     EXPECT_EQ(json["output"], "out.wav");
@@ -103,21 +104,22 @@ TEST(Report, TheJsonSaysTheSame) {
     EXPECT_EQ(json["events"][1]["time_s"], 3.5);
     EXPECT_EQ(json["events"][1]["code"], 150002);
     EXPECT_EQ(json["events"][1]["text"], "AP_DENOISE turn off");
-    EXPECT_EQ(json["refused"],
-              (nlohmann::json{{"Process: 3", 2}, {"switching on AudioPhaseCheck: not ready", 1}}));
+    EXPECT_EQ(
+        json["refused"],
+        (nlohmann::json{{"Process: 3", 2}, {"switching on AudioPhaseCheck: not initialised", 1}}));
     EXPECT_EQ(json["notes"],
-              nlohmann::json::array({"bed.ogg: brought from 44100 Hz mono to 48000 Hz stereo"}));
-    EXPECT_EQ(json.size(), 21U) << "and nothing else";
+              nlohmann::json::array({"bed.ogg: converted from 44100 Hz mono to 48000 Hz stereo"}));
+    EXPECT_EQ(json.size(), 21U) << "no further keys";
 }
 
-TEST(Report, WhereNothingHappenedTheJsonSaysSoWithEmptyLists) {
+TEST(Report, WithoutEventsAndRefusalsTheJsonHasEmptyLists) {
     const nlohmann::json json = Json(Example());
     EXPECT_EQ(json["events"], nlohmann::json::array());
     EXPECT_EQ(json["refused"], nlohmann::json::object());
     EXPECT_EQ(json["notes"], nlohmann::json::array());
 }
 
-TEST(Report, WhatIsOffOrSilentSaysSo) {
+TEST(Report, SilenceAndKindsThatAreOffAreShownAsSuch) {
     Report report = Example();
     report.settings = {std::nullopt, std::nullopt, false, false};
     report.record.handOffs = 0;
@@ -125,8 +127,8 @@ TEST(Report, WhatIsOffOrSilentSaysSo) {
     report.loudnessBefore = report.loudnessAfter = -INFINITY;
     const std::string table = Table(report);
     EXPECT_NE(table.find("loudness      LUFS      -inf     -inf\n"), std::string::npos) << table;
-    EXPECT_NE(table.find("phase check   off, left channel turned round for 0.00 s\n"
-                         "suppression   off, 0 blocks by way of 32000 Hz\n"
+    EXPECT_NE(table.find("phase check   off, left channel inverted for 0.00 s\n"
+                         "suppression   off, 0 blocks resampled to 32000 Hz\n"
                          "gain          off\n"),
               std::string::npos)
         << table;
@@ -141,7 +143,7 @@ TEST(Report, WhatIsOffOrSilentSaysSo) {
 TEST(Report, SuppressionBelow32000HzComesWithANote) {
     Report report = Example();
     report.record.processingRate = 16000;
-    EXPECT_NE(Table(report).find("note          the suppressor is made for 32000 Hz; at 16000 Hz"),
+    EXPECT_NE(Table(report).find("note          the suppressor works at 32000 Hz; at 16000 Hz"),
               std::string::npos);
     EXPECT_EQ(Json(report)["notes"].size(), 1U);
     report.settings.denoiseLevel.reset();

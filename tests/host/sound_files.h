@@ -14,7 +14,7 @@
 #include "support/signals.h"
 #include "support/temp_dir.h"
 
-/// A sound file as the host sees it.
+/// The contents of a sound file.
 template <typename Sample>
 struct Sound {
     int sampleRate = 0;
@@ -57,7 +57,7 @@ Sound<Sample> ReadSound(const std::string& path) {
     return sound;
 }
 
-/// A WAV header of 16-bit mono at 32000 Hz, whatever is true of it.
+/// A WAV header for 16-bit mono at 32000 Hz with any stated length.
 inline std::string WavHeader(std::uint32_t audioBytes, std::uint32_t rate = 32000,
                              std::uint16_t channels = 1) {
     const auto number = [](std::uint64_t value, int bytes) {
@@ -73,7 +73,7 @@ inline std::string WavHeader(std::uint32_t audioBytes, std::uint32_t rate = 3200
            number(16, 2) + "data" + number(audioBytes, 4);
 }
 
-/// Hours of silence that take no room on the disk.
+/// Hours of silence in a sparse file.
 inline void WriteHoursOfSilence(const std::string& path) {
     constexpr std::uint32_t kBytes = 1'000'000'000;
     const std::string header = WavHeader(kBytes);
@@ -81,7 +81,7 @@ inline void WriteHoursOfSilence(const std::string& path) {
     std::filesystem::resize_file(path, header.size() + kBytes);
 }
 
-/// 16-bit samples of which no two neighbours are alike.
+/// 16-bit samples in which no two neighbours are equal.
 inline std::vector<short> Ramp(std::size_t count) {
     std::vector<short> samples(count);
     for (std::size_t i = 0; i < count; ++i) {
@@ -90,7 +90,7 @@ inline std::vector<short> Ramp(std::size_t count) {
     return samples;
 }
 
-/// Bursts of low-passed noise, a little like speech and unlike itself at any shift.
+/// Bursts of low-passed noise: speech-like, and uncorrelated with itself at any shift.
 inline std::vector<float> Bursts(std::size_t frames, int sampleRate) {
     std::mt19937 random(7);
     std::normal_distribution<double> gauss(0.0, 1.0);
@@ -106,7 +106,7 @@ inline std::vector<float> Bursts(std::size_t frames, int sampleRate) {
     return signal;
 }
 
-/// By how many frames `late` lags `early`, within -limit..limit: where they agree best.
+/// The lag of `late` behind `early` in frames, within -limit..limit, by best match.
 inline int Lag(const std::vector<float>& early, const std::vector<float>& late, int limit) {
     double best = 0.0;
     int bestLag = -limit - 1;

@@ -39,11 +39,11 @@ private:
     std::vector<float> mSamples;
 };
 
-constexpr AudioFormat kMonoFloat = {32000, 1, SampleKind::kFloat};
-constexpr AudioFormat kStereoFloat = {32000, 2, SampleKind::kFloat};
-constexpr AudioFormat kMonoS16 = {32000, 1, SampleKind::kS16};
+constexpr AudioFormat kMonoFloat = {32000, 1, SampleFormat::kFloat};
+constexpr AudioFormat kStereoFloat = {32000, 2, SampleFormat::kFloat};
+constexpr AudioFormat kMonoS16 = {32000, 1, SampleFormat::kS16};
 
-/// All that a feed gives, in blocks.
+/// Reads a feed to its end, in blocks.
 template <typename Sample>
 std::vector<Sample> All(SourceFeed<Sample>& feed, std::size_t blockFrames) {
     std::vector<Sample> all;
@@ -53,7 +53,7 @@ std::vector<Sample> All(SourceFeed<Sample>& feed, std::size_t blockFrames) {
     return all;
 }
 
-TEST(SourceFeed, ASourceOfTheCommonFormatPassesAsItIsInAnyBlocks) {
+TEST(SourceFeed, ASourceOfTheCommonFormatPassesUnchangedInAnyBlocks) {
     const std::vector<float> samples = Bursts(1001, 32000);
     for (const std::size_t block : {1U, 99U, 100U, 101U, 5000U}) {
         SourceFeed<float> feed(std::make_unique<Tape>(kMonoFloat, samples), kMonoFloat);
@@ -62,16 +62,16 @@ TEST(SourceFeed, ASourceOfTheCommonFormatPassesAsItIsInAnyBlocks) {
     }
 }
 
-TEST(SourceFeed, ReadsAheadAsFarAsIsWantedAndSaysWhatIsThere) {
+TEST(SourceFeed, ReadsAheadAsRequestedAndReturnsTheFramesAvailable) {
     SourceFeed<float> feed(std::make_unique<Tape>(kStereoFloat, std::vector<float>(500, 0.5F)),
                            kStereoFloat);
     EXPECT_EQ(feed.Fill(200), 200U);
     EXPECT_EQ(feed.Fill(240), 240U);
     EXPECT_EQ(feed.Fill(1000), 250U) << "250 frames in all";
-    EXPECT_EQ(feed.Fill(10), 10U) << "no more than wanted";
+    EXPECT_EQ(feed.Fill(10), 10U) << "no more than requested";
 }
 
-TEST(SourceFeed, AShorterSourceIsPaddedWithSilenceBehindWhatIsInTheBlock) {
+TEST(SourceFeed, AShorterSourceIsPaddedWithSilence) {
     SourceFeed<short> feed(std::make_unique<Tape>(kMonoS16, std::vector<float>(3, 0.5F)), kMonoS16);
     EXPECT_EQ(feed.Fill(5), 3U);
     std::vector<short> block = {7};
@@ -94,12 +94,12 @@ TEST(SourceFeed, MonoBecomesTwoEqualChannelsAndStereoTheMeanOfBoth) {
     EXPECT_EQ(All(narrow, 10), (std::vector<float>{0.125F, 1.0F}));
 }
 
-TEST(SourceFeed, ASecondAt48000HzIsASecondAt32000AndInItsPlace) {
+TEST(SourceFeed, OneSecondAt48000HzIsOneSecondAt32000HzAndAligned) {
     std::vector<float> in(48000);
     for (std::size_t i = 0; i < in.size(); ++i) {
         in[i] = 0.5F * std::sin(0.06F * static_cast<float>(i));
     }
-    SourceFeed<float> feed(std::make_unique<Tape>(AudioFormat{48000, 1, SampleKind::kFloat}, in),
+    SourceFeed<float> feed(std::make_unique<Tape>(AudioFormat{48000, 1, SampleFormat::kFloat}, in),
                            kMonoFloat);
     EXPECT_EQ(feed.Frames(), 32000);
     const std::vector<float> out = All(feed, 320);

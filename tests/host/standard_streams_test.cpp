@@ -1,4 +1,4 @@
-// The command line with standard streams that are closed, or that end early.
+// The command line with standard streams that are closed or end early.
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -25,7 +25,7 @@ protected:
     }
     ~StandardStreams() override { fs::current_path(mBefore); }
 
-    /// Runs a line of the shell, in which `$clean` is the program with its subcommand.
+    /// Runs a shell command in which `$clean` is the program with its subcommand.
     /// @return its exit status
     int Run(const std::string& line) {
         const std::string clean = "clean=\"'" AUDIO_FILTER_EXECUTABLE "' clean\"; ";
@@ -48,7 +48,7 @@ private:
     fs::path mBefore = fs::current_path();
 };
 
-TEST_F(StandardStreams, WithoutStandardOutputSamplesForItAreSaidToBeLostAndEnterNoOtherFile) {
+TEST_F(StandardStreams, WithoutStandardOutputTheLossOfSamplesIsReportedAndNoOtherFileIsWritten) {
     for (const char* in : {"- --raw s16:32000:1 <in", "in.wav", "in.wav <&-"}) {
         EXPECT_EQ(Run(std::string("$clean -o - --log log ") + in + " >&- 2>err"), 1) << in;
         EXPECT_EQ(ReadFile(File("err")), "audio-filter: standard output: cannot be written\n");
@@ -57,7 +57,7 @@ TEST_F(StandardStreams, WithoutStandardOutputSamplesForItAreSaidToBeLostAndEnter
     EXPECT_EQ(ReadFile(File("in")).size(), 64000U);
 }
 
-TEST_F(StandardStreams, WhicheverAreClosedTheOutputAndTheLogAreTheSame) {
+TEST_F(StandardStreams, ClosedStandardStreamsChangeNeitherOutputNorLog) {
     ASSERT_EQ(Run("$clean in.wav -o expected.wav --quiet"), 0);
     const std::string expected = ReadFile(File("expected.wav"));
     for (const std::string closed :
@@ -71,15 +71,15 @@ TEST_F(StandardStreams, WhicheverAreClosedTheOutputAndTheLogAreTheSame) {
     }
 }
 
-TEST_F(StandardStreams, WithoutStandardInputThereIsNothingToReadAndNothingIsLeft) {
+TEST_F(StandardStreams, WithoutStandardInputTheReadFailsAndNoFileRemains) {
     EXPECT_EQ(Run("$clean - --raw s16:32000:1 -o out.wav <&- 2>err"), 1);
     EXPECT_EQ(ReadFile(File("err")), "audio-filter: standard input: cannot be read\n");
     EXPECT_FALSE(fs::exists(File("out.wav")));
 }
 
-TEST_F(StandardStreams, APipeWhoseReaderLeavesAfter100BytesIsSaid) {
+TEST_F(StandardStreams, APipeWhoseReaderClosesAfter100BytesIsReported) {
     ASSERT_EQ(mkfifo(File("pipe").c_str(), 0600), 0);
-    // More than a pipe holds, so that it cannot all be written before the reader leaves.
+    // More than a pipe holds, so that the reader closes it before everything is written.
     WriteSound<short>(File("long.wav"), {32000, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16, Ramp(320000)});
     for (const char* in : {"long.wav", "- --raw s16:32000:1 </dev/zero"}) {
         EXPECT_EQ(Run(std::string("head -c 100 <pipe >/dev/null & $clean -o - --quiet ") + in +
@@ -89,7 +89,7 @@ TEST_F(StandardStreams, APipeWhoseReaderLeavesAfter100BytesIsSaid) {
     }
 }
 
-TEST_F(StandardStreams, APipeThatClosesInsideAFrameIsSaidAndLeavesNothing) {
+TEST_F(StandardStreams, APipeThatClosesInsideAFrameIsReportedAndLeavesNoFile) {
     ASSERT_EQ(mkfifo(File("pipe").c_str(), 0600), 0);
     EXPECT_EQ(Run("head -c 4003 in >pipe & $clean - --raw s16:32000:2 -o out.wav <pipe 2>err"), 1);
     EXPECT_EQ(ReadFile(File("err")),
@@ -97,10 +97,11 @@ TEST_F(StandardStreams, APipeThatClosesInsideAFrameIsSaidAndLeavesNothing) {
     EXPECT_FALSE(fs::exists(File("out.wav")));
     EXPECT_EQ(Run("head -c 4000 in >pipe & $clean - --raw s16:32000:2 --quiet -o out.wav <pipe"),
               0);
-    EXPECT_EQ(ReadSound<short>(File("out.wav")).samples.size(), 2000U) << "an end between two";
+    EXPECT_EQ(ReadSound<short>(File("out.wav")).samples.size(), 2000U)
+        << "an end between two frames";
 }
 
-TEST_F(StandardStreams, APipeInThePlaceOfAFileIsRefusedAndNotWaitedFor) {
+TEST_F(StandardStreams, APipeInPlaceOfAFileIsRefusedWithoutBlocking) {
     ASSERT_EQ(mkfifo(File("pipe.wav").c_str(), 0600), 0);
     EXPECT_EQ(Run("$clean pipe.wav -o out.wav 2>err"), 1);
     EXPECT_EQ(ReadFile(File("err")), "audio-filter: pipe.wav: not a regular file\n");
