@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "common/result_code.h"
 #include "host/failure.h"
 
 namespace {
@@ -87,7 +88,7 @@ void FilterStream<Sample>::Switch(const FilterSettings& settings, bool first) {
         const SampleFmt fmt =
             mFormat.samples == SampleFormat::kS16 ? SAMPLE_FMT_S16 : SAMPLE_FMT_FLT;
         const int code = mFilter.Init(mFormat.sampleRate, mFormat.channels, fmt, &switches);
-        if (code != 0) {
+        if (code != RESULT_OK) {
             throw Failure("the filter rejected the stream with code " + std::to_string(code));
         }
     } else {
@@ -155,12 +156,12 @@ void FilterStream<Sample>::Process(Block blocks) {
     const int code = mFilter.Process(Bytes(blocks), Bytes(out), size, mSources, mParam, 0);
     NoteCorrections(before, blocks);
     const std::int64_t frames = FramesOf(blocks) / static_cast<std::int64_t>(mSources.size());
-    if (code == 9) {
+    if (code == RESULT_NEEDS_RESAMPLING) {
         CutTo(out, size);
         HandOff(std::move(out));
         return;
     }
-    if (code != 0) {
+    if (code != RESULT_OK) {
         NoteRefusal("Process", std::to_string(code));
         out = before;
         Limit(out, frames);
@@ -205,7 +206,7 @@ void FilterStream<Sample>::HandOff(Block block) {
         int size = ByteCount(block);
         const int code =
             mFilter.SyncProcessDelay(Bytes(block), Bytes(block), size, {AV_SOURCE_MICROPHONE});
-        if (code != 0) {
+        if (code != RESULT_OK) {
             NoteRefusal("SyncProcessDelay", std::to_string(code));
         }
     }
@@ -223,7 +224,7 @@ void FilterStream<Sample>::ProcessResampled(Block block) {
         int size = ByteCount(piece);
         const int code = mFilter.ProcessResample(Bytes(piece), Bytes(out), size,
                                                  {AV_SOURCE_MICROPHONE}, mParam, 0);
-        if (code == 12) {
+        if (code == RESULT_RESAMPLED) {
             CutTo(out, size);
             mSuppressed += frames;
             mToDrop -= Drop(out, mToDrop);

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "audio_filter/audio_filter.h"
+#include "common/result_code.h"
 #include "host/failure.h"
 #include "host/filter_settings.h"
 #include "host/raw_stream.h"

@@ -65,20 +65,20 @@ TEST_F(AudioReaderTest, A16BitWavIsReadSampleBySample) {
 }
 
 TEST_F(AudioReaderTest, IntegersOfUpTo16BitsAndLossyCodecsAre16BitAndTheRestFloat) {
-    const auto kind = [this](int format) {
+    const auto samplesOf = [this](int format) {
         return AudioReader(Write("a", format)).Format().samples;
     };
-    EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_PCM_U8), SampleFormat::kS16);
-    EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_ULAW), SampleFormat::kS16);
-    EXPECT_EQ(kind(SF_FORMAT_FLAC | SF_FORMAT_PCM_16), SampleFormat::kS16);
-    EXPECT_EQ(kind(SF_FORMAT_OGG | SF_FORMAT_VORBIS), SampleFormat::kS16);
-    EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_PCM_24), SampleFormat::kFloat);
-    EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_PCM_32), SampleFormat::kFloat);
-    EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_FLOAT), SampleFormat::kFloat);
-    EXPECT_EQ(kind(SF_FORMAT_WAV | SF_FORMAT_DOUBLE), SampleFormat::kFloat);
-    EXPECT_EQ(kind(SF_FORMAT_FLAC | SF_FORMAT_PCM_24), SampleFormat::kFloat);
-    EXPECT_EQ(kind(SF_FORMAT_WAVEX | SF_FORMAT_PCM_16), SampleFormat::kS16);
-    EXPECT_EQ(kind(SF_FORMAT_RF64 | SF_FORMAT_PCM_16), SampleFormat::kS16);
+    EXPECT_EQ(samplesOf(SF_FORMAT_WAV | SF_FORMAT_PCM_U8), SampleFormat::kS16);
+    EXPECT_EQ(samplesOf(SF_FORMAT_WAV | SF_FORMAT_ULAW), SampleFormat::kS16);
+    EXPECT_EQ(samplesOf(SF_FORMAT_FLAC | SF_FORMAT_PCM_16), SampleFormat::kS16);
+    EXPECT_EQ(samplesOf(SF_FORMAT_OGG | SF_FORMAT_VORBIS), SampleFormat::kS16);
+    EXPECT_EQ(samplesOf(SF_FORMAT_WAV | SF_FORMAT_PCM_24), SampleFormat::kFloat);
+    EXPECT_EQ(samplesOf(SF_FORMAT_WAV | SF_FORMAT_PCM_32), SampleFormat::kFloat);
+    EXPECT_EQ(samplesOf(SF_FORMAT_WAV | SF_FORMAT_FLOAT), SampleFormat::kFloat);
+    EXPECT_EQ(samplesOf(SF_FORMAT_WAV | SF_FORMAT_DOUBLE), SampleFormat::kFloat);
+    EXPECT_EQ(samplesOf(SF_FORMAT_FLAC | SF_FORMAT_PCM_24), SampleFormat::kFloat);
+    EXPECT_EQ(samplesOf(SF_FORMAT_WAVEX | SF_FORMAT_PCM_16), SampleFormat::kS16);
+    EXPECT_EQ(samplesOf(SF_FORMAT_RF64 | SF_FORMAT_PCM_16), SampleFormat::kS16);
 }
 
 TEST_F(AudioReaderTest, OggVorbisIsReadAsSaturated16Bit) {
