@@ -77,10 +77,11 @@ void Declare(CLI::App& app, Arguments& arguments) {
         "IN", arguments.files,
         "WAV, FLAC or Ogg files, mono or stereo; the first is the microphone, the others are "
         "further sources; - for raw samples from standard input");
-    clean.add_option("--source", arguments.sources, "another file, with its source type")
-        ->check(Parsed(ParseSource, "TYPE=FILE with TYPE microphone, 1, 2 or 3"))
-        ->allow_extra_args(false)
-        ->type_name("TYPE=FILE");
+    clean
+        .add_option("--source", arguments.sources,
+                    "another file; TYPE is its source type: microphone, 1, 2 or 3")
+        ->check(Parsed(ParseSource, "TYPE=FILE"))
+        ->allow_extra_args(false);
     clean
         .add_option("-o,--output", arguments.job.output,
                     "WAV or FLAC file to write; - for raw samples to standard output")
