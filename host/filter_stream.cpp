@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "audio_filter/stream_rate.h"
 #include "common/result_code.h"
 #include "host/failure.h"
 
@@ -36,11 +37,6 @@ std::vector<Sample> Convert(RateConverter& converter, const std::vector<Sample>&
     std::vector<Sample> converted(floats.size());
     std::transform(floats.begin(), floats.end(), converted.begin(), FromFloat<Sample>);
     return converted;
-}
-
-/// The suppressor's rate for a stream, as AudioFilter chooses it.
-int SuppressorRate(int sampleRate) {
-    return sampleRate > 16000 ? 32000 : sampleRate > 8000 ? 16000 : 8000;
 }
 
 /// Latency of the suppressor in frames: 96 samples of a band (48 at 8000 Hz) are 192 (96) of the
