@@ -43,7 +43,7 @@ struct Pool : ProcessDataPool {
     Pool() : ProcessDataPool(4, false, 100, 1000) {}
 };
 
-TEST(AllocationFaults, ACopyOfARecordThrowsAndATargetOfAnAssignmentTakesTheNextOne) {
+TEST(AllocationFaults, ACopyOfARecordThrowsAndAFailedAssignmentCanBeRepeated) {
     const AVParam source = Filled();
     const int copies = FailEach([] { return std::make_unique<std::unique_ptr<AVParam>>(); },
                                 [&](std::unique_ptr<AVParam>& copy) {
@@ -69,7 +69,7 @@ TEST(AllocationFaults, ACopyOfARecordThrowsAndATargetOfAnAssignmentTakesTheNextO
     Report("assignments of AVParam", assignments);
 }
 
-TEST(AllocationFaults, UserDataThatCannotBeAssignedKeepItsOldBytes) {
+TEST(AllocationFaults, UserDataKeepsItsBytesWhenAnAssignmentFails) {
     const UserBytes source(100);
     const int failures = FailEach([] { return std::make_unique<UserBytes>(50); },
                                   [&](UserBytes& target) {
@@ -84,7 +84,7 @@ TEST(AllocationFaults, UserDataThatCannotBeAssignedKeepItsOldBytes) {
     Report("assignments and copies of ProcessUsrData", failures);
 }
 
-TEST(AllocationFaults, APoolThatCannotBeMadeThrowsAndTheNextOneCan) {
+TEST(AllocationFaults, APoolWithoutMemoryThrowsAndTheNextOneIsMade) {
     const int failures =
         FailEach([] { return std::make_unique<std::unique_ptr<ProcessDataPool>>(); },
                  [](std::unique_ptr<ProcessDataPool>& pool) {
@@ -97,8 +97,8 @@ TEST(AllocationFaults, APoolThatCannotBeMadeThrowsAndTheNextOneCan) {
     Report("ProcessDataPool", failures);
 }
 
-/// The parameters are copied by who calls, before the pool is asked.
-TEST(AllocationFaults, APoolOutOfMemoryHandsOutNothingAndKeepsItsFreeEntries) {
+/// The caller copies the parameters, before the pool runs.
+TEST(AllocationFaults, APoolWithoutMemoryHandsOutNothingAndKeepsItsFreeEntries) {
     const AVParam param = Filled();
     UserBytes usr(200);
     char bytes[300] = {1, 2, 3};
@@ -132,7 +132,7 @@ TEST(AllocationFaults, APoolOutOfMemoryHandsOutNothingAndKeepsItsFreeEntries) {
     Report("ProcessDataPool::GetProcessData", failures);
 }
 
-TEST(AllocationFaults, ABufferThatCannotGrowIsKept) {
+TEST(AllocationFaults, ABufferThatCannotGrowKeepsItsBytes) {
     const int failures = FailEach(
         [] {
             auto pool = std::make_unique<Pool>();

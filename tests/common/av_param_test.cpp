@@ -10,30 +10,30 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-std::string Told(const std::string& text) {
+std::string Printed(const std::string& text) {
     return "'" + text + "'";
 }
 
-std::string Told(const std::vector<LANGUAGE_TYPE>& languages) {
-    std::string told = "[";
+std::string Printed(const std::vector<LANGUAGE_TYPE>& languages) {
+    std::string text = "[";
     for (const LANGUAGE_TYPE language : languages) {
-        told += std::to_string(language) + " ";
+        text += std::to_string(language) + " ";
     }
-    return told + "]";
+    return text + "]";
 }
 
 template <typename Number>
-std::string Told(Number number) {
+std::string Printed(Number number) {
     return std::to_string(number);
 }
 
-/// Tells every member.
-struct Teller {
+/// Prints every member.
+struct Printer {
     template <typename Member>
     void operator()(Member& member) {
-        told.push_back(Told(member));
+        texts.push_back(Printed(member));
     }
-    Texts told;
+    Texts texts;
 };
 
 /// Gives every member a value of its own.
@@ -52,7 +52,7 @@ struct Filler {
     int number;
 };
 
-/// Goes through the members of a record by where they lie, not by what they are called.
+/// Visits the members of a record by their position, not by name.
 template <typename Visitor>
 class Walk {
 public:
@@ -132,7 +132,7 @@ void OfAVParam(Walk<Visitor>& walk) {
         .template Take<std::int64_t>(6);
 }
 
-/// All members of a record, in order. @return the bytes that they take
+/// Visits all members of a record in order. @return the bytes that they take
 template <typename Record, typename Visitor>
 std::size_t Visit(Record& record, Visitor& visitor, void (*members)(Walk<Visitor>&)) {
     char* begin = reinterpret_cast<char*>(&record);
@@ -142,10 +142,10 @@ std::size_t Visit(Record& record, Visitor& visitor, void (*members)(Walk<Visitor
 }
 
 template <typename Record>
-Texts AllOf(Record& record, void (*members)(Walk<Teller>&)) {
-    Teller teller;
-    EXPECT_EQ(Visit(record, teller, members), sizeof(Record)) << "members that are not listed";
-    return teller.told;
+Texts AllOf(Record& record, void (*members)(Walk<Printer>&)) {
+    Printer printer;
+    EXPECT_EQ(Visit(record, printer, members), sizeof(Record)) << "members missing from the list";
+    return printer.texts;
 }
 
 Texts operator+(Texts a, const Texts& b) {
@@ -163,32 +163,32 @@ const Texts kAVParam = Texts{"-1", "4", "''", "-1", "-1", "-1", "13"} + kVBGPara
                        kAIPar + Texts{"0", "0", "0", "0", "0", "0"};
 
 template <typename Record>
-void ExpectDeepCopies(void (*tell)(Walk<Teller>&), void (*fill)(Walk<Filler>&)) {
+void ExpectDeepCopies(void (*print)(Walk<Printer>&), void (*fill)(Walk<Filler>&)) {
     Record original;
     Filler filler{100};
     Visit(original, filler, fill);
-    const Texts before = AllOf(original, tell);
+    const Texts before = AllOf(original, print);
 
     Record copy(original);
     Record assigned;
-    EXPECT_NE(AllOf(assigned, tell), before);
+    EXPECT_NE(AllOf(assigned, print), before);
     Record& same = (assigned = original);
     EXPECT_EQ(&same, &assigned);
     Filler again{5001};
     Visit(original, again, fill);
-    EXPECT_EQ(AllOf(copy, tell), before);
-    EXPECT_EQ(AllOf(assigned, tell), before);
-    EXPECT_NE(AllOf(original, tell), before);
+    EXPECT_EQ(AllOf(copy, print), before);
+    EXPECT_EQ(AllOf(assigned, print), before);
+    EXPECT_NE(AllOf(original, print), before);
 
     const Record& self = copy;
     copy = self;
-    EXPECT_EQ(AllOf(copy, tell), before);
+    EXPECT_EQ(AllOf(copy, print), before);
     copy = Record();
     Record fresh;
-    EXPECT_EQ(AllOf(copy, tell), AllOf(fresh, tell));
+    EXPECT_EQ(AllOf(copy, print), AllOf(fresh, print));
 }
 
-TEST(AVParam, TheDefaultsOfAll72MembersLieInOrder) {
+TEST(AVParam, All72MembersHaveTheirDefaultsInOrder) {
     AVParam param;
     EXPECT_EQ(AllOf(param, OfAVParam), kAVParam);
     EXPECT_EQ(kAVParam.size(), 72U);
@@ -205,7 +205,7 @@ TEST(AVParam, ADefaultRecordCopiedAndAssignedKeepsEveryDefault) {
     EXPECT_EQ(AllOf(assigned, OfAVParam), kAVParam);
 }
 
-TEST(AVParam, TheSeventhValueOfTheAudioFormatIsCopiedAsItIs) {
+TEST(AVParam, TheSeventhAudioValueIsCopiedUnchanged) {
     AVParam param;
     param.audioFlags = -77;
     const AVParam copy(param);
@@ -215,23 +215,23 @@ TEST(AVParam, TheSeventhValueOfTheAudioFormatIsCopiedAsItIs) {
     EXPECT_EQ(assigned.audioFlags, -77);
 }
 
-TEST(AVParam, TheAudioFormatIsTheFirstThreeOfTheSevenValues) {
+TEST(AVParam, TheAudioFormatIsTheFirstThreeOfSevenAudioValues) {
     AVParam param;
     param.audioSampleRate = 44100;
     param.audioChannels = 2;
     param.audioSampleFmt = SAMPLE_FMT_S16;
-    const Texts told = AllOf(param, OfAVParam);
+    const Texts printed = AllOf(param, OfAVParam);
     const std::size_t first = 7 + kVBGParams.size() + 4;
-    EXPECT_EQ(told[first], "44100");
-    EXPECT_EQ(told[first + 1], "2");
-    EXPECT_EQ(told[first + 2], "1");
+    EXPECT_EQ(printed[first], "44100");
+    EXPECT_EQ(printed[first + 1], "2");
+    EXPECT_EQ(printed[first + 2], "1");
 }
 
 TEST(AVParam, CopiesAreDeep) {
     ExpectDeepCopies<AVParam>(OfAVParam, OfAVParam);
 }
 
-TEST(VBGParams, TheDefaultsOfAll31MembersLieInOrder) {
+TEST(VBGParams, All31MembersHaveTheirDefaultsInOrder) {
     VBGParams params;
     EXPECT_EQ(AllOf(params, OfVBGParams), kVBGParams);
     EXPECT_EQ(kVBGParams.size(), 31U);
@@ -241,7 +241,7 @@ TEST(VBGParams, CopiesAreDeep) {
     ExpectDeepCopies<VBGParams>(OfVBGParams, OfVBGParams);
 }
 
-TEST(AIPar, TheDefaultsOfAll17MembersLieInOrder) {
+TEST(AIPar, All17MembersHaveTheirDefaultsInOrder) {
     AIPar params;
     EXPECT_EQ(AllOf(params, OfAIPar), kAIPar);
     EXPECT_EQ(kAIPar.size(), 17U);
@@ -308,7 +308,7 @@ TEST(ProcessUsrData, AssigningFromItselfChangesNothing) {
     EXPECT_EQ(usr.data, block);
     EXPECT_EQ(BytesIn(usr), "mine");
 
-    usr.size = 0;  // not even a record that would empty another
+    usr.size = 0;  // a record that empties any other target
     usr = self;
     EXPECT_EQ(usr.data, block);
     EXPECT_EQ(usr.size, 0);
@@ -325,7 +325,7 @@ TEST(ProcessUsrData, AssigningEqualSizesKeepsTheBlock) {
     EXPECT_EQ(BytesIn(usr), "five");
 }
 
-TEST(ProcessUsrData, AssigningOtherSizesMakesABlockOfThatSize) {
+TEST(ProcessUsrData, AssigningAnotherSizeAllocatesABlockOfThatSize) {
     ProcessUsrData usr;
     for (const char* bytes : {"a longer text", "short", "x", "a text that is longer still"}) {
         usr = Holding(bytes);
@@ -348,7 +348,7 @@ TEST(ProcessUsrData, AssigningSize0OrNoBytesEmptiesTheTarget) {
     }
 }
 
-TEST(ProcessUsrData, ATargetThatHasASizeButNoBytesGetsABlock) {
+TEST(ProcessUsrData, ATargetWithASizeButNoBytesGetsABlock) {
     ProcessUsrData usr;
     usr.size = 4;
     usr = Holding("four");

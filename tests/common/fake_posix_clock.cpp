@@ -9,7 +9,7 @@ FakePosixClock& ThePosixClock() {
     return clock;
 }
 
-// The names are the linker's.
+// The names that --wrap links to.
 extern "C" {
 
 int __real_clock_gettime(clockid_t clock, timespec* now);
@@ -22,7 +22,7 @@ int __wrap_clock_gettime(clockid_t clock, timespec* now) {
         return __real_clock_gettime(clock, now);
     }
     *now = *ThePosixClock().now;
-    ThePosixClock().asked = clock;
+    ThePosixClock().read = clock;
     return 0;
 }
 

@@ -3,14 +3,14 @@
 #include <ctime>
 #include <optional>
 
-/// Stands between the library and the C library's clocks (the linker wraps the calls): passes them
-/// on unless a test has set what they are to answer.
+/// Replaces the C library's clock calls, which the linker wraps. A call goes through to the C
+/// library unless a test sets its result here.
 struct FakePosixClock {
-    std::optional<timespec> now;       ///< what clock_gettime answers
-    std::optional<clockid_t> asked;    ///< the clock that it was asked for last
-    std::optional<std::time_t> time;   ///< what time answers
-    std::optional<timespec> deadline;  ///< of the latest timed wait on a condition
-    bool waitTimesOut = false;         ///< whether such a wait ends at once
+    std::optional<timespec> now;       ///< result of clock_gettime
+    std::optional<clockid_t> read;     ///< clock that clock_gettime read last
+    std::optional<std::time_t> time;   ///< result of time
+    std::optional<timespec> deadline;  ///< of the last timed wait on a condition
+    bool waitTimesOut = false;         ///< makes a timed wait end immediately
 };
 
 FakePosixClock& ThePosixClock();

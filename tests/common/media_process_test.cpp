@@ -10,11 +10,11 @@
 
 namespace {
 
-TEST(ProcessTypes, NameOf6IsVdieoBrightenLettersTransposed) {
+TEST(ProcessTypes, TheNameOf6IsMisspelledVdieoBrighten) {
     EXPECT_EQ(kProcessTypeNames[VP_BRIGHTEN], "VdieoBrighten");
 }
 
-TEST(ProcessTypes, FifteenNamesStandInTheOrderOfTheirValues) {
+TEST(ProcessTypes, FifteenNamesAreInTheOrderOfTheirValues) {
     EXPECT_EQ(std::size(kProcessTypeNames), 15U);
     EXPECT_EQ(kProcessTypeNames[AP_DENOISE], "AudioDenoise");
     EXPECT_EQ(kProcessTypeNames[AP_PHASE_CHECK], "AudioPhaseCheck");

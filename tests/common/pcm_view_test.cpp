@@ -25,7 +25,7 @@ TEST(PcmView, AViewOfConstSamplesReadsConstBytes) {
     EXPECT_EQ(samples.Get(1), -8);
 }
 
-TEST(PcmView, APartIsSamplesFromTheMiddle) {
+TEST(PcmView, APartIsAViewOfConsecutiveSamples) {
     short values[4] = {1, 2, 3, 4};
     PcmView<short> part = PcmView<short>(values, 4).Part(1, 2);
     EXPECT_EQ(part.Size(), 2U);

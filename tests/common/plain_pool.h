@@ -9,7 +9,7 @@
 
 #include "common/process_data_pool.h"
 
-/// The rules of the pool's two lists, in entry numbers.
+/// Reference model of the pool's two lists. Entries are numbers.
 struct PlainPool {
     explicit PlainPool(int count) : entries(count), maximum(count), references(Index(count)) {
         for (int i = 0; i < count; ++i) {
@@ -42,7 +42,7 @@ struct PlainPool {
         if (static_cast<int>(free.size()) == maximum - 1) {
             inUse.clear();
         } else {
-            inUse.erase(inUse.begin(), place + 1);  // of the newest, that is all
+            inUse.erase(inUse.begin(), place + 1);  // the newest takes all others with it
         }
         free.push_front(entry);
     }
@@ -62,11 +62,13 @@ inline void ExpectSameLists(ProcessDataPool& pool, const PlainPool& plain) {
     for (const ProcessData* entry = pool.mFree; entry != nullptr; entry = entry->mNext) {
         free.push_back(number(entry));
         ASSERT_EQ(entry->data, nullptr);
+        ASSERT_EQ(entry->mOlder, nullptr);
     }
     std::deque<int> inUse;
     for (const ProcessData* entry = pool.mInUse; entry != nullptr; entry = entry->mOlder) {
         inUse.push_front(number(entry));
     }
+    ASSERT_TRUE(pool.mInUse == nullptr || pool.mInUse->mNext == nullptr);
     ASSERT_EQ(free, plain.free);
     ASSERT_EQ(inUse, plain.inUse);
     const ProcessData* front = pool.GetFrontInputData();

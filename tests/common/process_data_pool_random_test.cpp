@@ -24,14 +24,14 @@ void RunRandomOperations(std::mt19937& random, int entries) {
                                 : pool.GetProcessData(bytes, size, AVParam(), 1ULL, nullptr);
             ASSERT_EQ(entry, expected < 0 ? nullptr : pool.mStorage + expected);
         } else if (choice < 80 && !plain.inUse.empty()) {
-            // Mostly the oldest: any other loses entries.
+            // Mostly the oldest: releasing any other loses entries.
             const int last = static_cast<int>(plain.inUse.size()) - 1;
             const int place = RandomInt(random, 0, 19) == 0 ? RandomInt(random, 0, last) : 0;
             const int entry = plain.inUse[PlainPool::Index(place)];
             pool.mStorage[entry].SelfRelease();
             plain.Release(entry);
         } else if (choice < 90 && entries > 0) {
-            const int entry = RandomInt(random, 0, entries - 1);  // free and lost ones, too
+            const int entry = RandomInt(random, 0, entries - 1);  // including free and lost ones
             if (RandomInt(random, 0, 9) == 0 || plain.references[PlainPool::Index(entry)] == 0) {
                 pool.mStorage[entry].SelfRelease();
                 plain.Release(entry);
@@ -58,12 +58,12 @@ TEST(ProcessDataPoolRandom, OneHundredRunsOf300OperationsFollowThePlainModel) {
     }
 }
 
-TEST(ProcessDataPoolThreads, AConsumerTakes5000BuffersInTheOrderOfTheirProducer) {
+TEST(ProcessDataPoolThreads, AConsumerTakes5000BuffersInTheOrderOfTheProducer) {
     constexpr int kBuffers = 5000;
     ProcessDataPool pool(8, false, 3, 0);
     std::jthread producer([&pool] {
         for (int sent = 0; sent < kBuffers;) {
-            if (pool.GetFreeDataSize() < 2) {  // the last entry would never come back
+            if (pool.GetFreeDataSize() < 2) {  // the last entry never comes back
                 std::this_thread::yield();
                 continue;
             }
@@ -101,11 +101,11 @@ TEST(ProcessDataPoolThreads, AConsumerTakes5000BuffersInTheOrderOfTheirProducer)
     EXPECT_EQ(pool.GetFrontInputData(), nullptr);
 }
 
-/// Two references to each entry, released on two threads; arrival and release cross.
+/// Two references to each entry, released on two threads, so that entries are lost on the way.
 TEST(ProcessDataPoolThreads, BuffersOfFourThreadsKeepTheirBytesUntilTheLastOfTwoReleases) {
     constexpr int kPools = 100;
     constexpr int kEntries = 32;
-    std::atomic<int> spoilt = 0;
+    std::atomic<int> corrupted = 0;
     for (int run = 0; run < kPools; ++run) {
         ProcessDataPool pool(kEntries, false, 2, 0);
         std::atomic<ProcessData*> passedOn = nullptr;
@@ -116,12 +116,12 @@ TEST(ProcessDataPoolThreads, BuffersOfFourThreadsKeepTheirBytesUntilTheLastOfTwo
                 if (entry != nullptr) {
                     ProcessData* other = passedOn.exchange(entry->SelfCopy());
                     if (std::memcmp(entry->data, bytes, 3) != 0) {
-                        ++spoilt;
+                        ++corrupted;
                     }
                     entry->SelfRelease();
                     if (other != nullptr) {
                         if (other->data[0] != other->data[2]) {
-                            ++spoilt;
+                            ++corrupted;
                         }
                         other->SelfRelease();
                     }
@@ -143,7 +143,7 @@ TEST(ProcessDataPoolThreads, BuffersOfFourThreadsKeepTheirBytesUntilTheLastOfTwo
             passedOn.load()->SelfRelease();
         }
     }
-    EXPECT_EQ(spoilt, 0);
+    EXPECT_EQ(corrupted, 0);
 }
 
 }  // namespace

@@ -3,14 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
-#include <cstring>
-#include <set>
 #include <string>
-#include <thread>
 #include <vector>
 
-#include "support/seed.h"
+#include "common/steady_time.h"
+
+using namespace audio_filter::internal;
 
 namespace {
 
@@ -99,7 +97,7 @@ TEST(ProcessDataPool, APoolOf1EntryIsEmptyAfterItsFirstUse) {
     EXPECT_EQ(pool.GetFrontInputData(), only);
 }
 
-TEST(ProcessDataPool, TheLastEntryOnceReleasedIsGoneForGood) {
+TEST(ProcessDataPool, TheLastEntryNeverComesBack) {
     Pool pool(3);
     ProcessData* entries[] = {pool.Get(), pool.Get(), pool.Get()};
     EXPECT_EQ(entries[2], pool.mStorage + 2);
@@ -114,7 +112,7 @@ TEST(ProcessDataPool, TheLastEntryOnceReleasedIsGoneForGood) {
     EXPECT_EQ(pool.Get(), nullptr);
 }
 
-TEST(ProcessDataPool, AnEntryCarriesWhatItWasGivenAndOneReference) {
+TEST(ProcessDataPool, AnEntryCarriesItsPayloadParametersAndUserDataAndOneReference) {
     Pool pool(2);
     AVParam param;
     param.audioSampleRate = 48000;
@@ -170,7 +168,7 @@ TEST(ProcessDataPool, ANegativeSizeOrMissingBytesHandOutNothingAndTheEntryStaysF
     EXPECT_EQ(pool.Get(), pool.mStorage);
 }
 
-TEST(ProcessDataPool, TheFrontIsTheOldestAndHasNoReferenceOfItsOwn) {
+TEST(ProcessDataPool, TheFrontIsTheOldestAndAddsNoReference) {
     Pool pool(4);
     ProcessData* oldest = pool.Get();
     ProcessData* middle = pool.Get();
@@ -185,7 +183,7 @@ TEST(ProcessDataPool, TheFrontIsTheOldestAndHasNoReferenceOfItsOwn) {
     EXPECT_EQ(pool.GetFrontInputData(), nullptr);
 }
 
-TEST(ProcessDataPool, ReleasedInTheOrderOfArrivalAllComeBackTheLatestReleasedFirst) {
+TEST(ProcessDataPool, ReleasedInArrivalOrderAllComeBackTheLatestReleasedFirst) {
     Pool pool(4);
     ProcessData* entries[] = {pool.Get(), pool.Get(), pool.Get()};
     for (ProcessData* entry : entries) {
@@ -195,14 +193,14 @@ TEST(ProcessDataPool, ReleasedInTheOrderOfArrivalAllComeBackTheLatestReleasedFir
     EXPECT_EQ(pool.GetFreeDataSize(), 4);
 }
 
-TEST(ProcessDataPool, ReleasingTheNewestFirstEmptiesTheListAndTheOlderCanNeverComeBack) {
+TEST(ProcessDataPool, ReleasingTheNewestFirstEmptiesTheListAndTheOlderEntriesNeverComeBack) {
     Pool pool(4);
     ProcessData* oldest = pool.Get("oldest");
     ProcessData* middle = pool.Get("middle");
     pool.Get("newest")->SelfRelease();
     EXPECT_EQ(pool.GetFrontInputData(), nullptr);
     EXPECT_EQ(pool.GetFreeDataSize(), 2);
-    EXPECT_EQ(std::string(oldest->data, 6), "oldest");  // still valid for who holds it
+    EXPECT_EQ(std::string(oldest->data, 6), "oldest");  // still valid for its holder
     oldest->SelfRelease();
     middle->SelfRelease();
     EXPECT_EQ(pool.GetFreeDataSize(), 2);
@@ -238,12 +236,12 @@ TEST(ProcessDataPool, AnEntryWithTwoReferencesStaysInUseUntilTheSecondRelease) {
     EXPECT_EQ(pool.GetFreeDataSize(), 3);
 }
 
-TEST(ProcessDataPool, AnEntryThatCameBackKeepsNoMemoryOnceThePoolIsEnteredAgain) {
+TEST(ProcessDataPool, AReturnedEntryKeepsNoMemoryAfterTheNextPoolOperation) {
     Pool pool(2);
     OneByte usr;
     ProcessData* entry = pool.Get("a long payload", &usr);
     entry->SelfRelease();
-    pool.Get();  // enters the pool, and takes the entry anew
+    pool.Get();  // checks the free list, then takes the same entry
     EXPECT_EQ(entry->capacity, 1);
     EXPECT_EQ(entry->userData, nullptr);
     entry->SelfRelease();
@@ -299,17 +297,19 @@ TEST(ProcessDataPool, AnEntryOfAnotherPoolIsNotTakenBack) {
     EXPECT_FALSE(pool.CheckData(foreign));
 }
 
-TEST(ProcessDataPool, ACountOfFreeEntriesAboveTheMaximumIsSetToItAndNothingIsAdded) {
-    Pool pool(3);
-    ProcessData* entry = pool.Get();
-    pool.mFreeCount = 5;
-    pool.RecycleData(entry);
-    EXPECT_EQ(pool.GetFreeDataSize(), 3);
-    EXPECT_EQ(pool.Free().size(), 2U);
-    EXPECT_TRUE(pool.CheckData(entry));
+TEST(ProcessDataPool, AFreeCountOfTheMaximumOrMoreIsSetToTheMaximumAndNothingIsAdded) {
+    for (const int count : {3, 5}) {
+        Pool pool(3);
+        ProcessData* entry = pool.Get();
+        pool.mFreeCount = count;
+        pool.RecycleData(entry);
+        EXPECT_EQ(pool.GetFreeDataSize(), 3);
+        EXPECT_EQ(pool.Free().size(), 2U);
+        EXPECT_TRUE(pool.CheckData(entry));
+    }
 }
 
-TEST(ProcessDataPool, AnEntryCutOffFromItsNewerNeighbourIsDroppedWithTheMaximum) {
+TEST(ProcessDataPool, AnEntryCutOffFromItsNewerNeighbourIsDroppedAndTheMaximumFallsBy1) {
     Pool pool(6);
     ProcessData* cut = pool.Get();
     pool.Get();
@@ -321,7 +321,7 @@ TEST(ProcessDataPool, AnEntryCutOffFromItsNewerNeighbourIsDroppedWithTheMaximum)
     EXPECT_EQ(pool.Free().size(), 3U);
 }
 
-TEST(ProcessDataPool, TheOnlyEntryInUseByTheCountEmptiesTheListEvenIfItIsNotTheNewest) {
+TEST(ProcessDataPool, AtACountOfOneInUseAnyListedEntryEmptiesTheList) {
     Pool pool(3);
     ProcessData* entry = pool.Get();
     pool.Get();
@@ -331,7 +331,7 @@ TEST(ProcessDataPool, TheOnlyEntryInUseByTheCountEmptiesTheListEvenIfItIsNotTheN
     EXPECT_EQ(pool.Free().front(), entry);
 }
 
-TEST(ProcessDataPool, UnlessThatLeavesOneInUseWhenItComesBackAfterAll) {
+TEST(ProcessDataPool, ACutOffEntryStillComesBackIfOneEntryIsThenInUse) {
     Pool pool(6);
     ProcessData* cut = pool.Get();
     pool.Get();
@@ -342,7 +342,7 @@ TEST(ProcessDataPool, UnlessThatLeavesOneInUseWhenItComesBackAfterAll) {
     EXPECT_EQ(pool.Free().front(), cut);
 }
 
-TEST(ProcessDataPool, TheSweepComesWithTheAcquisitionAfterTheInterval) {
+TEST(ProcessDataPool, TheSweepRunsOnTheAcquisitionAfterTheInterval) {
     OneByte usr;
     Pool pool(10, 2, 0);
     ProcessData& idle = pool.mStorage[8];  // without a payload, so that only a sweep empties it
@@ -373,6 +373,22 @@ TEST(ProcessDataPool, TheSweepSparesEntriesReleasedWithinTheIdleLimitAndThoseInU
     patient.mStorage[2].userData = new ProcessUsrData(usr);
     patient.Get();
     EXPECT_NE(patient.mStorage[2].userData, nullptr);
+}
+
+TEST(ProcessDataPool, TheSweepSparesAnEntryReleasedExactlyTheIdleLimitAgo) {
+    OneByte usr;
+    constexpr unsigned long long kLimitMs = 1;
+    for (bool sameMillisecond = false; !sameMillisecond;) {
+        Pool pool(4, -1, kLimitMs);
+        ProcessData& idle = pool.mStorage[2];
+        idle.userData = new ProcessUsrData(usr);
+        const unsigned long long now = SteadyMilliseconds();
+        idle.mLastRelease = now - kLimitMs;
+        pool.Get();
+        const bool kept = idle.userData != nullptr;
+        sameMillisecond = SteadyMilliseconds() == now;
+        EXPECT_TRUE(kept || !sameMillisecond);
+    }
 }
 
 TEST(ProcessDataPool, AnIntervalOfMinus1SweepsEveryTime) {

@@ -13,18 +13,18 @@ using namespace audio_filter::internal;
 
 namespace {
 
-/// Counts who comes back.
-struct Taker {
+/// Counts the entries that come back.
+struct Recycler {
     static void Take(void* context, ProcessData* entry) {
-        auto* taker = static_cast<Taker*>(context);
-        ++taker->taken;
-        taker->last = entry;
-        taker->sizeThen = entry->size;
+        auto* recycler = static_cast<Recycler*>(context);
+        ++recycler->taken;
+        recycler->last = entry;
+        recycler->sizeAtRelease = entry->size;
     }
 
     int taken = 0;
     ProcessData* last = nullptr;
-    int sizeThen = -1;
+    int sizeAtRelease = -1;
 };
 
 int Write(ProcessData& data, std::string bytes, ProcessUsrData* usr = nullptr) {
@@ -53,7 +53,7 @@ TEST(ProcessData, StartsEmptyAndFree) {
     EXPECT_EQ(data.GetLastReleaseTime(), 0U);
 }
 
-TEST(ProcessData, ItsMembersLieInOrder) {
+TEST(ProcessData, MembersKeepTheirOrder) {
     const ProcessData data;
     const auto at = [](const auto& member) { return reinterpret_cast<std::uintptr_t>(&member); };
     const std::vector<std::uintptr_t> members = {
@@ -196,7 +196,7 @@ TEST(ProcessData, WriteDataAttachesACopyOfTheUserData) {
     EXPECT_EQ(data.userData->data[0], 'u');
 }
 
-TEST(ProcessData, WriteDataAssignsToUserDataThatIsAttached) {
+TEST(ProcessData, WriteDataAssignsToAttachedUserData) {
     ProcessData data;
     ProcessUsrData usr;
     Attach(usr, 'u');
@@ -210,7 +210,7 @@ TEST(ProcessData, WriteDataAssignsToUserDataThatIsAttached) {
     EXPECT_EQ(data.userData->data[0], 'v');
 }
 
-TEST(ProcessData, WriteDataWithoutUserDataReleasesWhatIsAttached) {
+TEST(ProcessData, WriteDataWithoutUserDataReleasesAttachedUserData) {
     ProcessData data;
     ProcessUsrData usr;
     Attach(usr, 'u');
@@ -236,13 +236,13 @@ TEST(ProcessData, WriteDataWithAUserRecordWithoutBytesAttachesADefaultRecord) {
         ProcessUsrData bytes;
         Attach(bytes, 'u');
         Write(data, "a", &bytes);
-        Write(data, "a", usr);  // empties the one that is attached
+        Write(data, "a", usr);  // empties the attached record
         ASSERT_NE(data.userData, nullptr);
         EXPECT_EQ(data.userData->size, -1);
     }
 }
 
-TEST(ProcessData, FreeReleasesPayloadAndUserDataAndForgetsAllReferences) {
+TEST(ProcessData, FreeReleasesPayloadAndUserDataAndDropsAllReferences) {
     ProcessData data;
     ProcessUsrData usr;
     Attach(usr, 'u');
@@ -253,7 +253,7 @@ TEST(ProcessData, FreeReleasesPayloadAndUserDataAndForgetsAllReferences) {
     EXPECT_EQ(data.capacity, 0);
     EXPECT_EQ(data.userData, nullptr);
     EXPECT_EQ(data.GetRefCount(), 0);
-    data.Free();  // nothing left to release
+    data.Free();  // has nothing left to release
     EXPECT_EQ(Write(data, "again"), 0);
     EXPECT_EQ(Payload(data), "again");
 }
@@ -267,35 +267,35 @@ TEST(ProcessData, SelfCopyReturnsItselfWithOneReferenceMore) {
 
 TEST(ProcessData, OnlyTheLastReleaseCallsBackOnceWithSize0) {
     ProcessData data;
-    Taker taker;
-    data.SetFree(&Taker::Take, &taker);
+    Recycler recycler;
+    data.SetFree(&Recycler::Take, &recycler);
     Write(data, "payload");
     data.SelfCopy();
     data.SelfRelease();
-    EXPECT_EQ(taker.taken, 0);
+    EXPECT_EQ(recycler.taken, 0);
     EXPECT_EQ(data.size, 7);
     EXPECT_EQ(data.GetLastReleaseTime(), 0U);
     data.SelfRelease();
-    EXPECT_EQ(taker.taken, 1);
-    EXPECT_EQ(taker.last, &data);
-    EXPECT_EQ(taker.sizeThen, 0);
+    EXPECT_EQ(recycler.taken, 1);
+    EXPECT_EQ(recycler.last, &data);
+    EXPECT_EQ(recycler.sizeAtRelease, 0);
     EXPECT_EQ(data.GetRefCount(), 0);
     EXPECT_EQ(data.capacity, 7);
 }
 
 TEST(ProcessData, SelfReleaseAt0DoesNothing) {
     ProcessData data;
-    Taker taker;
-    data.SetFree(&Taker::Take, &taker);
+    Recycler recycler;
+    data.SetFree(&Recycler::Take, &recycler);
     data.size = 3;
     data.SelfRelease();
-    EXPECT_EQ(taker.taken, 0);
+    EXPECT_EQ(recycler.taken, 0);
     EXPECT_EQ(data.GetRefCount(), 0);
     EXPECT_EQ(data.size, 3);
     EXPECT_EQ(data.GetLastReleaseTime(), 0U);
 }
 
-TEST(ProcessData, WithoutACallbackTheLastReleaseKeepsTheSizeAndIsDated) {
+TEST(ProcessData, WithoutACallbackTheLastReleaseKeepsTheSizeAndSetsTheTime) {
     ProcessData data;
     Write(data, "payload");
     const unsigned long long before = SteadyMilliseconds();
@@ -306,15 +306,15 @@ TEST(ProcessData, WithoutACallbackTheLastReleaseKeepsTheSizeAndIsDated) {
     EXPECT_LE(data.GetLastReleaseTime(), SteadyMilliseconds());
 }
 
-TEST(ProcessData, References1000TimesTakenAndReleasedOnFourThreadsCallBackOnce) {
+TEST(ProcessData, FourThreadsThatTakeAndRelease1000ReferencesEachCallBackOnce) {
     ProcessData data;
-    Taker taker;
-    data.SetFree(&Taker::Take, &taker);
+    Recycler recycler;
+    data.SetFree(&Recycler::Take, &recycler);
     Write(data, "payload");
     {
         std::vector<std::jthread> threads;
         for (int i = 0; i < 4; ++i) {
-            data.SelfCopy();  // the thread's own
+            data.SelfCopy();  // held by the thread
             threads.emplace_back([&data] {
                 for (int round = 0; round < 1000; ++round) {
                     data.SelfCopy()->SelfRelease();
@@ -324,7 +324,7 @@ TEST(ProcessData, References1000TimesTakenAndReleasedOnFourThreadsCallBackOnce) 
         }
         data.SelfRelease();
     }
-    EXPECT_EQ(taker.taken, 1);
+    EXPECT_EQ(recycler.taken, 1);
     EXPECT_EQ(data.GetRefCount(), 0);
 }
 

@@ -8,7 +8,7 @@
 
 namespace {
 
-/// Of a timed wait that ends at once.
+/// The clock calls of a timed wait that times out immediately.
 FakePosixClock WaitAt(timespec now, int ms) {
     ProcessLock lock;
     ProcessCond cond;
@@ -31,7 +31,7 @@ timespec DeadlineOf(timespec now, int ms) {
     return WaitAt(now, ms).deadline.value_or(timespec{});
 }
 
-TEST(ProcessLockPosix, ATimedWaitEndsThatManyMillisecondsFromNow) {
+TEST(ProcessLockPosix, TheDeadlineOfATimedWaitIsNowPlusItsMilliseconds) {
     EXPECT_EQ(DeadlineOf({10, 0}, 0).tv_sec, 10);
     EXPECT_EQ(DeadlineOf({10, 0}, 0).tv_nsec, 0);
     EXPECT_EQ(DeadlineOf({10, 600'000'000}, 399).tv_sec, 10);
@@ -44,10 +44,10 @@ TEST(ProcessLockPosix, ATimedWaitEndsThatManyMillisecondsFromNow) {
     EXPECT_EQ(DeadlineOf({10, 999'999'999}, 2'147'483'647).tv_nsec, 646'999'999);
 }
 
-/// The condition's own clock has to be the same one: by another, the deadline of a day would have
-/// passed long ago, or never would.
-TEST(ProcessLockPosix, ATimedWaitGoesByTheClockThatNeverJumps) {
-    EXPECT_EQ(WaitAt({10, 0}, 5).asked, CLOCK_MONOTONIC);
+/// The condition must use the same clock as the deadline: by the wall clock, a deadline one day
+/// ahead would have passed long ago.
+TEST(ProcessLockPosix, ATimedWaitUsesTheMonotonicClock) {
+    EXPECT_EQ(WaitAt({10, 0}, 5).read, CLOCK_MONOTONIC);
     ProcessLock lock;
     ProcessCond cond;
     process_lock_init(&lock);
@@ -69,7 +69,7 @@ TEST(ProcessLockPosix, ATimedWaitGoesByTheClockThatNeverJumps) {
     process_lock_destroy(&lock);
 }
 
-TEST(ProcessLockPosix, WhatAnEndedThreadHasLeftHeldIsNotTheNextThreads) {
+TEST(ProcessLockPosix, ALockLeftHeldByAnEndedThreadIsNotHeldByALaterThread) {
     ProcessLock lock;
     ProcessCond cond;
     process_lock_init(&lock);
@@ -77,14 +77,14 @@ TEST(ProcessLockPosix, WhatAnEndedThreadHasLeftHeldIsNotTheNextThreads) {
     std::thread([&lock] { process_lock(&lock); }).join();
     ThePosixClock() = {};
     ThePosixClock().waitTimesOut = true;
-    // The platform gives the ended thread's identity to a later one, which must not pass for the
-    // holder: only a holder's wait comes as far as the condition.
+    // The platform reuses the ended thread's identity for a later thread, which must not count as
+    // the holder: only a holder's wait reaches the condition.
     for (int i = 0; i < 20; ++i) {
         std::thread([&] { process_cond_wait_time(&cond, &lock, 0); }).join();
     }
     EXPECT_FALSE(ThePosixClock().deadline);
     ThePosixClock() = {};
-    process_cond_destroy(&cond);  // the lock is beyond help
+    process_cond_destroy(&cond);  // the lock is still held, so it cannot be destroyed
 }
 
 struct CancelledWait {

@@ -6,7 +6,7 @@
 
 namespace {
 
-constexpr int kSafetyMs = 60'000;  // only ever waited for in full when something is broken
+constexpr int kSafetyMs = 60'000;  // elapses only when a test fails
 
 class ProcessLockTest : public testing::Test {
 protected:
@@ -19,8 +19,8 @@ protected:
         EXPECT_EQ(process_lock_destroy(&lock), 0);
     }
 
-    /// A thread that takes the lock, sets `reached`, and wakes a waiter.
-    std::jthread Knock() {
+    /// A thread that takes the lock, sets `reached` and wakes a waiter.
+    std::jthread TakeAndSignal() {
         return std::jthread([this] {
             process_lock(&lock);
             reached = true;
@@ -37,9 +37,9 @@ protected:
 TEST_F(ProcessLockTest, OneThreadTakesItTwiceAndMustReleaseItTwice) {
     EXPECT_EQ(process_lock(&lock), 0);
     EXPECT_EQ(process_lock(&lock), 0);
-    std::jthread other = Knock();
+    std::jthread other = TakeAndSignal();
     EXPECT_EQ(process_unlock(&lock), 0);
-    // Still held once: the other thread gets in only while this one waits.
+    // Still held once: the other thread takes it only while this one waits.
     EXPECT_FALSE(reached);
     while (!reached) {
         ASSERT_NE(process_cond_wait_time(&cond, &lock, kSafetyMs), 0);
@@ -48,20 +48,20 @@ TEST_F(ProcessLockTest, OneThreadTakesItTwiceAndMustReleaseItTwice) {
     other.join();
 }
 
-TEST_F(ProcessLockTest, AfterTwoReleasesAnotherThreadGetsIn) {
+TEST_F(ProcessLockTest, AfterTwoReleasesAnotherThreadCanTakeIt) {
     process_lock(&lock);
     process_lock(&lock);
     process_unlock(&lock);
     process_unlock(&lock);
-    Knock().join();
+    TakeAndSignal().join();
     EXPECT_TRUE(reached);
 }
 
-TEST_F(ProcessLockTest, AWaitGivesUpALockHeldFiveTimesAndTakesItBackFiveTimes) {
+TEST_F(ProcessLockTest, AWaitReleasesALockHeldFiveTimesAndTakesItBackFiveTimes) {
     for (int i = 0; i < 5; ++i) {
         process_lock(&lock);
     }
-    std::jthread other = Knock();
+    std::jthread other = TakeAndSignal();
     while (!reached) {
         ASSERT_NE(process_cond_wait(&cond, &lock), 0);
     }
@@ -71,8 +71,8 @@ TEST_F(ProcessLockTest, AWaitGivesUpALockHeldFiveTimesAndTakesItBackFiveTimes) {
     for (int i = 0; i < 4; ++i) {
         process_unlock(&lock);
     }
-    // The fifth is still there: a wait works only for the holder.
-    std::jthread second = Knock();
+    // Still held once: a wait succeeds only for the holder.
+    std::jthread second = TakeAndSignal();
     while (!reached) {
         ASSERT_NE(process_cond_wait_time(&cond, &lock, kSafetyMs), 0);
     }
@@ -87,10 +87,10 @@ TEST_F(ProcessLockTest, AWaitOfZeroMillisecondsReturnsAtOnceWith0) {
     process_unlock(&lock);
 }
 
-TEST_F(ProcessLockTest, ATimeOutAnswers0AndLeavesTheLockHeld) {
+TEST_F(ProcessLockTest, ATimeOutReturns0AndLeavesTheLockHeld) {
     process_lock(&lock);
     EXPECT_EQ(process_cond_wait_time(&cond, &lock, 1), 0);
-    std::jthread other = Knock();
+    std::jthread other = TakeAndSignal();
     EXPECT_FALSE(reached);
     while (!reached) {
         ASSERT_NE(process_cond_wait_time(&cond, &lock, kSafetyMs), 0);
@@ -101,7 +101,7 @@ TEST_F(ProcessLockTest, ATimeOutAnswers0AndLeavesTheLockHeld) {
 
 TEST_F(ProcessLockTest, ANegativeTimeWaitsWithoutLimit) {
     process_lock(&lock);
-    std::jthread other = Knock();
+    std::jthread other = TakeAndSignal();
     while (!reached) {
         ASSERT_NE(process_cond_wait_time(&cond, &lock, -1), 0);
     }
@@ -109,14 +109,14 @@ TEST_F(ProcessLockTest, ANegativeTimeWaitsWithoutLimit) {
     other.join();
 }
 
-TEST_F(ProcessLockTest, ASignalToNobodyIsForgotten) {
+TEST_F(ProcessLockTest, ASignalWithoutAWaiterIsLost) {
     process_cond_signal(&cond);
     process_lock(&lock);
     EXPECT_EQ(process_cond_wait_time(&cond, &lock, 0), 0);
     process_unlock(&lock);
 }
 
-TEST_F(ProcessLockTest, AWaitWithoutTheLockFails) {
+TEST_F(ProcessLockTest, AWaitWithoutHoldingTheLockFails) {
     EXPECT_EQ(process_cond_wait(&cond, &lock), 0);
     EXPECT_EQ(process_cond_wait_time(&cond, &lock, kSafetyMs), 0);
 }
@@ -124,7 +124,7 @@ TEST_F(ProcessLockTest, AWaitWithoutTheLockFails) {
 TEST_F(ProcessLockTest, AnUnlockByAThreadThatDoesNotHoldItChangesNothing) {
     process_lock(&lock);
     std::thread([this] { EXPECT_EQ(process_unlock(&lock), 0); }).join();
-    std::jthread other = Knock();
+    std::jthread other = TakeAndSignal();
     EXPECT_FALSE(reached);
     while (!reached) {
         ASSERT_NE(process_cond_wait_time(&cond, &lock, kSafetyMs), 0);
@@ -136,7 +136,7 @@ TEST_F(ProcessLockTest, AnUnlockByAThreadThatDoesNotHoldItChangesNothing) {
 TEST_F(ProcessLockTest, AnAutolockHoldsItForItsLifetime) {
     {
         const ProcessAutolock hold(&lock);
-        const std::jthread other = Knock();
+        const std::jthread other = TakeAndSignal();
         while (!reached) {  // only the holder can wait
             ASSERT_NE(process_cond_wait_time(&cond, &lock, kSafetyMs), 0);
         }

@@ -12,7 +12,7 @@ SampleFmt Format(int value) {
     return static_cast<SampleFmt>(value);
 }
 
-TEST(SampleFormat, ByteSizesAre1244_8TwiceFrom0To9) {
+TEST(SampleFormat, ByteSizesOfFormats0To9Are1_2_4_4_8Twice) {
     const int expected[10] = {1, 2, 4, 4, 8, 1, 2, 4, 4, 8};
     for (int value = 0; value < 10; ++value) {
         EXPECT_EQ(SampleByteSize(Format(value)), expected[value]) << value;
@@ -31,7 +31,7 @@ TEST(SampleFormat, ExactlyTheFormats5To9ArePlanar) {
     }
 }
 
-TEST(SampleFormat, UnitsKnow1And6As16BitAnd3And8AsFloat) {
+TEST(SampleFormat, Formats1And6Are16BitAnd3And8AreFloat) {
     for (int value = -3; value < 14; ++value) {
         EXPECT_EQ(IsS16(Format(value)), value == 1 || value == 6) << value;
         EXPECT_EQ(IsFloat(Format(value)), value == 3 || value == 8) << value;

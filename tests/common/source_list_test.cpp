@@ -16,17 +16,17 @@ std::vector<AVSourceType> Sources(std::initializer_list<int> values) {
     return sources;
 }
 
-TEST(SourceList, Sources020HaveAMicrophoneAndSeveralMicrophones) {
+TEST(SourceList, Sources0_2_0HaveSeveralMicrophones) {
     EXPECT_TRUE(HasMicrophone(Sources({0, 2, 0})));
     EXPECT_TRUE(HasSeveralMicrophones(Sources({0, 2, 0})));
 }
 
-TEST(SourceList, Sources123HaveNoMicrophone) {
+TEST(SourceList, Sources1_2_3HaveNoMicrophone) {
     EXPECT_FALSE(HasMicrophone(Sources({1, 2, 3})));
     EXPECT_FALSE(HasSeveralMicrophones(Sources({1, 2, 3})));
 }
 
-TEST(SourceList, OneMicrophoneIsNotSeveralAndNoSourcesHaveNone) {
+TEST(SourceList, OneMicrophoneIsNotSeveralAndAnEmptyListHasNone) {
     EXPECT_TRUE(HasMicrophone(Sources({3, 0})));
     EXPECT_FALSE(HasSeveralMicrophones(Sources({3, 0})));
     EXPECT_FALSE(HasMicrophone({}));

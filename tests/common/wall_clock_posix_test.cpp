@@ -21,7 +21,7 @@ std::tuple<int, int, int, int, int, int, int> FieldsAt(std::time_t seconds, long
     return {t.year, t.month, t.day, t.hour, t.minute, t.second, t.millisecond};
 }
 
-TEST(WallClockPosix, LocalTimeIsThatOfTheTimeZoneToTheMillisecond) {
+TEST(WallClockPosix, LocalTimeFollowsTheTimeZoneToTheMillisecond) {
     constexpr std::time_t kMarch = 1709802302;  // 2024-03-07 09:05:02 UTC
     EXPECT_EQ(FieldsAt(kMarch, 41'999'999, "UTC0"), std::make_tuple(2024, 3, 7, 9, 5, 2, 41));
     EXPECT_EQ(FieldsAt(kMarch, 999'999'999, "XYZ-14"), std::make_tuple(2024, 3, 7, 23, 5, 2, 999));
@@ -30,7 +30,7 @@ TEST(WallClockPosix, LocalTimeIsThatOfTheTimeZoneToTheMillisecond) {
     EXPECT_EQ(FieldsAt(kNewYear, 0, "XYZ-1"), std::make_tuple(2026, 1, 1, 0, 59, 59, 0));
 }
 
-TEST(WallClockPosix, CalendarTimeIsTheSecondsOfTheEpoch) {
+TEST(WallClockPosix, CalendarTimeIsInSecondsSinceTheEpoch) {
     ThePosixClock() = {};
     ThePosixClock().time = 5'000'000'000;
     EXPECT_EQ(CalendarSecondsNow(), 5'000'000'000);

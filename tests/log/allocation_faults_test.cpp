@@ -17,12 +17,12 @@ using namespace audio_filter::internal;
 
 namespace {
 
-/// Deleted as what it is.
+/// Final, so that its destructor need not be virtual.
 struct FileWriter final : PRFileLogWriter {
     FileWriter() : PRFileLogWriter(1) {}
 };
 
-/// What the writers say of files that cannot be opened is not of interest here.
+/// Keeps the messages about files that cannot be opened off standard error.
 class LogFaults : public testing::Test {
 protected:
     LogFaults() { testing::internal::CaptureStderr(); }
@@ -33,7 +33,7 @@ protected:
     const std::string file = param.namePrefix + "_0";
 };
 
-TEST_F(LogFaults, AWriterThatCannotBeAddedIsNotInTheListAndTheNextOneCan) {
+TEST_F(LogFaults, AWriterWithoutMemoryIsNotInTheListAndTheNextOneIs) {
     const long open = OpenFileCount();
     const int failures =
         FailEach([] { return std::make_unique<PRLog>(); },
@@ -56,7 +56,7 @@ TEST_F(LogFaults, AWriterThatCannotBeAddedIsNotInTheListAndTheNextOneCan) {
             [](PRLog& log, int code) { EXPECT_EQ(log.mWriters.size(), code == 0 ? 1U : 0U); }));
 }
 
-TEST_F(LogFaults, AFileWriterWhoseInitFailedAnswersMinus1AndTakesTheNextOne) {
+TEST_F(LogFaults, AFileWriterWithoutMemoryReturnsMinus1AndTheNextInitSucceeds) {
     const long open = OpenFileCount();
     PRFileLogParam dated = {param.namePrefix, 0, 60};
     for (const bool started : {false, true}) {
@@ -82,7 +82,7 @@ TEST_F(LogFaults, AFileWriterWhoseInitFailedAnswersMinus1AndTakesTheNextOne) {
     }
 }
 
-TEST_F(LogFaults, AMessageForWhichAFileCannotBeReplacedIsLostAndTheNextOneIsNot) {
+TEST_F(LogFaults, AMessageWithoutMemoryForItsNewFileIsLostAndTheNextOneIsWritten) {
     const long open = OpenFileCount();
     const int failures = FailEach(
         [&] {
@@ -104,8 +104,8 @@ TEST_F(LogFaults, AMessageForWhichAFileCannotBeReplacedIsLostAndTheNextOneIsNot)
     EXPECT_EQ(OpenFileCount(), open);
 }
 
-/// The prefix is made by who calls, before the dispatcher is asked.
-TEST_F(LogFaults, AMessageThatCannotBeWrittenLeavesADispatcherThatWritesTheNextOne) {
+/// The caller builds the prefix, before the dispatcher runs.
+TEST_F(LogFaults, AMessageWithoutMemoryLeavesADispatcherThatWritesTheNextOne) {
     const int failures = FailEach(
         [&] {
             auto log = std::make_unique<PRLog>();
@@ -124,7 +124,7 @@ TEST_F(LogFaults, AMessageThatCannotBeWrittenLeavesADispatcherThatWritesTheNextO
     Report("PRLog::Warn", failures);
 }
 
-TEST_F(LogFaults, AMediaProcessLogWithoutMemoryForItsFileIsOneWhoseFileCannotBeOpened) {
+TEST_F(LogFaults, AMediaProcessLogWithoutMemoryForItsFileReturns4ForWrites) {
     const long open = OpenFileCount();
     const int failures =
         FailEach([] { return std::make_unique<MediaProcessLog>(); },
@@ -156,7 +156,7 @@ TEST_F(LogFaults, AMediaProcessLogWithoutMemoryForItsFileIsOneWhoseFileCannotBeO
     EXPECT_EQ(OpenFileCount(), open);
 }
 
-TEST_F(LogFaults, ADateWithoutMemoryThrows) {
+TEST_F(LogFaults, ADateStringWithoutMemoryThrows) {
     const auto date = [](std::string& text) {
         text = GetPRFormatDate() + GetPRFormatDate2();
         return 0;

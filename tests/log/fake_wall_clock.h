@@ -4,8 +4,7 @@
 
 using namespace audio_filter::internal;
 
-/// Stands in for the machine's clock in all log tests: it shows what a test sets, and nothing moves
-/// it.
+/// Replaces the wall clock in all log tests. It stands still at the time that a test sets.
 struct FakeWallClock {
     LocalTime local = {2024, 3, 7, 9, 5, 2, 41};
     std::int64_t seconds = 1'709'802'302;

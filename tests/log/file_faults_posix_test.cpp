@@ -1,5 +1,5 @@
-// What becomes of the file writers on disks that are full, in folders that vanish, beside another
-// process, and of standard output where there is none.
+// File writers on full disks, in folders that vanish and beside another process, and console writers
+// without standard output.
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
@@ -29,7 +29,7 @@ using testing::internal::GetCapturedStderr;
 class FileFaultsPosix : public testing::Test {
 protected:
     FileFaultsPosix() { TheWallClock() = {}; }
-    ~FileFaultsPosix() override { EXPECT_EQ(OpenFileCount(), mOpen) << "files are left open"; }
+    ~FileFaultsPosix() override { EXPECT_EQ(OpenFileCount(), mOpen) << "files left open"; }
 
     std::string LastLine(const std::string& name) {
         const std::string text = ReadFile(dir.File(name));
@@ -42,7 +42,7 @@ private:
     long mOpen = OpenFileCount();
 };
 
-TEST_F(FileFaultsPosix, OnADeviceThatIsAlwaysFullAThousandLinesAreLostAndNothingElse) {
+TEST_F(FileFaultsPosix, OnADeviceThatIsAlwaysFull1000LinesAreLostWithoutAnError) {
     ASSERT_TRUE(fs::is_character_file("/dev/full"));
     fs::create_symlink("/dev/full", dir.File("log_0"));
     PRLog log;
@@ -55,13 +55,13 @@ TEST_F(FileFaultsPosix, OnADeviceThatIsAlwaysFullAThousandLinesAreLostAndNothing
         log.Error("p", "%d %s", i, text.c_str());
         ASSERT_EQ(lines.WriteLog(PROCESS_LOG_ERROR, "%d %s", i, text.c_str()), 0);
     }
-    EXPECT_EQ(log.mWriters[0]->WriteLog(4, "p", "m", nullptr), 0) << "the stream is there";
+    EXPECT_EQ(log.mWriters[0]->WriteLog(4, "p", "m", nullptr), 0) << "the stream is open";
     EXPECT_EQ(log.RemoveLog(id), 0);
     EXPECT_TRUE(lines.Uninit());
     EXPECT_TRUE(fs::is_symlink(dir.File("log_0")));
 }
 
-TEST_F(FileFaultsPosix, OnceThereIsRoomAgainLinesAreWrittenAgain) {
+TEST_F(FileFaultsPosix, OnceThereIsSpaceAgainLinesAreWrittenAgain) {
     PRFileLogWriter writer(1);
     PRFileLogParam param = {dir.File("log"), 1, 0};
     ASSERT_EQ(writer.Init(&param), 0);
@@ -77,12 +77,12 @@ TEST_F(FileFaultsPosix, OnceThereIsRoomAgainLinesAreWrittenAgain) {
         EXPECT_EQ(fs::file_size(dir.File("log_0")), 5000U);
         EXPECT_EQ(fs::file_size(dir.File("lines")), 5000U);
     }
-    for (int i = 0; i < 2; ++i) {  // what the stream still held may be cut, and ends the first
-        EXPECT_EQ(WriteTo(writer, 4, "p", "room again"), 0);
-        EXPECT_EQ(lines.WriteLog(PROCESS_LOG_ERROR, "room again"), 0);
+    for (int i = 0; i < 2; ++i) {  // the first ends a line that the full disk cut
+        EXPECT_EQ(WriteTo(writer, 4, "p", "space again"), 0);
+        EXPECT_EQ(lines.WriteLog(PROCESS_LOG_ERROR, "space again"), 0);
     }
-    EXPECT_EQ(LastLine("log_0"), "p:room again\n");
-    EXPECT_EQ(LastLine("lines"), "room again\n");
+    EXPECT_EQ(LastLine("log_0"), "p:space again\n");
+    EXPECT_EQ(LastLine("lines"), "space again\n");
 }
 
 TEST_F(FileFaultsPosix, AFullDiskDoesNotKeepAFileFromBeingReplacedOrClosed) {
@@ -99,7 +99,7 @@ TEST_F(FileFaultsPosix, AFullDiskDoesNotKeepAFileFromBeingReplacedOrClosed) {
     EXPECT_EQ(dir.Names().size(), 21U);
 }
 
-TEST_F(FileFaultsPosix, InAFolderThatIsMovedAnOpenFileGoesWithItAndInOneThatIsRemovedLinesAreLost) {
+TEST_F(FileFaultsPosix, AnOpenFileMovesWithItsFolderAndLosesLinesOnceTheFolderIsRemoved) {
     fs::create_directory(dir.File("folder"));
     PRFileLogWriter writer(1);
     PRFileLogParam param = {dir.File("folder/log"), 1, 0};
@@ -117,7 +117,7 @@ TEST_F(FileFaultsPosix, InAFolderThatIsMovedAnOpenFileGoesWithItAndInOneThatIsRe
     EXPECT_TRUE(dir.Names().empty());
 }
 
-TEST_F(FileFaultsPosix, ANewFileInAFolderThatHasVanishedIsSaidMissedAndFoundOnceTheFolderIsBack) {
+TEST_F(FileFaultsPosix, ANewFileInAMissingFolderFailsWithAMessageUntilTheFolderIsBack) {
     fs::create_directory(dir.File("folder"));
     PRFileLogWriter writer(1);
     PRFileLogParam param = {dir.File("folder/log"), 0, 1};
@@ -139,7 +139,7 @@ TEST_F(FileFaultsPosix, ANewFileInAFolderThatHasVanishedIsSaidMissedAndFoundOnce
     EXPECT_EQ(lines.WriteLog(PROCESS_LOG_ERROR, "lost"), 4);
 }
 
-/// @return the exit status of a process that does so much, or minus the signal that ended it
+/// Runs `work` in a child process. @return its exit status, or minus the signal that ended it
 int InAProcess(const std::function<int()>& work) {
     const pid_t child = fork();
     if (child == 0) {
@@ -150,7 +150,7 @@ int InAProcess(const std::function<int()>& work) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
-TEST_F(FileFaultsPosix, AConsoleWriterWithoutStandardOutputOrErrorLosesItsLines) {
+TEST_F(FileFaultsPosix, ConsoleWritersWithoutStandardOutputAndErrorLoseTheirLines) {
     EXPECT_EQ(InAProcess([] {
                   close(STDOUT_FILENO);
                   close(STDERR_FILENO);
@@ -168,10 +168,9 @@ TEST_F(FileFaultsPosix, AConsoleWriterWithoutStandardOutputOrErrorLosesItsLines)
               0);
 }
 
-/// Whoever opens last truncates, and both then write the same places: of lines of equal length,
-/// each is whole, and of one or the other.
-TEST_F(FileFaultsPosix,
-       TwoProcessesWithOnePrefixInTheSameMillisecondBothEndAndOverwriteWholeLines) {
+/// The later open truncates, and both processes then write at the same offsets. All lines have the
+/// same length, so each stays whole.
+TEST_F(FileFaultsPosix, TwoProcessesWithOnePrefixInTheSameMillisecondOverwriteWholeLines) {
     constexpr int kLines = 500;
     const auto write = [this](const char* name) {
         PRFileLogWriter writer(1);

@@ -28,7 +28,7 @@ protected:
     TempDir dir;
 };
 
-TEST_F(LogLineTest, IsDateTagModuleFunctionLineAndMessage) {
+TEST_F(LogLineTest, HasDateTagModuleFunctionLineAndMessage) {
     LogLine(PROCESS_LOG_ERROR, {"AudioFilter::Init", 83},
             "audio denoisor init error, error code is %d", -1);
     EXPECT_EQ(Lines(),
@@ -36,7 +36,7 @@ TEST_F(LogLineTest, IsDateTagModuleFunctionLineAndMessage) {
               "audio denoisor init error, error code is -1\n");
 }
 
-TEST_F(LogLineTest, EachLevelHasItsTagAndItsSlot) {
+TEST_F(LogLineTest, EachLevelHasItsTagAndItsDispatcherCall) {
     LogLine(PROCESS_LOG_DEBUG, {"F", 1}, "a");
     LogLine(PROCESS_LOG_INFO, {"F", 2}, "b");
     LogLine(PROCESS_LOG_WARN, {"F", 3}, "c");
@@ -47,18 +47,18 @@ TEST_F(LogLineTest, EachLevelHasItsTagAndItsSlot) {
                   date + "[WARN]MediaProcessLog:F:3:c\n" + date + "[ERROR]MediaProcessLog:F:4:d\n");
 }
 
-TEST_F(LogLineTest, ASiteWithoutALineTagBearsItsOwnSourceLine) {
+TEST_F(LogLineTest, ASiteWithoutALineTagHasItsOwnSourceLine) {
     LogLine(PROCESS_LOG_INFO, {"F"}, "m");
     EXPECT_NE(Lines().find(":F:" + std::to_string(__LINE__ - 1) + ":m\n"), std::string::npos);
 }
 
-TEST_F(LogLineTest, AWritersLevelDecidesForLinesToo) {
+TEST_F(LogLineTest, ALineBelowTheWritersLevelIsNotWritten) {
     pr_log->SetLogLevel(pr_log->mWriters[0]->GetId(), 3);
     LogLine(PROCESS_LOG_INFO, {"F", 1}, "quiet");
     EXPECT_EQ(Lines(), "");
 }
 
-TEST_F(LogLineTest, WhileLoggingIsOffNoDateIsReadAndThePrLogIsNotTouched) {
+TEST_F(LogLineTest, WhileLoggingIsOffNoDateIsReadAndPrLogIsNotUsed) {
     PR_LOG_ENABLE(false);
     PRLog* const kept = pr_log;
     pr_log = nullptr;

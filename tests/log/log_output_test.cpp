@@ -12,7 +12,7 @@ std::string Printed(const char* prefix, const char* format) {
     return testing::internal::GetCapturedStdout();
 }
 
-TEST(LogOutput, WithoutArgumentsAFormatPrintsWithItsConversionsAsTheyStand) {
+TEST(LogOutput, WithoutArgumentsTheConversionsOfAFormatArePrintedVerbatim) {
     EXPECT_EQ(Printed("p", "plain"), "p:plain\n");
     EXPECT_EQ(Printed("p", "100%% of %s, %d%%"), "p:100% of %s, %d%\n");
     EXPECT_EQ(Printed("p", "%"), "p:%\n");
@@ -20,7 +20,7 @@ TEST(LogOutput, WithoutArgumentsAFormatPrintsWithItsConversionsAsTheyStand) {
     EXPECT_EQ(Printed("p", ""), "p:\n");
 }
 
-TEST(LogOutput, TextsThatAreNotThereAreEmpty) {
+TEST(LogOutput, NullTextsPrintAsEmpty) {
     EXPECT_EQ(Printed(nullptr, nullptr), ":\n");
 }
 
@@ -36,7 +36,7 @@ int PrintTwice(const char* format, ...) {
     return 0;
 }
 
-TEST(LogOutput, AnArgumentListArrivesWhole) {
+TEST(LogOutput, AnArgumentListAndItsCopyPrintAllArguments) {
     testing::internal::CaptureStdout();
     PrintTwice("%d %s %.1f", 1, "two", 3.0);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "a:1 two 3.0\nb:1 two 3.0\n");

@@ -11,8 +11,8 @@ namespace {
 
 class MediaProcessLogTest : public testing::Test {
 protected:
-    /// Whether this thread holds the logger's lock: only a holder can wait, and while it waits
-    /// another thread gets in.
+    /// Whether this thread holds the logger's lock: only a holder can wait, and its wait lets another
+    /// thread take the lock.
     bool IsLockHeldHere() {
         ProcessCond cond;
         process_cond_init(&cond);
@@ -24,7 +24,7 @@ protected:
             process_unlock(&log.mLock);
         });
         bool held = false;
-        do {  // a thread without the lock fails at once
+        do {  // fails immediately without the lock
             held = process_cond_wait(&cond, &log.mLock) != 0;
         } while (held && !reached);
         other.join();
@@ -56,7 +56,7 @@ TEST_F(MediaProcessLogTest, InitWithAnEmptyPathReturns3AndKeepsTheLockHeld) {
     EXPECT_TRUE(IsLockHeldHere());
 }
 
-TEST_F(MediaProcessLogTest, InitWithALevelOutOf1To4Returns3AndKeepsTheLockHeldAndTheFileOpen) {
+TEST_F(MediaProcessLogTest, InitWithALevelOutside1To4Returns3AndKeepsTheLockHeldAndTheFileOpen) {
     ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
     for (const int level : {0, 5, -1}) {
         EXPECT_EQ(log.Init(static_cast<ProcessLogLevel>(level), dir.File("other")), 3) << level;
@@ -76,12 +76,12 @@ TEST_F(MediaProcessLogTest, AGoodInitReleasesTheLock) {
 
 TEST_F(MediaProcessLogTest, WriteLog2AtLevel4WritesNothingReturns0AndKeepsTheLockHeld) {
     ASSERT_EQ(Open(PROCESS_LOG_ERROR), 0);
-    EXPECT_EQ(log.WriteLog(PROCESS_LOG_INFO, "unheard"), 0);
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_INFO, "below the level"), 0);
     EXPECT_EQ(ReadFile(path), "");
     EXPECT_TRUE(IsLockHeldHere());
 }
 
-TEST_F(MediaProcessLogTest, WriteLogWithNowhereToWriteReturns4AndKeepsTheLockHeld) {
+TEST_F(MediaProcessLogTest, WriteLogWithoutAFileReturns4AndKeepsTheLockHeld) {
     EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "m"), 4);
     EXPECT_TRUE(IsLockHeldHere());
 }
@@ -93,12 +93,12 @@ TEST_F(MediaProcessLogTest, WriteLogOfAnEmptyFormatReturns2AndKeepsTheLockHeld) 
     EXPECT_EQ(ReadFile(path), "");
 }
 
-TEST_F(MediaProcessLogTest, ChecksComeInTheOrderLevelFileFormat) {
+TEST_F(MediaProcessLogTest, TheOrderOfChecksIsLevelFileFormat) {
     EXPECT_EQ(log.WriteLog(PROCESS_LOG_WARN, ""), 0) << "below level 4, without a file";
     EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, ""), 4);
 }
 
-TEST_F(MediaProcessLogTest, AWrittenLineIsTheFormattedTextAndNothingElseAndReleasesTheLock) {
+TEST_F(MediaProcessLogTest, AWrittenLineIsTheFormattedTextAloneAndReleasesTheLock) {
     ASSERT_EQ(Open(PROCESS_LOG_WARN), 0);
     EXPECT_EQ(log.WriteLog(PROCESS_LOG_WARN, "%d%% of %s, %.2f", 5, "it", 0.5), 0);
     EXPECT_FALSE(IsLockHeldHere());
@@ -106,7 +106,7 @@ TEST_F(MediaProcessLogTest, AWrittenLineIsTheFormattedTextAndNothingElseAndRelea
     EXPECT_EQ(ReadFile(path), "5% of it, 0.50\ntwo\n");
 }
 
-TEST_F(MediaProcessLogTest, AnUnopenablePathIsInitedAndLaterWritesReturn4) {
+TEST_F(MediaProcessLogTest, APathThatCannotBeOpenedIsInitedAndLaterWritesReturn4) {
     EXPECT_EQ(log.Init(PROCESS_LOG_DEBUG, dir.File("no/such/folder/log.txt")), 0);
     EXPECT_TRUE(log.IsInited());
     EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "m"), 4);
@@ -119,7 +119,7 @@ TEST_F(MediaProcessLogTest, InitTruncatesTheFile) {
     EXPECT_EQ(ReadFile(path), "");
 }
 
-TEST_F(MediaProcessLogTest, UninitClosesTheFileAndGoesBackToLevel4) {
+TEST_F(MediaProcessLogTest, UninitClosesTheFileAndResetsTheLevelTo4) {
     ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
     EXPECT_TRUE(log.Uninit());
     EXPECT_FALSE(log.IsInited());
@@ -150,14 +150,14 @@ TEST_F(MediaProcessLogTest, ALoggerWhoseLockItsThreadHoldsFourTimesClosesItsFile
     EXPECT_EQ(OpenFileCount(), before);
 }
 
-TEST_F(MediaProcessLogTest, AnOpenFileWithoutInitIsNowhereToWrite) {
+TEST_F(MediaProcessLogTest, WriteLogToAnOpenFileBeforeInitReturns4) {
     ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
     log.mInited = false;
     EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "m"), 4);
     EXPECT_EQ(ReadFile(path), "");
 }
 
-TEST_F(MediaProcessLogTest, HoldsOneFileOpenAndNoneInTheEnd) {
+TEST_F(MediaProcessLogTest, HoldsOneFileOpenAndNoneWhenDestroyed) {
     const long before = OpenFileCount();
     ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
     ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);

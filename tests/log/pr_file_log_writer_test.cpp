@@ -34,7 +34,7 @@ protected:
     PRFileLogWriter writer{1};
 };
 
-TEST_F(PRFileLogWriterTest, WithoutLimitsItOpensTheDateNameAndNeverRotates) {
+TEST_F(PRFileLogWriterTest, WithoutLimitsItOpensTheDatedFileAndNeverRotates) {
     ASSERT_EQ(Init(0, 0), 0);
     for (int day = 0; day < 3; ++day) {
         TheWallClock().local.day += 1;
@@ -53,8 +53,7 @@ TEST_F(PRFileLogWriterTest, BothLimits5And60Fail) {
     EXPECT_EQ(WriteTo(writer, 4, "p", "m"), -1);
 }
 
-TEST_F(PRFileLogWriterTest,
-       APeriodOf1SecondOpensANewFileAfterMoreThanOneSecondAndAtEveryWriteThen) {
+TEST_F(PRFileLogWriterTest, APeriodOf1SecondOpensANewFileAfterMoreThan1SecondAndThenAtEveryWrite) {
     ASSERT_EQ(Init(0, 1), 0);
     TheWallClock().seconds += 1;
     TheWallClock().local.second = 3;
@@ -97,7 +96,7 @@ TEST_F(PRFileLogWriterTest, AClockThatJumpsBackDoesNotRotate) {
     EXPECT_EQ(dir.Names().size(), 1U);
 }
 
-TEST_F(PRFileLogWriterTest, AClockThatJumpsAYearAheadRotatesAndOnceBackWritesOnInTheLastFile) {
+TEST_F(PRFileLogWriterTest, AClockThatJumpsAYearAheadRotatesAndOnceBackKeepsWritingToThatFile) {
     ASSERT_EQ(Init(0, 60), 0);
     TheWallClock().seconds += 31'536'000;
     TheWallClock().local.year = 2025;
@@ -109,11 +108,10 @@ TEST_F(PRFileLogWriterTest, AClockThatJumpsAYearAheadRotatesAndOnceBackWritesOnI
     EXPECT_EQ(Contents("log_2025_03_07_09_05_02_041"), "p:ahead\np:back\n");
 }
 
-TEST_F(PRFileLogWriterTest,
-       AClockThatJumpsBackTheHourOfSummerTimeOpensAnEarlierNameAndTruncatesIt) {
+TEST_F(PRFileLogWriterTest, TheEndOfDaylightSavingTimeReopensAndTruncatesAnEarlierName) {
     ASSERT_EQ(Init(0, 60), 0);
     EXPECT_EQ(WriteTo(writer, 2, "p", "before"), 0);
-    TheWallClock().seconds += 3'600;  // while the local time comes round again
+    TheWallClock().seconds += 3'600;  // while the local time repeats the hour
     EXPECT_EQ(WriteTo(writer, 2, "p", "after"), 0);
     EXPECT_EQ(dir.Names(), Names{"log_2024_03_07_09_05_02_041"});
     EXPECT_EQ(Contents("log_2024_03_07_09_05_02_041"), "p:after\n");
@@ -142,7 +140,7 @@ TEST_F(PRFileLogWriterTest, ACountAboveTheLimitOpensTheNextPart) {
     EXPECT_EQ(Contents("log_2"), "p:d\n");
 }
 
-TEST_F(PRFileLogWriterTest, NullBlockAndEmptyPrefixPrintInitParamErrorAndLeaveAnOpenFileInUse) {
+TEST_F(PRFileLogWriterTest, ANullBlockAndAnEmptyPrefixPrintInitParamErrorAndLeaveAnOpenFileInUse) {
     ASSERT_EQ(Init(3, 0), 0);
     PRFileLogParam empty;
     CaptureStderr();
@@ -162,16 +160,16 @@ TEST_F(PRFileLogWriterTest, TwoPositiveLimitsLeaveAnOpenFileInUse) {
     EXPECT_EQ(Contents("log_0"), "p:still here\n");
 }
 
-TEST_F(PRFileLogWriterTest, AFileThatCannotBeOpenedIsSaidAndWritesReturnMinus1) {
+TEST_F(PRFileLogWriterTest, AFileThatCannotBeOpenedPrintsAMessageAndWritesReturnMinus1) {
     PRFileLogParam param = {dir.File("no/such/folder"), 1, 0};
     CaptureStderr();
     EXPECT_EQ(writer.Init(&param), -1);
     EXPECT_EQ(GetCapturedStderr(), "could not open log file " + dir.File("no/such/folder_0"));
     EXPECT_EQ(WriteTo(writer, 2, "p", "m"), -1);
-    EXPECT_EQ(WriteTo(writer, 0, "p", "m"), 0) << "below the level comes first";
+    EXPECT_EQ(WriteTo(writer, 0, "p", "m"), 0) << "the level is checked first";
 }
 
-TEST_F(PRFileLogWriterTest, ARotationOntoAFolderOfThatNameIsSaidAndReturnsMinus1) {
+TEST_F(PRFileLogWriterTest, ARotationToTheNameOfAFolderPrintsAMessageAndReturnsMinus1) {
     PRFileLogParam param = {dir.File("log"), 0, 1};
     ASSERT_EQ(writer.Init(&param), 0);
     TheWallClock().seconds += 2;
@@ -230,7 +228,7 @@ TEST_F(PRFileLogWriterTest, BothLimitsAt1FailToo) {
     EXPECT_EQ(Init(0, 1), 0);
 }
 
-TEST_F(PRFileLogWriterTest, WithAPeriodAFileThatCouldNotBeOpenedIsTriedAgainAtEveryMessage) {
+TEST_F(PRFileLogWriterTest, WithAPeriodAFileThatCannotBeOpenedIsRetriedAtEveryMessage) {
     PRFileLogParam param = {dir.File("sub/log"), 0, 1};
     CaptureStderr();
     EXPECT_EQ(writer.Init(&param), -1);
@@ -243,7 +241,7 @@ TEST_F(PRFileLogWriterTest, WithAPeriodAFileThatCouldNotBeOpenedIsTriedAgainAtEv
     EXPECT_EQ(Contents("sub/log_2024_03_07_09_05_02_041"), "p:found\n");
 }
 
-TEST_F(PRFileLogWriterTest, InitStartsTheCountsAnew) {
+TEST_F(PRFileLogWriterTest, InitResetsTheCounts) {
     ASSERT_EQ(Init(10, 0), 0);
     writer.mWrittenCount = 11;
     EXPECT_EQ(WriteTo(writer, 2, "p", "m"), 0);
@@ -254,7 +252,7 @@ TEST_F(PRFileLogWriterTest, InitStartsTheCountsAnew) {
     EXPECT_EQ(writer.mStartTime, TheWallClock().seconds);
 }
 
-TEST_F(PRFileLogWriterTest, HoldsOneFileOpenHoweverOftenItRotatesAndNoneInTheEnd) {
+TEST_F(PRFileLogWriterTest, HoldsOneFileOpenAcross20RotationsAndNoneWhenDestroyed) {
     const long before = OpenFileCount();
     ASSERT_EQ(Init(0, 1), 0);
     TheWallClock().seconds += 2;
@@ -273,11 +271,11 @@ TEST_F(PRFileLogWriterTest, HoldsOneFileOpenHoweverOftenItRotatesAndNoneInTheEnd
     EXPECT_EQ(OpenFileCount(), before);
 }
 
-TEST_F(PRFileLogWriterTest, TheFileCanBeReadBackThroughItsStream) {
+TEST_F(PRFileLogWriterTest, TheFileIsOpenForReadingToo) {
     ASSERT_EQ(Init(1, 0), 0);
     WriteTo(writer, 2, "p", "m");
     std::rewind(writer.mFile);
-    EXPECT_EQ(std::fgetc(writer.mFile), 'p') << "opened for both";
+    EXPECT_EQ(std::fgetc(writer.mFile), 'p');
 }
 
 }  // namespace

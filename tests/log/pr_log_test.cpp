@@ -33,7 +33,7 @@ protected:
     PRLog log;
 };
 
-TEST_F(PRLogTest, AddLogOfKind2ReturnsMinus1AndPrintsNothing) {
+TEST_F(PRLogTest, AddLogOfType2ReturnsMinus1AndPrintsNothing) {
     CaptureStderr();
     CaptureStdout();
     EXPECT_EQ(log.AddLog(PROCESS_LOG_UNSUPPORTED, nullptr, 1), -1);
@@ -41,13 +41,13 @@ TEST_F(PRLogTest, AddLogOfKind2ReturnsMinus1AndPrintsNothing) {
     EXPECT_EQ(GetCapturedStderr(), "");
 }
 
-TEST_F(PRLogTest, AddLogOfKind7PrintsTheUnrecognisedKindAndReturnsMinus1) {
+TEST_F(PRLogTest, AddLogOfType7PrintsTheUnrecognisedTypeAndReturnsMinus1) {
     CaptureStderr();
     EXPECT_EQ(log.AddLog(static_cast<ProcessLogType>(7), nullptr, 1), -1);
     EXPECT_EQ(GetCapturedStderr(), "Log Type unrecgnized LogType=7");
 }
 
-TEST_F(PRLogTest, ARefusedKindTakesNoId) {
+TEST_F(PRLogTest, ARefusedTypeTakesNoId) {
     const int before = GeneratePRLogId();
     CaptureStderr();
     log.AddLog(PROCESS_LOG_UNSUPPORTED, nullptr, 1);
@@ -56,7 +56,7 @@ TEST_F(PRLogTest, ARefusedKindTakesNoId) {
     EXPECT_EQ(GeneratePRLogId(), before + 1);
 }
 
-TEST_F(PRLogTest, WritersAndExplicitCallsDrawFromOneSequenceOfIds) {
+TEST_F(PRLogTest, WritersAndDirectCallsShareOneSequenceOfIds) {
     const int first = AddFile("a", 1);
     EXPECT_EQ(GeneratePRLogId(), first + 1);
     EXPECT_EQ(AddFile("b", 1), first + 2);
@@ -93,7 +93,7 @@ TEST_F(PRLogTest, RemoveLogOfAnUnknownIdReturnsMinus1AndLeavesTheListUnchanged) 
     EXPECT_EQ(log.mWriters, before);
 }
 
-TEST_F(PRLogTest, DebugInfoWarnErrorHaveTheLevels1To4) {
+TEST_F(PRLogTest, DebugInfoWarnErrorAreLevels1To4) {
     for (int level = 1; level <= 5; ++level) {
         AddFile(std::to_string(level), level);
     }
@@ -108,7 +108,7 @@ TEST_F(PRLogTest, DebugInfoWarnErrorHaveTheLevels1To4) {
     EXPECT_EQ(Contents("5"), "");
 }
 
-TEST_F(PRLogTest, EveryOneOfManyWritersGetsTheWholeArgumentList) {
+TEST_F(PRLogTest, EachOfFiveWritersGetsTheWholeArgumentList) {
     for (int i = 0; i < 5; ++i) {
         AddFile(std::to_string(i), 1);
     }
@@ -121,7 +121,7 @@ TEST_F(PRLogTest, EveryOneOfManyWritersGetsTheWholeArgumentList) {
     }
 }
 
-TEST_F(PRLogTest, RemoveLogClosesTheGapAndKeepsTheOrder) {
+TEST_F(PRLogTest, RemoveLogKeepsTheOrderOfTheOthers) {
     const int a = AddFile("a", 1);
     const int b = AddFile("b", 1);
     const int c = AddFile("c", 1);
@@ -145,7 +145,7 @@ TEST_F(PRLogTest, SetLogLevelActsOnTheWriterWithThatId) {
     EXPECT_EQ(Contents("b"), "");
 }
 
-TEST_F(PRLogTest, RemoveAllLogEmptiesTheListAndMessagesThenReachNobody) {
+TEST_F(PRLogTest, RemoveAllLogEmptiesTheListAndLaterMessagesAreLost) {
     AddFile("a", 1);
     AddFile("b", 1);
     EXPECT_EQ(log.RemoveAllLog(), 0);
@@ -155,13 +155,13 @@ TEST_F(PRLogTest, RemoveAllLogEmptiesTheListAndMessagesThenReachNobody) {
     EXPECT_EQ(log.RemoveAllLog(), 0);
 }
 
-TEST_F(PRLogTest, AFormatWithoutArgumentsIsStillAFormat) {
+TEST_F(PRLogTest, AFormatWithoutArgumentsIsStillFormatted) {
     AddFile("a", 1);
     log.Info("100%", "100%%");
     EXPECT_EQ(Contents("a"), "100%:100%\n");
 }
 
-TEST_F(PRLogTest, MessagesOfTwoThreadsComeOutInWholeLines) {
+TEST_F(PRLogTest, MessagesOfTwoThreadsAreWholeLinesInOrder) {
     AddFile("a", 1);
     const auto chatter = [this](const char* name) {
         for (int i = 0; i < 500; ++i) {
@@ -188,7 +188,7 @@ TEST_F(PRLogTest, MessagesOfTwoThreadsComeOutInWholeLines) {
     EXPECT_EQ(next[1], 500);
 }
 
-TEST_F(PRLogTest, WritersComeAndGoBesideMessages) {
+TEST_F(PRLogTest, WritersAreAddedAndRemovedWhileAnotherThreadLogs) {
     std::jthread chatter([this] {
         for (int i = 0; i < 500; ++i) {
             log.Info("p", "%d", i);
@@ -215,11 +215,11 @@ private:
     int& mDestroyed;
 };
 
-TEST_F(PRLogTest, AWriterOfAnotherKindIsDestroyedAndItsStorageReleased) {
+TEST_F(PRLogTest, AWriterOfAnotherTypeIsDestroyedAndItsStorageReleased) {
     int destroyed = 0;
     auto* writer = new CountingWriter(destroyed);
     log.mWriters.push_back(writer);
-    EXPECT_EQ(log.SetLogLevel(writer->GetId(), 3), 30) << "the writer's own answer";
+    EXPECT_EQ(log.SetLogLevel(writer->GetId(), 3), 30) << "the writer's own result";
     EXPECT_EQ(log.RemoveLog(writer->GetId()), 0);
     EXPECT_EQ(destroyed, 1);
 }
@@ -240,8 +240,8 @@ TEST_F(PRLogTest, RemovingWritersClosesTheirFiles) {
     EXPECT_EQ(OpenFileCount(), before);
 }
 
-TEST(PRLogInterface, VirtualOperationsKeepTheirPlaces) {
-    // Two places for the destructor, then:
+TEST(PRLogInterface, VirtualOperationsKeepTheirSlots) {
+    // The destructor takes slots 0 and 1.
     EXPECT_EQ(VirtualSlot(&PRLog::AddLog), 2U);
     EXPECT_EQ(VirtualSlot(&PRLog::RemoveLog), 3U);
     EXPECT_EQ(VirtualSlot(&PRLog::SetLogLevel), 4U);
@@ -282,7 +282,7 @@ TEST(PRLogGlobals, TheLibraryHasOneDispatcherWithoutWritersAndLoggingIsOff) {
     EXPECT_FALSE(pr_log_enalbe);
 }
 
-TEST(PRLogDates, AreTheLocalTimeToTheMillisecond) {
+TEST(PRLogDates, ShowTheLocalTimeToTheMillisecond) {
     TheWallClock() = {};
     EXPECT_EQ(GetPRFormatDate(), "2024-03-07 09:05:02.041");
     EXPECT_EQ(GetPRFormatDate2(), "2024_03_07_09_05_02_041");
@@ -291,7 +291,7 @@ TEST(PRLogDates, AreTheLocalTimeToTheMillisecond) {
     EXPECT_EQ(GetPRFormatDate2(), "2026_12_31_23_59_59_999");
 }
 
-TEST(PRLogDates, NumbersAreInDecimal) {
+TEST(PRLogDates, NumbersPrintInDecimal) {
     EXPECT_EQ(int2str_pr(0), "0");
     EXPECT_EQ(int2str_pr(-2147483647 - 1), "-2147483648");
     EXPECT_EQ(int2str_pr(2147483647), "2147483647");

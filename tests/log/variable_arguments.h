@@ -7,7 +7,7 @@
 
 using namespace audio_filter::internal;
 
-/// Calls a writer as the dispatcher does, with a variable-argument list.
+/// Calls a writer with a variable-argument list, as the dispatcher does.
 inline int WriteTo(PRLogWriter& writer, int level, const char* prefix, const char* format, ...) {
     va_list args;
     va_start(args, format);
