@@ -14,8 +14,8 @@ const ProcessSwitchMap kAllOn = {
 template <typename Sample>
 constexpr SampleFmt kFmt = sizeof(Sample) == 2 ? SAMPLE_FMT_S16 : SAMPLE_FMT_FLT;
 
-/// Everything on, over sources of so many channels: the microphone alone, or mixed with others. At
-/// 32000 Hz the detector runs, at 31999 Hz the blocks are handed back and take the other way.
+/// Everything on, with the microphone alone or mixed with other sources. At 32000 Hz music detection
+/// runs; at 31999 Hz the blocks go through the hand-off for resampling.
 template <typename Sample>
 void Filter(benchmark::State& state) {
     const auto rate = static_cast<int>(state.range(0));

@@ -10,13 +10,13 @@
 
 namespace {
 
-/// Hears a block of 320 samples.
+/// Processes a block of 320 samples.
 void Hear(AudioClassifier& classifier, Blocks<short>& blocks) {
     benchmark::DoNotOptimize(classifier.MusicCheck(reinterpret_cast<unsigned char*>(blocks.Next()),
                                                    static_cast<unsigned int>(blocks.Bytes())));
 }
 
-/// Blocks of 10 ms, the analysis once a second among them.
+/// Blocks of 10 ms, including the analysis once a second.
 void Classifier(benchmark::State& state) {
     Blocks<short> blocks(1);
     AudioClassifier classifier;
@@ -27,7 +27,7 @@ void Classifier(benchmark::State& state) {
 }
 BENCHMARK(Classifier)->ArgName("rate")->Arg(32000)->Arg(44100)->Arg(48000);
 
-/// The same without the analysis.
+/// Blocks without an analysis.
 void ClassifierOrdinaryCall(benchmark::State& state) {
     Blocks<short> blocks(1);
     AudioClassifier classifier;
@@ -39,14 +39,14 @@ void ClassifierOrdinaryCall(benchmark::State& state) {
 }
 BENCHMARK(ClassifierOrdinaryCall)->ArgName("rate")->Arg(32000)->Arg(44100)->Arg(48000);
 
-/// Samples that an analysis takes.
+/// Samples of an analysis.
 unsigned int Full(AudioClassifier& classifier) {
     const algoParam param =
         classifier.getAlgoParam(static_cast<unsigned short>(classifier.mSampleRate));
     return 60 * param.hop + param.frameLength;
 }
 
-/// Gathers a steady tone, whose frames are all as loud: only the spectrum can decide on it.
+/// Gathers a steady tone. Its segments are equally loud, so the spectrum decides.
 void Gather(AudioClassifier& classifier, double step) {
     std::vector<short> tone(Full(classifier));
     for (std::size_t n = 0; n < tone.size(); ++n) {
@@ -56,7 +56,7 @@ void Gather(AudioClassifier& classifier, double step) {
     classifier.mGathered = Full(classifier);
 }
 
-/// The call that analyses alone, on what turns out to be music: every step of it is taken.
+/// Only the call that analyses, on music, which takes every step.
 void ClassifierAnalysingCall(benchmark::State& state) {
     Blocks<short> blocks(1);
     AudioClassifier classifier;

@@ -6,8 +6,7 @@
 
 namespace {
 
-/// The measure for the classifier's own transform: a plan that FFTW has found by measuring, of
-/// 65536 real samples in single precision.
+/// The yardstick of the classifier's transform: FFTW on 65536 real samples in single precision.
 void FourierTransform(benchmark::State& state) {
     constexpr int kSize = 65536;
     std::vector<float> signal(kSize);

@@ -1,6 +1,6 @@
 /// Suppresses the noise of a raw recording, 16-bit mono at 32000 Hz, and nothing else:
 ///     suppress bare|ours|apm|speex IN OUT
-/// bare: the packaged suppressor between the packaged band filters; ours: AudioDenoise, level 3;
+/// bare: the packaged band filters and suppressor; ours: AudioDenoise, level 3;
 /// apm: the same package's processing module with only its suppressor on; speex: SpeexDSP's
 /// preprocessor with only its noise suppression on.
 

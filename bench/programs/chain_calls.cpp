@@ -1,7 +1,7 @@
-/// The same frames through the bare suppressor or through the chain, for callgrind to count:
+/// The same blocks through the bare suppressor or through the chain, for callgrind:
 ///     chain_calls bare|s16|f32 CHANNELS FRAMES_PER_BLOCK BLOCKS [detector]
-/// At 32000 Hz, with phase check, noise suppression and gain on. Without `detector`, the music
-/// detection that belongs to this rate is kept out of the way.
+/// At 32000 Hz, with phase check, noise suppression and gain on. Music detection, which this rate
+/// has, runs only with `detector`.
 
 #include <cstdlib>
 #include <iostream>

@@ -1,6 +1,5 @@
-/// What hostile samples cost, beside speech: for every signal, the chain in which its blocks of 10
-/// ms take longest by the side of those of speech. Both run by turns, and of each the least of the
-/// medians counts.
+/// The cost of hostile samples relative to speech: for every signal, the chain with the highest ratio
+/// for blocks of 10 ms. Both signals run in turn; the lowest median of each counts.
 
 #include <algorithm>
 #include <cstdio>
@@ -10,6 +9,7 @@
 
 #include "audio_filter/audio_filter.h"
 #include "bench/programs/stopwatch.h"
+#include "common/result_code.h"
 #include "support/hostile_signals.h"
 #include "support/signals.h"
 
@@ -33,7 +33,7 @@ struct Chain {
     }
 };
 
-/// A filter with everything on, and blocks to go through it again and again.
+/// A filter with everything on, and blocks to process repeatedly.
 template <typename Sample>
 class Run {
 public:
@@ -58,8 +58,8 @@ public:
             int size = static_cast<int>(samples * sizeof(Sample));
             const double start = ThreadMicroseconds();
             const int code = mFilter->Process(from, to, size, mSources, param, 0);
-            if (code == 9) {
-                // The first 10 ms at the rate asked for stand for what a host would have resampled.
+            if (code == RESULT_NEEDS_RESAMPLING) {
+                // The first 10 ms at the requested rate stand for the resampled block.
                 const std::vector<AVSourceType> one = {AV_SOURCE_MICROPHONE};
                 mFilter->SyncProcessDelay(to, to, size, one);
                 size = 320 * mChain.channels * static_cast<int>(sizeof(Sample));

@@ -1,5 +1,5 @@
-/// How the cost of a stream grows with the number of filters, and where a filter's memory is. Mono
-/// 16-bit streams of 32000 Hz with everything on, block by block in turn.
+/// Cost per stream by the number of filters, and memory by part of a filter. Mono 16-bit streams at
+/// 32000 Hz with everything on, one block of each in turn.
 
 #include <malloc.h>
 
@@ -52,7 +52,7 @@ double Best(int count, const std::vector<short>& signal, int threads) {
         for (double& result : each) {
             running.emplace_back([&] {
                 Filters filters = Make((count + threads - 1) / threads);
-                PerBlock(filters, signal);  // warm
+                PerBlock(filters, signal);  // warm-up
                 result = PerBlock(filters, signal);
             });
         }

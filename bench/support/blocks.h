@@ -6,7 +6,7 @@
 #include "support/bytes.h"
 #include "support/signals.h"
 
-/// Ten seconds of a signal, handed out in blocks of 10 ms at 32000 Hz, round and round.
+/// Ten seconds of a signal in blocks of 10 ms at 32000 Hz, repeated endlessly.
 template <typename Sample>
 class Blocks {
 public:

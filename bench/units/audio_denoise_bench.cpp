@@ -34,8 +34,8 @@ void Denoise(benchmark::State& state) {
 BENCHMARK(Denoise<short>)->ArgName("channels")->Arg(1)->Arg(2);
 BENCHMARK(Denoise<float>)->ArgName("channels")->Arg(1)->Arg(2);
 
-/// Silence after speech: three seconds of it leave the float band filters with memories so small
-/// that arithmetic on them is slow, and they never vanish.
+/// Silence after speech: after three seconds the memories of the float band filters are subnormal,
+/// which is slow, and they stay so.
 void DenoiseFloatSilence(benchmark::State& state) {
     Blocks<float> blocks(1);
     AudioDenoise denoise;

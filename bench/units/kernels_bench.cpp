@@ -14,8 +14,8 @@
 #include "units/audio_mixing.h"
 #include "units/phase_check.h"
 
-/// Every kernel on buffers of 64 KiB, through its class. The counter "memcpys" is the time of a row
-/// over that of a plain copy of all its input bytes, measured right after it.
+/// Every kernel on buffers of 64 KiB, through its class. The counter "memcpys" is the time relative
+/// to a copy of all input bytes, measured right afterwards.
 
 namespace {
 
@@ -103,7 +103,7 @@ void PhaseCheck64KiB(benchmark::State& state) {
     const bool planar = state.range(0) != 0;
     const bool correcting = state.range(1) != 0;
     if (correcting) {
-        // Loud in the right channel alone: opposed, and still so once the left one is negated.
+        // Loud in the right channel only: opposed with and without the left one negated.
         for (std::size_t i = 0; i < samples.size() / 2; ++i) {
             samples[planar ? i : 2 * i] = 0;
         }

@@ -1,4 +1,4 @@
-/// AudioFilter beside the plain one: any calls, in any order, with any numbers.
+/// AudioFilter compared with its reference model: any calls in any order with any arguments.
 
 #include <algorithm>
 
@@ -28,7 +28,7 @@ public:
     }
 
 private:
-    /// More than this is not handed in: what is larger, and not refused, is made smaller.
+    /// The largest input in bytes. A larger size is reduced unless the filter refuses it.
     static constexpr int kLargest = 1 << 17;
 
     void Init() {
@@ -98,8 +98,8 @@ private:
         return sources;
     }
 
-    /// 10 ms of every source, some frames or some bytes of it, or any size: what the filter takes
-    /// of the last is there, and what it refuses is not.
+    /// 10 ms of every source, some frames or bytes of each, or any size. Only a size that the filter
+    /// refuses may exceed the input.
     int Size(int sources) {
         const AudioFilter& filter = mFilters.Filter();
         const int frame = std::max(

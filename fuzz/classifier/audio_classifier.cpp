@@ -1,4 +1,4 @@
-/// AudioClassifier beside the plain one, and its single routines on any numbers.
+/// AudioClassifier compared with its reference model, and its routines on any arguments.
 
 #include "classifier/audio_classifier.h"
 
@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "classifier/plain_model.h"
+#include "common/result_code.h"
 #include "fuzz/support/script.h"
 #include "support/block.h"
 
@@ -30,7 +31,7 @@ public:
             case 6: Vote(); break;
             case 7: SplitChannels(); break;
             case 8: Numbers(); break;
-            case 9: AskTheSpectrum(); break;
+            case 9: CheckSpectrum(); break;
             default: Check(); break;
         }
     }
@@ -38,19 +39,19 @@ public:
 private:
     using Floats = std::vector<float>;
 
-    /// What the plain one knows: an object anew, at a rate that it has centres for or not.
+    /// A new object with a format that the reference model covers.
     void Init() {
         const int rate = mScript.OneIn(4) ? mScript.Within(1, 50'000)
                                           : mScript.PickValueInArray({32000, 44100, 48000, 8000});
         const auto channels = static_cast<unsigned short>(mScript.Within(1, 3));
         const SampleFmt fmt = mScript.ConsumeBool() ? SAMPLE_FMT_S16 : SAMPLE_FMT_FLT;
         mUnit = std::make_unique<AudioClassifier>();
-        ASSERT_EQ(mUnit->Init(channels, rate, fmt), 0);
+        ASSERT_EQ(mUnit->Init(channels, rate, fmt), RESULT_OK);
         mPlain.emplace(channels, rate, fmt);
         mFmt = fmt;
     }
 
-    /// Any numbers, over whatever was there.
+    /// Any arguments, on the object as it is.
     void InitAnything() {
         const int rate = mScript.OneIn(4) ? mScript.AnyInt() : mScript.Within(-10, 200'000);
         const auto channels = static_cast<unsigned short>(mScript.AnyInt());
@@ -59,11 +60,11 @@ private:
         const int width = fmt == 1 || fmt == 6 ? 2 : 4;
         const double bytes = 4.0 * rate * width * std::clamp<int>(channels, 1, 2);
         if (known && bytes > kMostBytes && bytes <= 2147483647.0) {
-            return;  // the tests' to try
+            return;  // allocates too much for fuzzing; the tests cover it
         }
         mPlain.reset();
         try {
-            ASSERT_EQ(mUnit->Init(channels, rate, fmt), known ? 0 : 3);
+            ASSERT_EQ(mUnit->Init(channels, rate, fmt), known ? RESULT_OK : RESULT_INVALID);
             ASSERT_EQ(mUnit->IsInited(), known);
             mFmt = known ? fmt : mFmt;
         } catch (const std::bad_alloc&) {
@@ -81,8 +82,7 @@ private:
             auto* data = reinterpret_cast<unsigned char*>(block.Data());
             const bool music = mUnit->MusicCheck(data, static_cast<unsigned>(bytes));
             ASSERT_EQ(block.Bytes(), given);
-            // A block without a sample makes the plain one analyse, and the unit only if it has a
-            // byte.
+            // An empty block triggers an analysis in the model, but not in the unit.
             if (mPlain && bytes > 0) {
                 ASSERT_EQ(music, mPlain->Check(data, bytes));
                 ASSERT_EQ(mUnit->GetRealTimeCheckRet(), mPlain->raw);
@@ -95,7 +95,7 @@ private:
         mUnit->MusicCheck(nullptr, 7);
     }
 
-    /// A history of the script's, without the way through the suppressor.
+    /// A history from the script, without passing the suppressor.
     void Analyse() {
         if (!mPlain || mPlain->history.size() / mPlain->Width() < 31744) {
             return;
@@ -107,7 +107,7 @@ private:
         mPlain->history.assign(bytes.begin(), bytes.end());
         mUnit->mHistory = mPlain->history;
         mUnit->mGathered = static_cast<unsigned>(mPlain->gathered);
-        unsigned char byte = 0;  // analyses, though it makes no sample
+        unsigned char byte = 0;  // triggers the analysis without adding a sample
         if (!mPlain->Full()) {
             return;
         }
@@ -124,8 +124,8 @@ private:
         ExpectSameNumbers(magnitudes.get(), expected);
     }
 
-    /// The second question of an analysis, of any size of the transform.
-    void AskTheSpectrum() {
+    /// The spectrum test of an analysis, for any transform size.
+    void CheckSpectrum() {
         Floats signal = SomeFloats(mScript.Count(300));
         const auto size = static_cast<unsigned>(mScript.OneIn(4) ? mScript.Within(0, 63'998)
                                                                  : mScript.Within(0, 300));
@@ -157,7 +157,7 @@ private:
         ExpectSameNumbers(out.get(), expected);
     }
 
-    /// Segments, and what is measured of them.
+    /// Segments and their energies.
     void Frames() {
         Floats signal = SomeFloats(mScript.Count(400));
         const auto length = static_cast<unsigned short>(mScript.Within(0, 300));
@@ -258,7 +258,7 @@ private:
         return {samples.begin(), samples.end()};
     }
 
-    /// Equal, or both no number.
+    /// Equal, or both NaN.
     static void ExpectSameNumbers(const float* values, const Floats& expected) {
         for (std::size_t i = 0; i < expected.size(); ++i) {
             ASSERT_TRUE(values[i] == expected[i] ||

@@ -12,7 +12,7 @@
 #include "fuzz/support/script.h"
 #include "support/block.h"
 
-/// ProcessDataPool beside its plain model, and a lock that one thread takes.
+/// ProcessDataPool compared with its reference model, and a lock used by one thread.
 class PoolScript {
 public:
     explicit PoolScript(Script& script) : mScript(script) { Renew(); }
@@ -77,7 +77,7 @@ private:
         }
     }
 
-    /// Mostly the oldest one in use, else any: free and lost ones, too.
+    /// Mostly the oldest entry in use, else any, including free and lost ones.
     void Release() {
         if (mPlain->entries == 0) {
             return;
@@ -140,7 +140,7 @@ private:
         process_lock_destroy(&lock);
     }
 
-    /// Of those that somebody refers to; -1 for none.
+    /// One of the entries with references; -1 for none.
     int OneInUse() {
         if (mPlain->inUse.empty()) {
             return -1;

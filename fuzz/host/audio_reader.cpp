@@ -1,4 +1,4 @@
-/// AudioReader: any bytes as a file, read as floats and as samples of its kind, in any portions.
+/// AudioReader: any bytes as a file, read as floats and in the file's sample format, in any portions.
 
 #include "host/audio_reader.h"
 
@@ -33,7 +33,7 @@ private:
     int mHandle;
 };
 
-/// What a file holds, or why it is refused.
+/// The contents of a file, or the reason why it is refused.
 template <typename Sample>
 struct Recording {
     std::string failure;
@@ -41,7 +41,7 @@ struct Recording {
     std::vector<Sample> samples;
 };
 
-constexpr std::size_t kMostSamples = 1 << 22;  // a few bytes may state hours of silence
+constexpr std::size_t kMostSamples = 1 << 22;  // a few bytes can encode hours of silence
 
 template <typename Sample>
 Recording<Sample> ReadAll(const std::string& path, std::size_t portion) {

@@ -1,4 +1,4 @@
-/// The log, or the pool, whichever a script begins with.
+/// The log or the pool; the first bit of the script selects.
 
 #include "fuzz/common/pool_script.h"
 #include "fuzz/log/log_script.h"

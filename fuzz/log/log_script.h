@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "common/result_code.h"
 #include "fuzz/support/script.h"
 #include "log/fake_wall_clock.h"
 #include "log/log_output.h"
@@ -20,7 +21,7 @@
 
 using namespace audio_filter::internal;
 
-/// PRLog with any writers, and MediaProcessLog: the files have to hold what they were told.
+/// PRLog with any writers, and MediaProcessLog. The files must hold the written lines.
 class LogScript {
 public:
     explicit LogScript(Script& script) : mScript(script) { TheWallClock() = {}; }
@@ -48,7 +49,7 @@ public:
     }
 
 private:
-    /// What is known of a writer; one without a file prints elsewhere, or nowhere.
+    /// The expected state of a writer. One without a file prints to the console or nowhere.
     struct PlainWriter {
         int id;
         int level;
@@ -101,7 +102,7 @@ private:
         const auto type = static_cast<ProcessLogType>(mScript.OneIn(4) ? mScript.AnyInt() : 0);
         const int level = Level();
         if (type == PROCESS_LOG_FILE) {
-            return;  // takes another block
+            return;  // takes another parameter block
         }
         const int id = mLog.AddLog(type, mScript.OneIn(8) ? nullptr : &param, level);
         ASSERT_EQ(id == -1, type != PROCESS_LOG_CONSOLE);
@@ -112,13 +113,13 @@ private:
 
     void Remove() {
         if (mScript.OneIn(8)) {
-            ASSERT_EQ(mLog.RemoveAllLog(), 0);
+            ASSERT_EQ(mLog.RemoveAllLog(), RESULT_OK);
             mWriters.clear();
         } else if (mWriters.empty() || mScript.OneIn(6)) {
             ASSERT_EQ(mLog.RemoveLog(mScript.Within(-70'000, -1)), -1);
         } else {
             const std::size_t which = mScript.Count(mWriters.size() - 1);
-            ASSERT_EQ(mLog.RemoveLog(mWriters[which].id), 0);
+            ASSERT_EQ(mLog.RemoveLog(mWriters[which].id), RESULT_OK);
             mWriters.erase(mWriters.begin() + static_cast<std::ptrdiff_t>(which));
         }
     }
@@ -128,7 +129,7 @@ private:
         ASSERT_EQ(mLog.SetLogLevel(mScript.Within(-70'000, -1), level), -1);
         if (!mWriters.empty()) {
             PlainWriter& writer = mWriters[mScript.Count(mWriters.size() - 1)];
-            ASSERT_EQ(mLog.SetLogLevel(writer.id, level), 0);
+            ASSERT_EQ(mLog.SetLogLevel(writer.id, level), RESULT_OK);
             writer.level = level;
         }
     }
@@ -153,19 +154,19 @@ private:
         std::vector<char> message(3000);
         const int length = std::snprintf(message.data(), message.size(), Format(format),
                                          text.c_str(), number, real);
-        Say(level, prefix, Format(format), text.c_str(), number, real);
+        Log(level, prefix, Format(format), text.c_str(), number, real);
         const std::string line = prefix + ":" + std::string(message.data(), AsSize(length)) + "\n";
         for (PlainWriter& writer : mWriters) {
             Expect(writer, level, line);
         }
     }
 
-    /// No literal, on purpose: which one is not known before.
+    /// Hides the literal from format warnings, since the format is picked at run time.
     static const char* Format(const char* format) { return format; }
     static std::size_t AsSize(int length) { return static_cast<std::size_t>(length); }
 
     template <typename... Args>
-    void Say(int level, const std::string& prefix, const char* format, Args... args) {
+    void Log(int level, const std::string& prefix, const char* format, Args... args) {
         switch (level) {
             case 1: return mLog.Debug(prefix, format, args...);
             case 2: return mLog.Info(prefix, format, args...);
@@ -184,7 +185,7 @@ private:
         mFiles[writer.file] += line;
     }
 
-    /// Any format is good where there is nothing to convert.
+    /// Without arguments any text is a valid format.
     void WriteWithoutArguments() {
         const std::string format = Text();
         std::string expected;
@@ -194,13 +195,13 @@ private:
         }
         PRFileLogWriter writer(1);
         PRFileLogParam param = {mDir.File("plain" + std::to_string(++mPrefixes)), 1, 0};
-        ASSERT_EQ(writer.WriteLog(4, "p", "not open", nullptr), -1);
-        ASSERT_EQ(writer.Init(&param), 0);
+        ASSERT_EQ(writer.WriteLog(4, "p", "not open", nullptr), RESULT_FAILURE);
+        ASSERT_EQ(writer.Init(&param), RESULT_OK);
         const bool noPrefix = mScript.ConsumeBool();
         const bool noFormat = mScript.OneIn(8);
         ASSERT_EQ(writer.WriteLog(2, noPrefix ? nullptr : "p", noFormat ? nullptr : format.c_str(),
                                   nullptr),
-                  0);
+                  RESULT_OK);
         mFiles[param.namePrefix + "_0"] =
             std::string(noPrefix ? ":" : "p:") + (noFormat ? "" : expected) + "\n";
     }
@@ -217,8 +218,8 @@ private:
             if (what == 0) {
                 const bool noPath = mScript.OneIn(6);
                 const int code = log.Init(level, noPath ? "" : path);
-                ASSERT_EQ(code, known && !noPath ? 0 : 3);
-                if (code == 0) {
+                ASSERT_EQ(code, known && !noPath ? RESULT_OK : RESULT_INVALID);
+                if (code == RESULT_OK) {
                     mFiles[path].clear();
                     open = true;
                     least = level;
@@ -235,7 +236,10 @@ private:
                 const bool empty = mScript.OneIn(8);
                 const int code = log.WriteLog(level, empty ? "" : "%s", text.c_str());
                 const bool below = level < least;
-                ASSERT_EQ(code, below ? 0 : !open ? 4 : empty ? 2 : 0);
+                ASSERT_EQ(code, below   ? RESULT_OK
+                                : !open ? RESULT_NOT_INITIALISED
+                                : empty ? RESULT_BAD_ARGUMENT
+                                        : RESULT_OK);
                 if (!below && open && !empty) {
                     mFiles[path] += text + "\n";
                 }
@@ -248,6 +252,6 @@ private:
     TempDir mDir;
     PRLog mLog;
     std::vector<PlainWriter> mWriters;
-    std::map<std::string, std::string> mFiles;  ///< what they should hold
+    std::map<std::string, std::string> mFiles;  ///< expected contents
     int mPrefixes = 0;
 };

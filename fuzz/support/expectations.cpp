@@ -1,4 +1,4 @@
-/// Makes a failed expectation of GoogleTest, printed as in a test, a finding.
+/// Turns a failed GoogleTest expectation into a crash, which the fuzzer reports.
 
 #include <gtest/gtest.h>
 

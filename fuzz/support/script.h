@@ -13,13 +13,12 @@
 
 #include "common/media_process.h"
 
-/// The bytes of a run as a script: what to call, and with which numbers. At its end it answers
-/// zero.
+/// Reads the fuzzer's input as a script of calls and arguments. After its end it returns zeros.
 class Script : public FuzzedDataProvider {
 public:
     using FuzzedDataProvider::FuzzedDataProvider;
 
-    /// Until its bytes or so many steps are used up: what takes long finds no more.
+    /// Until the bytes or the steps run out. Longer runs cost time and find nothing more.
     bool GoesOn(int steps = 64) { return remaining_bytes() > 0 && mSteps++ < steps; }
 
     int Within(int lowest, int highest) { return ConsumeIntegralInRange(lowest, highest); }
@@ -30,7 +29,7 @@ public:
 
     bool OneIn(int chances) { return Within(1, chances) == chances; }
 
-    /// Any int: a small one, one at an edge, or one of all.
+    /// Any int: a small one, an edge case, or a random one.
     int AnyInt() {
         switch (Within(0, 3)) {
             case 0: return Within(-5, 20);
@@ -42,7 +41,7 @@ public:
         }
     }
 
-    /// A rate that something runs at, or any int.
+    /// A common rate, or any int.
     int Rate() {
         return OneIn(4) ? AnyInt()
                         : PickValueInArray({8000, 16000, 32000, 44100, 48000, 22050, 36000, 96000});
@@ -56,7 +55,7 @@ public:
     /// Any bits.
     float AnyFloat() { return std::bit_cast<float>(ConsumeIntegral<std::uint32_t>()); }
 
-    /// `count` bytes: a pattern of the script's own that repeats, or noise at one of 16 levels.
+    /// `count` bytes: a repeated pattern from the script, or noise at one of 16 levels.
     std::vector<char> Bytes(std::size_t count, SampleFmt format) {
         std::vector<char> bytes(count);
         if (ConsumeBool()) {

@@ -1,4 +1,4 @@
-/// AudioDenoise beside a queue of samples and an NSWrap for each channel.
+/// AudioDenoise compared with a queue of samples and an NSWrap per channel.
 
 #include "units/audio_denoise.h"
 
@@ -9,13 +9,14 @@
 #include <deque>
 #include <vector>
 
+#include "common/result_code.h"
 #include "fuzz/support/script.h"
 #include "support/block.h"
 #include "units/ns_wrap.h"
 
 namespace {
 
-/// One channel: samples wait until they make 10 ms.
+/// One channel, which buffers samples until it has 10 ms.
 class PlainChannel {
 public:
     PlainChannel(int rate, SampleFmt fmt, int level)
@@ -33,7 +34,7 @@ public:
         mWrap.Reset();
     }
 
-    /// The bytes of one sample in; those of 10 ms out, if that fills them.
+    /// Takes one sample. @return 10 ms of output once they are complete, else nothing
     std::vector<char> Take(const char* sample) {
         mWaiting.insert(mWaiting.end(), sample, sample + mWidth);
         if (mFrame == 0 || mWaiting.size() < static_cast<std::size_t>(mFrame * mWidth)) {
@@ -86,7 +87,7 @@ private:
         const SampleFmt fmt = mScript.Format();
         const int level = mScript.OneIn(8) ? mScript.AnyInt() : mScript.Within(0, 3);
         mInited = rate > 0 && channels > 0 && (fmt == 1 || fmt == 3 || fmt == 6 || fmt == 8);
-        ASSERT_EQ(mUnit.Init(rate, channels, fmt, level), mInited ? 0 : 3);
+        ASSERT_EQ(mUnit.Init(rate, channels, fmt, level), mInited ? RESULT_OK : RESULT_INVALID);
         if (mInited) {
             mChannels = channels;
             mFmt = fmt;
@@ -122,10 +123,10 @@ private:
     void Refuse() {
         char byte = 0;
         int size = mScript.AnyInt();
-        ASSERT_EQ(mUnit.Process(nullptr, &byte, size), 2);
-        ASSERT_EQ(mUnit.Process(&byte, nullptr, size), 2);
+        ASSERT_EQ(mUnit.Process(nullptr, &byte, size), RESULT_BAD_ARGUMENT);
+        ASSERT_EQ(mUnit.Process(&byte, nullptr, size), RESULT_BAD_ARGUMENT);
         size = std::min(size, 0);
-        ASSERT_EQ(mUnit.Process(&byte, &byte + 1, size), 2);
+        ASSERT_EQ(mUnit.Process(&byte, &byte + 1, size), RESULT_BAD_ARGUMENT);
     }
 
     void Process() {
@@ -133,12 +134,16 @@ private:
         const std::vector<char> given = mScript.Bytes(bytes, mFmt);
         Block in(given, mScript.Count(7));
         const bool refused = mChannels < 3 && mChannels > 0 && bytes % Channels() != 0;
-        const int code = mChannels >= 3 ? 12 : mChannels < 1 ? 4 : refused ? 3 : mInited ? 0 : 4;
-        Block out(bytes + Waiting(), mScript.Count(7));  // a frame less a sample, at most
-        std::vector<char> expected = code == 12  ? given
-                                     : code == 0 ? Suppressed(given)
-                                                 : std::vector<char>();
-        const std::size_t produced = code == 0 ? expected.size() : bytes;
+        const int code = mChannels >= 3  ? RESULT_PASSED_THROUGH
+                         : mChannels < 1 ? RESULT_NOT_INITIALISED
+                         : refused       ? RESULT_INVALID
+                         : mInited       ? RESULT_OK
+                                         : RESULT_NOT_INITIALISED;
+        Block out(bytes + Waiting(), mScript.Count(7));  // at most 10 ms less one sample
+        std::vector<char> expected = code == RESULT_PASSED_THROUGH ? given
+                                     : code == RESULT_OK           ? Suppressed(given)
+                                                                   : std::vector<char>();
+        const std::size_t produced = code == RESULT_OK ? expected.size() : bytes;
         expected.resize(out.Size(), '\x5A');
         int size = static_cast<int>(bytes);
         ASSERT_EQ(mUnit.Process(in.Data(), out.Data(), size), code);

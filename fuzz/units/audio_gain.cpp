@@ -1,7 +1,8 @@
-/// AudioGain beside the plain curves, at every level of its kernels.
+/// AudioGain compared with its reference model, at every level of the kernels.
 
 #include <gtest/gtest.h>
 
+#include "common/result_code.h"
 #include "fuzz/support/script.h"
 #include "support/block.h"
 #include "units/audio_gain.h"
@@ -40,7 +41,7 @@ private:
     void Init() {
         const SampleFmt fmt = mScript.Format();
         mInited = fmt == 1 || fmt == 3 || fmt == 6 || fmt == 8;
-        ASSERT_EQ(mUnit.Init(fmt), mInited ? 0 : 3);
+        ASSERT_EQ(mUnit.Init(fmt), mInited ? RESULT_OK : RESULT_INVALID);
         if (mInited) {
             mKind = fmt == 1 || fmt == 6 ? 1 : 3;
             mGain = 0.8F;
@@ -67,18 +68,23 @@ private:
         const int size = mScript.OneIn(20) ? mScript.Within(-5, 0) : static_cast<int>(in.size());
         const bool null = mScript.OneIn(20);
         const int code = mUnit.Process(null ? nullptr : block.Data(), size);
-        ASSERT_EQ(code, null || size < 1 ? 2 : mInited ? 0 : 4);
-        ASSERT_EQ(block.Bytes(), code == 0 ? Mapped(in, mKind) : in);
+        ASSERT_EQ(code, null || size < 1 ? RESULT_BAD_ARGUMENT
+                        : mInited        ? RESULT_OK
+                                         : RESULT_NOT_INITIALISED);
+        ASSERT_EQ(block.Bytes(), code == RESULT_OK ? Mapped(in, mKind) : in);
     }
 
     void ProcessAs(SampleFmt fmt) {
         const std::vector<char> in = Bytes();
         Block block(in, mScript.Count(7));
         const bool known = fmt == SAMPLE_FMT_S16 || fmt == SAMPLE_FMT_FLT;
-        ASSERT_EQ(mUnit.Process(block.Data(), static_cast<int>(in.size()), fmt), known ? 0 : 11);
+        ASSERT_EQ(mUnit.Process(block.Data(), static_cast<int>(in.size()), fmt),
+                  known ? RESULT_OK : RESULT_UNSUPPORTED_FORMAT);
         ASSERT_EQ(block.Bytes(), known ? Mapped(in, fmt) : in);
-        ASSERT_EQ(mUnit.Process(nullptr, mScript.AnyInt(), fmt), known ? 0 : 11);
-        ASSERT_EQ(mUnit.Process(block.Data(), mScript.Within(-1000, 0), fmt), known ? 0 : 11);
+        ASSERT_EQ(mUnit.Process(nullptr, mScript.AnyInt(), fmt),
+                  known ? RESULT_OK : RESULT_UNSUPPORTED_FORMAT);
+        ASSERT_EQ(mUnit.Process(block.Data(), mScript.Within(-1000, 0), fmt),
+                  known ? RESULT_OK : RESULT_UNSUPPORTED_FORMAT);
     }
 
     template <typename Sample>
@@ -86,7 +92,7 @@ private:
         std::vector<char> expected = Bytes();
         Block block(expected, mScript.Count(7));
         auto* samples = reinterpret_cast<Sample*>(block.Data());
-        ASSERT_EQ(mUnit.ProcessCore(samples, static_cast<int>(expected.size())), 0);
+        ASSERT_EQ(mUnit.ProcessCore(samples, static_cast<int>(expected.size())), RESULT_OK);
         std::vector<Sample> plain = SamplesOf<Sample>(expected);
         for (Sample& sample : plain) {
             sample = mGain > 0.0F ? PlainThreeSlopeGain(mGain, sample) : sample;

@@ -1,7 +1,8 @@
-/// AudioMixing beside the plain limiter, at every level of its kernels.
+/// AudioMixing compared with its reference model, at every level of the kernels.
 
 #include <gtest/gtest.h>
 
+#include "common/result_code.h"
 #include "fuzz/support/script.h"
 #include "support/block.h"
 #include "units/audio_mixing.h"
@@ -27,7 +28,7 @@ void Leave(const Kernels& kernels, const short* rows, std::size_t stride, std::s
     kernels.mixFloat(rows, stride, count, out);
 }
 
-/// The mix of `count` sources, one after another; every level of the kernels has to agree.
+/// The mix of `count` consecutive source blocks. All levels of the kernels must agree.
 template <typename Sample>
 std::vector<char> Mixed(const std::vector<char>& in, std::size_t count) {
     const std::vector<Sample> samples = SamplesOf<Sample>(in);
@@ -68,7 +69,7 @@ private:
     void Init() {
         const SampleFmt fmt = mScript.Format();
         mInited = fmt == 1 || fmt == 3 || fmt == 6 || fmt == 8;
-        ASSERT_EQ(mUnit.Init(fmt), mInited ? 0 : -1);
+        ASSERT_EQ(mUnit.Init(fmt), mInited ? RESULT_OK : RESULT_FAILURE);
         mFmt = mInited ? fmt : mFmt;
     }
 
@@ -77,7 +78,7 @@ private:
         mInited = false;
     }
 
-    /// What is refused at sight, whatever the buffers are.
+    /// Calls that are refused for any buffers.
     void Refuse() {
         char byte = 0x5A;
         int size = mScript.AnyInt();
@@ -106,8 +107,10 @@ private:
                                         : copies          ? in
                                         : width == 2      ? Mixed<short>(in, count)
                                                           : Mixed<float>(in, count);
-        const int code = !mInited ? 4 : fits ? 0 : 3;
-        const std::size_t after = code == 0 ? mixed.size() : code == 3 ? samples * width : bytes;
+        const int code = !mInited ? RESULT_NOT_INITIALISED : fits ? RESULT_OK : RESULT_INVALID;
+        const std::size_t after = code == RESULT_OK        ? mixed.size()
+                                  : code == RESULT_INVALID ? samples * width
+                                                           : bytes;
 
         Block given(in, mScript.Count(7));
         Block out(mixed.size(), mScript.Count(7));

@@ -1,4 +1,4 @@
-/// NSWrap beside the bare band filters and suppressor.
+/// NSWrap compared with the bare band filters and suppressor.
 
 #include "units/ns_wrap.h"
 
@@ -6,6 +6,7 @@
 
 #include <optional>
 
+#include "common/result_code.h"
 #include "fuzz/support/script.h"
 #include "support/bare_float_suppressor.h"
 #include "support/bare_suppressor.h"
@@ -90,8 +91,8 @@ private:
 
     void Refuse() {
         Block frame(320 * sizeof(float));
-        ASSERT_EQ(mWrap.Process(nullptr, frame.Data()), -1);
-        ASSERT_EQ(mWrap.Process(frame.Data(), nullptr), -1);
+        ASSERT_EQ(mWrap.Process(nullptr, frame.Data()), RESULT_FAILURE);
+        ASSERT_EQ(mWrap.Process(frame.Data(), nullptr), RESULT_FAILURE);
     }
 
     void Process() {
@@ -106,7 +107,7 @@ private:
             Block other(bytes, shift);
             Block& out = inPlace ? in : other;
             std::vector<char> expected = out.Bytes();
-            ASSERT_EQ(mWrap.Process(in.Data(), out.Data()), runs ? 0 : -1);
+            ASSERT_EQ(mWrap.Process(in.Data(), out.Data()), runs ? RESULT_OK : RESULT_FAILURE);
             if (runs) {
                 expected = Suppressed(given);
             }
@@ -131,7 +132,7 @@ private:
 
     Script& mScript;
     NSWrap mWrap;
-    SampleFmt mFmt = SAMPLE_FMT_NONE;      ///< stored last
+    SampleFmt mFmt = SAMPLE_FMT_NONE;      ///< last stored format
     SampleFmt mBuffers = SAMPLE_FMT_NONE;  ///< of the last good Init since Clear
     bool mCreated = false;
     std::optional<BareSuppressor> mS16;

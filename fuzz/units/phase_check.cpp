@@ -1,9 +1,10 @@
-/// PhaseCheck beside the plain detectors.
+/// PhaseCheck compared with its reference model.
 
 #include <gtest/gtest.h>
 
 #include <limits>
 
+#include "common/result_code.h"
 #include "fuzz/support/script.h"
 #include "support/block.h"
 #include "units/phase_check.h"
@@ -34,7 +35,7 @@ private:
         const int rate = mScript.Rate();
         const bool planar = mScript.ConsumeBool();
         mInited = rate >= 8000 && rate <= 48000;
-        ASSERT_EQ(mUnit.Init(rate, planar), mInited ? 0 : -1);
+        ASSERT_EQ(mUnit.Init(rate, planar), mInited ? RESULT_OK : RESULT_FAILURE);
         if (mInited) {
             mPlain = {};
             mPlain.rate = rate;
@@ -50,20 +51,20 @@ private:
         mPlain.invert = false;
     }
 
-    /// Counts without the samples for them.
+    /// Counts without samples.
     void Refuse() {
         const int count = mScript.AnyInt();
         const bool none = count <= 0 && count % 2 == 0 && mInited;
         if (none && count < 0) {
-            ASSERT_EQ(mUnit.Check(static_cast<short*>(nullptr), count), 0);
-            ASSERT_EQ(mUnit.Check2(static_cast<float*>(nullptr), count), 0);
+            ASSERT_EQ(mUnit.Check(static_cast<short*>(nullptr), count), RESULT_OK);
+            ASSERT_EQ(mUnit.Check2(static_cast<float*>(nullptr), count), RESULT_OK);
         } else if (!none) {
-            ASSERT_EQ(mUnit.Check(static_cast<float*>(nullptr), count), -1);
-            ASSERT_EQ(mUnit.Check2(static_cast<short*>(nullptr), count), -1);
+            ASSERT_EQ(mUnit.Check(static_cast<float*>(nullptr), count), RESULT_FAILURE);
+            ASSERT_EQ(mUnit.Check2(static_cast<short*>(nullptr), count), RESULT_FAILURE);
         }
     }
 
-    /// The same block over and over: decisions take seconds of audio.
+    /// Repeats one block, because decisions take seconds of audio.
     template <typename Sample>
     void Check(SampleFmt fmt) {
         const std::size_t samples = mScript.OneIn(4) ? 16'000 : mScript.Count(400);
@@ -76,9 +77,9 @@ private:
             auto* data = reinterpret_cast<Sample*>(block.Data());
             const int count = static_cast<int>(samples);
             const int code = second ? mUnit.Check2(data, count) : mUnit.Check(data, count);
-            ASSERT_EQ(code, mInited && samples % 2 == 0 ? 0 : -1);
+            ASSERT_EQ(code, mInited && samples % 2 == 0 ? RESULT_OK : RESULT_FAILURE);
             std::vector<char> expected = given;
-            if (code == 0) {
+            if (code == RESULT_OK) {
                 std::vector<Sample> plain = SamplesOf<Sample>(given);
                 mPlain.Run(plain, second);
                 PutSamples(plain, expected);

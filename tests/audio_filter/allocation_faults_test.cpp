@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "audio_filter/audio_filter.h"
+#include "common/result_code.h"
 #include "log_capture.h"
 #include "support/bytes.h"
 #include "support/fail_each.h"
@@ -37,7 +38,7 @@ int Init(AudioFilter& filter, const Stream& stream, ProcessSwitchMap switches) {
     return filter.Init(stream.rate, stream.channels, stream.fmt, &switches);
 }
 
-/// Blocks of 10 ms of two sources, and what becomes of them, with the codes.
+/// The output bytes and codes of blocks of 10 ms of two sources.
 class Session {
 public:
     explicit Session(const Stream& stream)
@@ -81,7 +82,7 @@ bool AnotherThreadGetsIn(AudioFilter& filter) {
     return !answer;
 }
 
-TEST(AllocationFaults, AFilterThatCannotBeMadeThrows) {
+TEST(AllocationFaults, AFilterWithoutMemoryThrows) {
     const int failures =
         FailEach([] { return std::make_unique<Filter>(); },
                  [](Filter& filter) {
@@ -92,13 +93,13 @@ TEST(AllocationFaults, AFilterThatCannotBeMadeThrows) {
     Report("AudioFilter", failures);
 }
 
-/// A filter and a map that lacks two kinds, which Init enters.
+/// A filter and a map without two of the kinds, which Init inserts.
 struct Started {
     AudioFilter filter;
     ProcessSwitchMap switches = {{AP_DENOISE, true}, {AP_GAIN, true}};
 };
 
-/// @param before the stream that has run in the filter, if any
+/// @param before an earlier stream of the filter; null for none
 int FailInit(const Stream& stream, const Stream* before) {
     const Session session(stream);
     const auto make = [before] {
@@ -116,15 +117,15 @@ int FailInit(const Stream& stream, const Stream* before) {
     Init(undisturbed->filter, stream, AllOn());
     const std::vector<char> expected = session.Run(undisturbed->filter);
     return FailEach(make, init, [&](Started& started, int code) {
-        EXPECT_TRUE(code == 0 || code == kThrew);
+        EXPECT_TRUE(code == RESULT_OK || code == kThrew);
         const std::vector<char> answer = session.Run(started.filter, 1);
-        EXPECT_EQ(answer.front(), code == 0 ? expected.front() : 4);
-        EXPECT_EQ(Init(started.filter, stream, AllOn()), 0);
+        EXPECT_EQ(answer.front(), code == RESULT_OK ? expected.front() : RESULT_NOT_INITIALISED);
+        EXPECT_EQ(Init(started.filter, stream, AllOn()), RESULT_OK);
         EXPECT_TRUE(session.Run(started.filter) == expected);
     });
 }
 
-TEST(AllocationFaults, AFilterWhoseInitThrewAnswers4AndAfterTheNextInitGivesTheSameBytes) {
+TEST(AllocationFaults, AFilterWhoseInitThrewReturns4AndAfterTheNextInitGivesTheSameBytes) {
     int failures = 0;
     for (const Stream& stream : kStreams) {
         failures += FailInit(stream, nullptr);
@@ -135,14 +136,14 @@ TEST(AllocationFaults, AFilterWhoseInitThrewAnswers4AndAfterTheNextInitGivesTheS
     Report("AudioFilter::Init", failures);
 }
 
-TEST(AllocationFaults, AnInitThatLogsThrowsNoMoreThanOneThatDoesNot) {
+TEST(AllocationFaults, AnInitThatLogsThrowsNoMoreThanASilentOne) {
     LogCapture log;
     Report("AudioFilter::Init, logging", FailInit(kStreams[3], &kStreams[0]));
     Report("AudioFilter::Init, logging refusals", FailInit(kStreams[10], nullptr));
 }
 
-/// The same map once more is all it takes.
-TEST(AllocationFaults, ASetMethodThatThrewHasSwitchedNothingUnheardAndIsRepeatedWithTheSameMap) {
+/// Repeating the call with the same map completes it.
+TEST(AllocationFaults, ASetMethodThatThrewHasNotifiedEverySwitchAndCanBeRepeatedWithTheSameMap) {
     struct Subject final : FilterListener {
         Subject() {
             filter.SetListener(this);
@@ -176,7 +177,7 @@ TEST(AllocationFaults, ASetMethodThatThrewHasSwitchedNothingUnheardAndIsRepeated
     Report("AudioFilter::SetMethod", failures);
 }
 
-TEST(AllocationFaults, LinesThatCannotBeBuiltAreLostAndTheCallsGoOn) {
+TEST(AllocationFaults, LinesWithoutMemoryAreLostAndTheCallsSucceed) {
     const Stream stream = {32000, 2, SAMPLE_FMT_S16};
     const Session session(stream);
     LogCapture log;
@@ -196,7 +197,7 @@ TEST(AllocationFaults, LinesThatCannotBeBuiltAreLostAndTheCallsGoOn) {
             return filter.Init(0, 1, SAMPLE_FMT_S16, nullptr);
         },
         [&](AudioFilter& filter, int code) {
-            EXPECT_EQ(code, 3);
+            EXPECT_EQ(code, RESULT_INVALID);
             Init(filter, stream, AllOn());
             EXPECT_TRUE(session.Run(filter, 2) == expected);
         });
@@ -207,12 +208,11 @@ TEST(AllocationFaults, LinesThatCannotBeBuiltAreLostAndTheCallsGoOn) {
                             filter.reset();
                             return 0;
                         },
-                        [](Filter&, int code) { EXPECT_EQ(code, 0); });
+                        [](Filter&, int code) { EXPECT_EQ(code, RESULT_OK); });
     Report("~AudioFilter, logging", failures);
 }
 
-/// A filter that has gathered enough for an analysis, and the call that brings it about, with all
-/// that a caller has to make for one.
+/// A filter that has gathered enough for an analysis, and the arguments of the call that triggers it.
 struct AnalysingCall {
     AnalysingCall() {
         Init(filter, {32000, 1, SAMPLE_FMT_S16}, AllOn());
@@ -235,7 +235,7 @@ struct AnalysingCall {
     std::vector<char> out = std::vector<char>(1280);
 };
 
-TEST(AllocationFaults, AnAnalysisHasNoAllocationThatCouldFailAndItsLogLinesMay) {
+TEST(AllocationFaults, AnAnalysisAllocatesNothingButItsLogLines) {
     AnalysingCall undisturbed;
     Allocations allocations;
     EXPECT_EQ(undisturbed.Run(), 0);
@@ -243,13 +243,13 @@ TEST(AllocationFaults, AnAnalysisHasNoAllocationThatCouldFailAndItsLogLinesMay) 
     EXPECT_EQ(undisturbed.filter.mClassifier.mVoteCount, 1);
     const int failures = FailEach([] { return std::make_unique<AnalysingCall>(); },
                                   [](AnalysingCall& call) {
-                                      PR_LOG_ENABLE(true);  // to a dispatcher without writers
+                                      PR_LOG_ENABLE(true);  // with no writers
                                       const int code = call.Run();
                                       PR_LOG_ENABLE(false);
                                       return code;
                                   },
                                   [&](AnalysingCall& call, int code) {
-                                      EXPECT_EQ(code, 0);
+                                      EXPECT_EQ(code, RESULT_OK);
                                       EXPECT_TRUE(call.out == undisturbed.out);
                                       EXPECT_EQ(call.filter.mClassifier.mVoteCount, 1);
                                       EXPECT_TRUE(AnotherThreadGetsIn(call.filter));

@@ -9,7 +9,7 @@
 
 namespace {
 
-/// A map to be changed by a call, if there is one.
+/// A copy of a map that a call may change, or null.
 using Switches = std::optional<ProcessSwitchMap>;
 
 Switches CopyOf(const ProcessSwitchMap* switches) {
@@ -31,7 +31,7 @@ void ComparedFilters::Renew() {
     ExpectTheSame();
 }
 
-/// Where memory runs out, no Init is good.
+/// An Init that runs out of memory is not successful.
 void ComparedFilters::Init(int sampleRate, int channels, SampleFmt fmt,
                            const ProcessSwitchMap* switches) {
     Switches given = CopyOf(switches);
@@ -43,7 +43,7 @@ void ComparedFilters::Init(int sampleRate, int channels, SampleFmt fmt,
         EXPECT_EQ(code, mExpected->Init(sampleRate, channels, fmt, AddressOf(model)));
         EXPECT_TRUE(code != 0 || second <= std::numeric_limits<std::int32_t>::max());
     } catch (const std::bad_alloc&) {
-        EXPECT_GT(second, 1e7) << "memory for so little";
+        EXPECT_GT(second, 1e7) << "out of memory for a small stream";
         mExpected->FailToInit(sampleRate, channels, fmt);
     }
     EXPECT_EQ(given, model);
@@ -81,7 +81,7 @@ void ComparedFilters::SetListener(bool listens) {
     ExpectTheSame();
 }
 
-/// What the headers ask a host for.
+/// The sizes of buffers that the headers require.
 std::size_t ComparedFilters::RoomFor(Entry entry, const PlainFilter::Call& call) const {
     const std::size_t bytes = call.in.size();
     const std::size_t blocks = std::max<std::size_t>(call.sources.size(), 1);
@@ -134,8 +134,8 @@ int ComparedFilters::Run(Entry entry, PlainFilter::Call call, std::size_t shift)
     mHasCorrected = !call.inPlace && call.in != asGiven;
     EXPECT_EQ(code, expected);
     EXPECT_EQ(size, call.size);
-    EXPECT_TRUE(in.Bytes() == call.in) << "what is left in the input";
-    EXPECT_TRUE(out.Bytes() == call.out) << "what is in the output, and behind it";
+    EXPECT_TRUE(in.Bytes() == call.in) << "the input after the call";
+    EXPECT_TRUE(out.Bytes() == call.out) << "the output and the bytes after it";
     EXPECT_EQ(param.audioSampleRate, call.param.audioSampleRate);
     EXPECT_EQ(param.audioChannels, call.param.audioChannels);
     EXPECT_EQ(param.audioSampleFmt, call.param.audioSampleFmt);

@@ -11,13 +11,13 @@
 #include "log_capture.h"
 #include "plain_filter.h"
 
-/// An AudioFilter and the plain one, called alike. Whatever a call answers, writes, logs and tells
-/// is expected to be the same.
+/// Makes the same calls on an AudioFilter and on the reference model, and expects the same results,
+/// bytes, log lines and events.
 class ComparedFilters {
 public:
     enum class Entry { kProcess, kProcessResample, kSyncProcessDelay };
 
-    /// Both anew, without a listener.
+    /// Replaces both by new ones without a listener.
     void Renew();
     void Init(int sampleRate, int channels, SampleFmt fmt, const ProcessSwitchMap* switches);
     void Clear();
@@ -25,17 +25,17 @@ public:
     void SetParameter(const ProcessParam* param, ProcessType type);
     void SetListener(bool listens);
 
-    /// @param call its size and sources, and the bytes of `in`: as many, unless they are not to be
-    ///        looked at. The rest is made here: buffers as large as the headers ask for.
-    /// @param shift how far past an aligned address the buffers begin
+    /// @param call its size, sources and input bytes: `size` of them, unless the call is refused
+    ///        before reading. The buffers are made here, as large as the headers require.
+    /// @param shift bytes from an aligned address to the start of the buffers
     /// @return the code
     int Run(Entry entry, PlainFilter::Call call, std::size_t shift);
 
-    /// Whether the last call has written into its input, out of place.
+    /// Whether the last call, not in place, wrote into its input.
     bool HasCorrected() const { return mHasCorrected; }
     const AudioFilter& Filter() const { return *mFilter; }
 
-    /// Whether every entry refuses a buffer of that size, whatever is in it.
+    /// Whether every entry refuses a buffer of that size.
     bool Refuses(int size, int sources) const;
 
 private:

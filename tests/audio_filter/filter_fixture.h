@@ -11,7 +11,7 @@
 #include "log_capture.h"
 #include "support/bytes.h"
 
-/// A filter with a listener, and what both say.
+/// A filter with a listener, and its log lines and events.
 class FilterTest : public testing::Test, public FilterListener {
 protected:
     using Events = std::vector<std::pair<int, std::string>>;
@@ -21,7 +21,7 @@ protected:
 
     void OnEvent(int code, std::string message) override { events.emplace_back(code, message); }
 
-    /// Initialises with the given kinds on, and forgets what that said.
+    /// Initialises with the given kinds on, and drops the lines and events of that.
     int Start(int rate, int channels, SampleFmt fmt, std::vector<ProcessType> kinds = {}) {
         ProcessSwitchMap switches;
         for (const ProcessType kind : kinds) {
@@ -33,7 +33,7 @@ protected:
         return code;
     }
 
-    /// Processes samples into a buffer with room for a frame more, and keeps what came out.
+    /// Processes samples into a buffer with room for 10 ms more, and keeps the output.
     template <typename Sample>
     int Process(std::vector<Sample>& samples, std::vector<AVSourceType> sources) {
         std::vector<Sample> room(samples.size() + 320 * 3);

@@ -1,10 +1,11 @@
-/// Samples that no microphone makes, in every format through every chain: while they last nothing
-/// breaks, and within a second of clean input the output is finite, in range and to be heard again.
+/// Hostile samples in every format through every chain: the calls succeed, and after a second of
+/// speech the output is finite, in range and audible again.
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 
+#include "common/result_code.h"
 #include "filter_fixture.h"
 #include "support/hostile_signals.h"
 #include "support/seed.h"
@@ -18,7 +19,7 @@ const Kinds kAll = {AP_DENOISE, AP_PHASE_CHECK, AP_MIXING, AP_GAIN};
 const Kinds kWithoutGain = {AP_DENOISE, AP_PHASE_CHECK, AP_MIXING};
 const Kinds kWithoutDenoise = {AP_PHASE_CHECK, AP_MIXING, AP_GAIN};
 
-/// The suppressor makes silence of planar samples, hostile or not.
+/// The suppressor outputs silence for planar samples, hostile or not.
 bool IsSilenced(SampleFmt fmt, const Kinds& kinds) {
     return (fmt == SAMPLE_FMT_S16P || fmt == SAMPLE_FMT_FLTP) && kinds != kWithoutDenoise;
 }
@@ -32,14 +33,14 @@ protected:
         speech = NoisySpeech(random, 480 * 2 * 2 * 120, 48000.0);
     }
 
-    /// Ten milliseconds of each source, through Process and, if it is handed back, ProcessResample.
+    /// 10 ms of each source through Process and, after a hand-off, ProcessResample.
     template <typename Sample>
     std::vector<Sample> Block(std::vector<Sample> samples,
                               const std::vector<AVSourceType>& sources) {
         std::vector<Sample> room(samples.size() + 1280);
         int bytes = ByteCount(samples);
         int code = filter->Process(BytesOf(samples), BytesOf(room), bytes, sources, param, 0);
-        if (code == 9) {
+        if (code == RESULT_NEEDS_RESAMPLING) {
             std::vector<Sample> handed(room.begin(),
                                        room.begin() + bytes / static_cast<int>(sizeof(Sample)));
             filter->SyncProcessDelay(BytesOf(handed), BytesOf(handed), bytes,
@@ -47,7 +48,7 @@ protected:
             code = filter->ProcessResample(BytesOf(handed), BytesOf(room), bytes,
                                            {AV_SOURCE_MICROPHONE}, param, 0);
         }
-        EXPECT_TRUE(code == 0 || code == 12) << code;
+        EXPECT_TRUE(code == RESULT_OK || code == RESULT_RESAMPLED) << code;
         room.resize(static_cast<std::size_t>(bytes) / sizeof(Sample));
         return room;
     }
@@ -55,7 +56,7 @@ protected:
     template <typename Sample>
     void Recovers(const HostileSignal& hostile, int rate, int channels, SampleFmt fmt,
                   const std::vector<AVSourceType>& sources, const Kinds& kinds) {
-        ASSERT_EQ(Start(rate, channels, fmt, kinds), 0);
+        ASSERT_EQ(Start(rate, channels, fmt, kinds), RESULT_OK);
         const std::size_t perBlock =
             static_cast<std::size_t>(rate / 100 * channels) * sources.size();
         const std::vector<Sample> clean = As<Sample>(speech);
@@ -104,7 +105,7 @@ TEST_F(HostileSamples, LeaveNoTraceAfterASecondOfSpeech) {
     }
 }
 
-TEST_F(HostileSamples, InPlanarFormatsAndThreeChannelsBreakNothingEither) {
+TEST_F(HostileSamples, InPlanarFormatsAndThreeChannelsLeaveTheCallsSuccessful) {
     const std::vector<AVSourceType> microphone = {AV_SOURCE_MICROPHONE};
     const std::vector<AVSourceType> two = {AV_SOURCE_MICROPHONE, AV_SOURCE_1};
     for (const HostileSignal& hostile : kHostileSignals) {

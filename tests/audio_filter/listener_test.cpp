@@ -1,10 +1,11 @@
-/// What a listener may do from OnEvent: set parameters, itself or in another thread.
+/// A listener may set parameters from OnEvent, on its own thread or on another.
 
 #include <atomic>
 #include <functional>
 #include <thread>
 #include <utility>
 
+#include "common/result_code.h"
 #include "filter_fixture.h"
 
 namespace {
@@ -16,7 +17,7 @@ public:
     Handing(const Handing&) = delete;
     Handing& operator=(const Handing&) = delete;
 
-    /// Hands the work on, and waits for nothing.
+    /// Passes the work to another thread without waiting.
     void OnEvent(int, std::string) override { mThreads.emplace_back(mWork); }
 
     void Join() {
@@ -33,7 +34,7 @@ private:
 
 class Listening : public FilterTest {
 protected:
-    /// What gain 0.25 makes of a ramp, set by a filter that nobody listens to.
+    /// A ramp at gain 0.25, by a filter without a listener.
     std::vector<short> Quarter() {
         AudioFilter plain;
         ProcessSwitchMap switches = {{AP_GAIN, true}};
@@ -46,7 +47,7 @@ protected:
     }
     std::vector<short> Processed() {
         std::vector<short> samples = ramp;
-        EXPECT_EQ(Process(samples, {AV_SOURCE_1}), 0);
+        EXPECT_EQ(Process(samples, {AV_SOURCE_1}), RESULT_OK);
         return Out<short>();
     }
 
@@ -60,7 +61,7 @@ protected:
     }();
 };
 
-TEST_F(Listening, AParameterThatAnotherThreadSetsOnAnEventHoldsForTheNextBlock) {
+TEST_F(Listening, AParameterSetByAnotherThreadOnAnEventAppliesToTheNextBlock) {
     Handing listener([this] {
         EXPECT_TRUE(filter->SetParameter(&quarter, AP_GAIN));
         EXPECT_TRUE(filter->SetParameter(&quarter, AP_DENOISE));
@@ -74,15 +75,15 @@ TEST_F(Listening, AParameterThatAnotherThreadSetsOnAnEventHoldsForTheNextBlock) 
     EXPECT_EQ(Processed(), Quarter());
 }
 
-TEST_F(Listening, AParameterThatAnotherThreadSetsOnAnEventOfInitHoldsForTheFirstBlock) {
+TEST_F(Listening, AParameterSetByAnotherThreadOnAnEventOfInitAppliesToTheFirstBlock) {
     Handing listener([this] { EXPECT_TRUE(filter->SetParameter(&quarter, AP_GAIN)); });
     filter->SetListener(&listener);
-    EXPECT_EQ(Start(32000, 2, SAMPLE_FMT_S16, {AP_GAIN}), 0);
+    EXPECT_EQ(Start(32000, 2, SAMPLE_FMT_S16, {AP_GAIN}), RESULT_OK);
     listener.Join();
     EXPECT_EQ(Processed(), Quarter());
 }
 
-TEST_F(Listening, AParameterThatOnEventSetsItselfHoldsForTheNextBlock) {
+TEST_F(Listening, AParameterSetByOnEventItselfAppliesToTheNextBlock) {
     struct Setting : FilterListener {
         void OnEvent(int, std::string) override {
             EXPECT_TRUE(filter->SetParameter(param, AP_GAIN));
@@ -93,14 +94,14 @@ TEST_F(Listening, AParameterThatOnEventSetsItselfHoldsForTheNextBlock) {
     listener.filter = filter.get();
     listener.param = &quarter;
     filter->SetListener(&listener);
-    EXPECT_EQ(Start(32000, 2, SAMPLE_FMT_S16, {AP_GAIN}), 0);
+    EXPECT_EQ(Start(32000, 2, SAMPLE_FMT_S16, {AP_GAIN}), RESULT_OK);
     EXPECT_EQ(Processed(), Quarter());
     bool entered = false;
     std::thread([&] { entered = filter->SetParameter(&quarter, AP_GAIN); }).join();
-    EXPECT_TRUE(entered) << "the lock has been given back";
+    EXPECT_TRUE(entered) << "the lock is free again";
 }
 
-TEST_F(Listening, ThreeHundredSwitchesBesideAudioEachWithAParameterFromAnotherThread) {
+TEST_F(Listening, ThreeHundredSwitchesDuringProcessingEachSetAParameterOnAnotherThread) {
     std::atomic<int> set = 0;
     Handing listener([&] { set += filter->SetParameter(&quarter, AP_GAIN) ? 1 : 0; });
     Start(32000, 2, SAMPLE_FMT_S16);
@@ -127,8 +128,8 @@ TEST_F(Listening, ThreeHundredSwitchesBesideAudioEachWithAParameterFromAnotherTh
     EXPECT_EQ(set, 300);
 }
 
-/// A listener's own exception leaves the lock free.
-TEST_F(Listening, AnExceptionOfTheListenersComesOutOfSetMethodWithTheLockGivenBack) {
+/// An exception thrown by a listener leaves the lock free.
+TEST_F(Listening, AnExceptionFromOnEventLeavesSetMethodWithTheLockFree) {
     struct Throwing : FilterListener {
         void OnEvent(int, std::string) override { throw 7; }
     } listener;
@@ -139,7 +140,7 @@ TEST_F(Listening, AnExceptionOfTheListenersComesOutOfSetMethodWithTheLockGivenBa
     bool entered = false;
     std::thread([&] { entered = filter->SetParameter(&quarter, AP_GAIN); }).join();
     EXPECT_TRUE(entered);
-    EXPECT_EQ(Processed(), Quarter()) << "it has been switched";
+    EXPECT_EQ(Processed(), Quarter()) << "the kind is switched";
 }
 
 /// Stands in for pr_log, so that a listener can be set in the middle of SetMethod.

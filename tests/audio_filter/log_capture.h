@@ -8,8 +8,8 @@
 #include "log/pr_log.h"
 #include "support/temp_dir.h"
 
-/// Turns logging on, at all levels, for as long as it lives, and hands out what has been logged.
-/// The date is cut off, and source lines can be masked:
+/// Turns logging on at all levels while it lives, and returns the logged lines without their dates.
+/// Source lines can be masked:
 ///     [ERROR]MediaProcessLog:AudioFilter::Init:*:AGC init error, error code is 3
 class LogCapture {
 public:
@@ -25,15 +25,14 @@ public:
     LogCapture(const LogCapture&) = delete;
     LogCapture& operator=(const LogCapture&) = delete;
 
-    /// Lines since the last call. Those of Init, Clear and SetMethod bear their own source line,
-    /// which is masked.
+    /// Lines since the last call. The source line tags of Init, Clear and SetMethod are masked.
     std::vector<std::string> Lines() {
         std::vector<std::string> lines;
         std::ifstream file(mDir.File("log_0"), std::ios::binary);
         file.seekg(mRead);
         for (std::string line; std::getline(file, line);) {
             mRead = file.tellg();
-            if (line.back() == '\r') {  // the line ends of the platform
+            if (line.back() == '\r') {  // a Windows line end
                 line.pop_back();
             }
             lines.push_back(Masked(line.substr(line.find('['))));

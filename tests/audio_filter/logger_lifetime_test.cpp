@@ -1,9 +1,10 @@
-/// Loggers that are gone before the filter, or stay after it.
+/// Loggers that are destroyed before or after the filter.
 
 #include <memory>
 #include <utility>
 #include <vector>
 
+#include "common/result_code.h"
 #include "filter_fixture.h"
 
 namespace {
@@ -11,27 +12,27 @@ namespace {
 class LoggerLifetime : public FilterTest {
 protected:
     void ExpectARun() {
-        EXPECT_EQ(Start(32000, 1, SAMPLE_FMT_S16, {AP_DENOISE, AP_GAIN}), 0);
+        EXPECT_EQ(Start(32000, 1, SAMPLE_FMT_S16, {AP_DENOISE, AP_GAIN}), RESULT_OK);
         std::vector<short> samples(320);
-        EXPECT_EQ(Process(samples, {AV_SOURCE_MICROPHONE}), 0);
+        EXPECT_EQ(Process(samples, {AV_SOURCE_MICROPHONE}), RESULT_OK);
         EXPECT_TRUE(filter->Clear());
     }
 
     TempDir dir;
 };
 
-TEST_F(LoggerLifetime, ALoggerThatIsFreedBeforeTheFilterIsNeverTouched) {
+TEST_F(LoggerLifetime, ALoggerFreedBeforeTheFilterIsNeverUsed) {
     auto logger = std::make_unique<MediaProcessLog>();
     logger->Init(PROCESS_LOG_DEBUG, dir.File("log"));
     filter->SetLogger(logger.get());
     ExpectARun();
     logger.reset();
-    EXPECT_EQ(ReadFile(dir.File("log")), "") << "nothing is written to it";
+    EXPECT_EQ(ReadFile(dir.File("log")), "") << "the filter writes nothing to it";
     ExpectARun();
     filter.reset();
 }
 
-TEST_F(LoggerLifetime, ALoggerThatIsFreedAfterTheFilterOrAtTheEndOfTheProcessStillWrites) {
+TEST_F(LoggerLifetime, ALoggerFreedAfterTheFilterOrAtProcessExitStillWrites) {
     static std::vector<std::unique_ptr<MediaProcessLog>> untilTheEnd;
     for (const bool freed : {true, false}) {
         auto logger = std::make_unique<MediaProcessLog>();
@@ -40,7 +41,7 @@ TEST_F(LoggerLifetime, ALoggerThatIsFreedAfterTheFilterOrAtTheEndOfTheProcessSti
         filter->SetLogger(logger.get());
         ExpectARun();
         filter.reset();
-        EXPECT_EQ(logger->WriteLog(PROCESS_LOG_ERROR, "after the filter"), 0);
+        EXPECT_EQ(logger->WriteLog(PROCESS_LOG_ERROR, "after the filter"), RESULT_OK);
         EXPECT_EQ(ReadFile(dir.File("log")), "after the filter\n");
         if (!freed) {
             logger->Uninit();
@@ -49,10 +50,10 @@ TEST_F(LoggerLifetime, ALoggerThatIsFreedAfterTheFilterOrAtTheEndOfTheProcessSti
     }
 }
 
-TEST_F(LoggerLifetime, ALoggerWhoseLockItsThreadLeavesHeldIsFreedBeforeOrAfterTheFilter) {
+TEST_F(LoggerLifetime, ALoggerWithItsLockHeldCanBeFreedBeforeOrAfterTheFilter) {
     for (const bool before : {true, false}) {
         auto logger = std::make_unique<MediaProcessLog>();
-        EXPECT_EQ(logger->WriteLog(PROCESS_LOG_DEBUG, "leaves the lock held"), 0);
+        EXPECT_EQ(logger->WriteLog(PROCESS_LOG_DEBUG, "leaves the lock held"), RESULT_OK);
         filter = std::make_unique<AudioFilter>();
         filter->SetLogger(logger.get());
         if (before) {
@@ -63,20 +64,20 @@ TEST_F(LoggerLifetime, ALoggerWhoseLockItsThreadLeavesHeldIsFreedBeforeOrAfterTh
     }
 }
 
-TEST_F(LoggerLifetime, WritersThatAreRemovedWhileLoggingIsOnLeaveAFilterWhoseLinesReachNobody) {
+TEST_F(LoggerLifetime, AFilterLogsToNobodyOnceTheWritersAreRemoved) {
     ExpectARun();
-    EXPECT_EQ(pr_log->RemoveAllLog(), 0);
+    EXPECT_EQ(pr_log->RemoveAllLog(), RESULT_OK);
     ExpectARun();
-    EXPECT_EQ(pr_log->RemoveLog(0), -1) << "too late";
+    EXPECT_EQ(pr_log->RemoveLog(0), RESULT_FAILURE) << "already removed";
     filter.reset();
 }
 
-TEST_F(LoggerLifetime, ADispatcherThatTheHostDeletesWithLoggingOffIsNotMissed) {
+TEST_F(LoggerLifetime, WithLoggingOffTheHostMayDeleteTheDispatcher) {
     PR_LOG_ENABLE(false);
     delete std::exchange(pr_log, nullptr);
     ExpectARun();
     filter.reset();
-    pr_log = new PRLog;  // the host's own, from now on
+    pr_log = new PRLog;  // now the host's own
     PR_LOG_ENABLE(true);
     PRFileLogParam own = {dir.File("own"), 1, 0};
     EXPECT_GE(pr_log->AddLog(PROCESS_LOG_FILE, &own, PROCESS_LOG_INFO), 0);

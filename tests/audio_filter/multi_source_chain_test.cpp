@@ -1,4 +1,5 @@
 #include "audio_filter/log_address.h"
+#include "common/result_code.h"
 #include "filter_fixture.h"
 #include "support/seed.h"
 #include "support/signals.h"
@@ -47,11 +48,11 @@ protected:
                 filter->mPhaseCheck[2].mTotal};
     }
 
-    /// Frames that each checker counts of blocks of 100 frames.
+    /// The frames that each checker counts for blocks of 100 frames.
     std::vector<std::uint64_t> CountedOf(std::initializer_list<int> kinds) {
         Start(32000, 2, SAMPLE_FMT_S16, {AP_PHASE_CHECK, AP_MIXING});
         std::vector<short> samples(200 * kinds.size(), 1000);
-        EXPECT_EQ(Process(samples, Kinds(kinds)), 0);
+        EXPECT_EQ(Process(samples, Kinds(kinds)), RESULT_OK);
         return Counted();
     }
 
@@ -60,12 +61,12 @@ protected:
 
 using Counts = std::vector<std::uint64_t>;
 
-TEST_F(MultiSourceChain, TheListOf1And5And1IsAnErrorAnd0And2And0RepeatsAndAnEmptyOneDoesNot) {
+TEST_F(MultiSourceChain, Sources1_5_1AreAnErrorAnd0_2_0RepeatAndAnEmptyListDoesNot) {
     EXPECT_FALSE(filter->CheckSameSrcType(Kinds({1, 5, 1})));
     EXPECT_EQ(log.Lines(), Lines{"[ERROR]MediaProcessLog:AudioFilter::CheckSameSrcType:683:audio "
                                  "source check get a error type "});
     EXPECT_TRUE(filter->CheckSameSrcType(Kinds({0, 2, 0})));
-    EXPECT_TRUE(filter->CheckSameSrcType(Kinds({1, 1, 5}))) << "before the unknown kind";
+    EXPECT_TRUE(filter->CheckSameSrcType(Kinds({1, 1, 5}))) << "before the unknown type";
     EXPECT_FALSE(filter->CheckSameSrcType({}));
     EXPECT_FALSE(filter->CheckSameSrcType(Kinds({3, 2, 1, 0})));
     EXPECT_EQ(log.Lines(), Lines{});
@@ -73,7 +74,7 @@ TEST_F(MultiSourceChain, TheListOf1And5And1IsAnErrorAnd0And2And0RepeatsAndAnEmpt
     EXPECT_EQ(log.Lines().size(), 1U);
 }
 
-TEST_F(MultiSourceChain, MicrophonesAreCountedInALikeManner) {
+TEST_F(MultiSourceChain, PrivateSourceQueriesCountMicrophones) {
     EXPECT_TRUE(filter->HaveMicSrc(Kinds({0, 2, 0})));
     EXPECT_TRUE(filter->CheckMultiMicSrc(Kinds({0, 2, 0})));
     EXPECT_TRUE(filter->HaveMicSrc(Kinds({1, 0})));
@@ -82,43 +83,44 @@ TEST_F(MultiSourceChain, MicrophonesAreCountedInALikeManner) {
     EXPECT_FALSE(filter->CheckMultiMicSrc(Kinds({1, 2, 3})));
 }
 
-TEST_F(MultiSourceChain, TwoMicrophonesAreNotPhaseCheckedButMixed) {
+TEST_F(MultiSourceChain, TwoMicrophonesAreMixedWithoutAPhaseCheck) {
     Start(32000, 2, SAMPLE_FMT_S16, {AP_PHASE_CHECK, AP_MIXING});
     std::vector<short> samples = Noise(800);
     const std::vector<short> expected = Mixed(samples, 2);
-    EXPECT_EQ(Process(samples, {kMic, kMic}), 0);
+    EXPECT_EQ(Process(samples, {kMic, kMic}), RESULT_OK);
     EXPECT_EQ(Counted(), (Counts{0, 0, 0}));
     EXPECT_EQ(Out<short>(), expected);
 }
 
-TEST_F(MultiSourceChain, Kind3TakesTheCheckerOfTheBlockBeforeItAndCheckerOneWhenItIsTheFirst) {
+TEST_F(MultiSourceChain, Source3UsesTheCheckerOfTheBlockBeforeItAndChecker1WhenItIsFirst) {
     EXPECT_EQ(CountedOf({3, 2}), (Counts{0, 100, 100}));
     EXPECT_EQ(CountedOf({2, 3}), (Counts{0, 0, 200}));
     EXPECT_EQ(CountedOf({0, 3}), (Counts{200, 0, 0}));
     EXPECT_EQ(CountedOf({0, 1, 2}), (Counts{100, 100, 100}));
 }
 
-TEST_F(MultiSourceChain, AnUnknownKindBeforeTheRepetitionDoesNotSkipTheChecks) {
+TEST_F(MultiSourceChain, AnUnknownSourceTypeBeforeTheRepetitionDoesNotSkipTheChecks) {
     EXPECT_EQ(CountedOf({0, 5, 0}), (Counts{300, 0, 0}));
     EXPECT_EQ(CountedOf({0, 0, 5}), (Counts{0, 0, 0}));
 }
 
-TEST_F(MultiSourceChain, AMonoStreamOrASwitchThatIsOffIsNotPhaseChecked) {
+TEST_F(MultiSourceChain, AMonoStreamOrASwitchedOffCheckIsNotPhaseChecked) {
     Start(32000, 1, SAMPLE_FMT_S16, {AP_PHASE_CHECK, AP_MIXING});
     std::vector<short> samples(400, 1000);
-    EXPECT_EQ(Process(samples, Kinds({0, 1})), 0);
+    EXPECT_EQ(Process(samples, Kinds({0, 1})), RESULT_OK);
     Start(32000, 2, SAMPLE_FMT_S16, {AP_MIXING});
-    EXPECT_EQ(Process(samples, Kinds({0, 1})), 0);
+    EXPECT_EQ(Process(samples, Kinds({0, 1})), RESULT_OK);
     EXPECT_EQ(Counted(), (Counts{0, 0, 0}));
 }
 
-TEST_F(MultiSourceChain, WithoutAMicrophoneTheMixIsCopiedAndNeitherDetectedNorSuppressed) {
+TEST_F(MultiSourceChain, WithoutAMicrophoneTheMixIsCopiedWithoutDetectionAndSuppression) {
     Start(32000, 2, SAMPLE_FMT_S16, {AP_PHASE_CHECK, AP_DENOISE, AP_MIXING});
     std::vector<short> samples = Noise(800);
     const std::vector<short> expected = Mixed(samples, 2);
     size = 1600;
     std::vector<short> result(1600);
-    EXPECT_EQ(filter->Process(BytesOf(samples), BytesOf(result), size, Kinds({1, 2}), param, 0), 0);
+    EXPECT_EQ(filter->Process(BytesOf(samples), BytesOf(result), size, Kinds({1, 2}), param, 0),
+              RESULT_OK);
     EXPECT_EQ(size, 800);
     result.resize(400);
     EXPECT_EQ(result, expected);
@@ -136,10 +138,10 @@ TEST_F(MultiSourceChain, WithoutAMicrophoneTheMixIsCopiedAndNeitherDetectedNorSu
                               ", byteSize:800")}));
 }
 
-TEST_F(MultiSourceChain, WithGainTheMixIsGainedInTheWorkBufferAndTheCopySaysIn) {
+TEST_F(MultiSourceChain, WithGainTheMixIsGainedInTheWorkBufferAndTheCopyLogsIn) {
     Start(32000, 2, SAMPLE_FMT_FLT, {AP_PHASE_CHECK, AP_GAIN, AP_MIXING});
     std::vector<float> samples(800, 0.1F);
-    EXPECT_EQ(Process(samples, Kinds({1, 2})), 0);
+    EXPECT_EQ(Process(samples, Kinds({1, 2})), RESULT_OK);
     const std::vector<float> result = Out<float>();
     ASSERT_EQ(result.size(), 400U);
     EXPECT_GT(result[0], 0.2F);
@@ -170,11 +172,12 @@ TEST_F(MultiSourceChain, WithAMicrophoneTheSuppressorWritesTheOutputAndGainRunsT
     expected.resize(640);
     size = 2800;
     std::vector<short> result(1400);
-    EXPECT_EQ(filter->Process(BytesOf(samples), BytesOf(result), size, Kinds({0, 1}), param, 0), 0);
+    EXPECT_EQ(filter->Process(BytesOf(samples), BytesOf(result), size, Kinds({0, 1}), param, 0),
+              RESULT_OK);
     EXPECT_EQ(size, 1280);
     result.resize(640);
     EXPECT_EQ(result, expected);
-    EXPECT_EQ(filter->mClassifier.mGathered, 700U) << "the mix is listened to";
+    EXPECT_EQ(filter->mClassifier.mGathered, 700U) << "the mix enters music detection";
     const std::string work = Number(filter->mBuffer);
     const std::string target = Number(result.data());
     EXPECT_EQ(log.Lines(),
@@ -189,7 +192,7 @@ TEST_F(MultiSourceChain, At48000HzWithAMicrophoneTheMixIsHandedBackWith9) {
     Start(48000, 1, SAMPLE_FMT_S16, {AP_DENOISE, AP_GAIN, AP_MIXING});
     std::vector<short> samples = Noise(960);
     const std::vector<short> expected = Mixed(samples, 2);
-    EXPECT_EQ(Process(samples, Kinds({1, 0})), 9);
+    EXPECT_EQ(Process(samples, Kinds({1, 0})), RESULT_NEEDS_RESAMPLING);
     EXPECT_EQ(Out<short>(), expected);
     EXPECT_EQ(param.audioSampleRate, 32000);
     EXPECT_EQ(param.audioChannels, 1);
@@ -200,18 +203,19 @@ TEST_F(MultiSourceChain, At44100HzTheLevelIs0WhileTheMixIsMusic) {
     Start(44100, 2, SAMPLE_FMT_S16, {AP_DENOISE, AP_MIXING});
     std::vector<short> samples(1764);
     filter->mClassifier.mSmoothedResult = true;
-    EXPECT_EQ(Process(samples, Kinds({0, 1})), 0);
+    EXPECT_EQ(Process(samples, Kinds({0, 1})), RESULT_OK);
     EXPECT_TRUE(filter->mIsMusic);
     EXPECT_EQ(filter->mDenoise.mNsL->mNs->mLevel, 0);
 }
 
-TEST_F(MultiSourceChain, ASuppressorThatIsNotInitialisedLeavesTheOutputAsTheResult) {
+TEST_F(MultiSourceChain, WithoutAnInitialisedSuppressorTheResultIsTheUntouchedOutput) {
     Start(32000, 1, SAMPLE_FMT_S16, {AP_DENOISE, AP_MIXING});
     filter->mDenoise.Clear();
     std::vector<short> samples = Noise(640);
     std::vector<short> result(640, 77);
     size = 1280;
-    EXPECT_EQ(filter->Process(BytesOf(samples), BytesOf(result), size, Kinds({0, 1}), param, 0), 0);
+    EXPECT_EQ(filter->Process(BytesOf(samples), BytesOf(result), size, Kinds({0, 1}), param, 0),
+              RESULT_OK);
     EXPECT_EQ(size, 640);
     EXPECT_EQ(result, std::vector<short>(640, 77));
 }
@@ -219,9 +223,9 @@ TEST_F(MultiSourceChain, ASuppressorThatIsNotInitialisedLeavesTheOutputAsTheResu
 TEST_F(MultiSourceChain, ARefusedMixOf17SourcesGainsAndCopiesNoMoreThanTheWorkBufferHolds) {
     Start(8000, 1, SAMPLE_FMT_S16, {AP_GAIN, AP_MIXING});
     std::vector<short> samples(17 * 8000, 100);
-    EXPECT_EQ(Process(samples, std::vector<AVSourceType>(17)), 0);
+    EXPECT_EQ(Process(samples, std::vector<AVSourceType>(17)), RESULT_OK);
     EXPECT_EQ(static_cast<std::size_t>(size), filter->mBufferBytes);
-    EXPECT_EQ(std::count(out.begin(), out.end(), '\0'), size) << "the work buffer's zeros";
+    EXPECT_EQ(std::count(out.begin(), out.end(), '\0'), size) << "zeros of the work buffer";
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 #include "plain_filter.h"
+#include "common/result_code.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -47,7 +48,7 @@ int PlainFilter::Init(int sampleRate, int channelCount, SampleFmt fmt, ProcessSw
     mInited = false;
     if (sampleRate < 1 || channelCount < 1 || fmt == -1) {
         Log("ERROR", "Init", "*", "Input parameter is invalid!!!");
-        return 3;
+        return RESULT_INVALID;
     }
     TakeStream(sampleRate, channelCount, fmt);
     const int spare = mChannels <= 2 ? 320 : 0;
@@ -98,7 +99,7 @@ int PlainFilter::SampleBytesOf(SampleFmt fmt) {
     return bytes.count(fmt) != 0 ? bytes.at(fmt) : 0;
 }
 
-/// The bound is counted in 32 bits, which it may not fit.
+/// The bound wraps around in 32 bits.
 bool PlainFilter::Exceeds(int size, int seconds) const {
     std::uint64_t bound = 1;
     for (const std::int64_t factor : {mSampleBytes, mChannels, mRate, std::int64_t{seconds}}) {
@@ -177,15 +178,15 @@ int PlainFilter::Process(Call& call) {
         Log("ERROR", "Process", "275",
             "Input nothing!!!inData = %d, outData = %d, size = %d, mSrcNum = %d",
             Low32(call.inAddress), Low32(call.outAddress), call.size, sourceCount);
-        return 2;
+        return RESULT_BAD_ARGUMENT;
     }
     if (Exceeds(call.size, sourceCount) || call.size % sourceCount != 0) {
         Log("ERROR", "Process", "280", "Input parameter is error!!!");
-        return 3;
+        return RESULT_INVALID;
     }
     if (!mInited) {
         Log("ERROR", "Process", "285", "Have not been initialized yet!!!");
-        return 4;
+        return RESULT_NOT_INITIALISED;
     }
     call.size /= sourceCount;
     return sourceCount > 1 && on[AP_MIXING] ? Multi(call) : Single(call);
@@ -212,7 +213,7 @@ int PlainFilter::Single(Call& call) {
                 Low32(call.inAddress), size);
             code = check.Check(Shorts(in), size / 2);
         }
-        if (code != 0) {
+        if (code != RESULT_OK) {
             Log("ERROR", "SingleProcess", "465", "Error in phase check!!!");
         }
     }
@@ -338,22 +339,22 @@ int PlainFilter::HandBack(Call& call, const std::vector<char>& from) {
     call.param.audioSampleRate = mProcessRate;
     call.param.audioChannels = static_cast<int>(mChannels);
     call.param.audioSampleFmt = mFmt;
-    return 9;
+    return RESULT_NEEDS_RESAMPLING;
 }
 
 int PlainFilter::ProcessResample(Call& call) {
     const int count = static_cast<int>(call.sources.size());
     if (call.nullIn || call.nullOut || call.size <= 0 || count == 0) {
         Log("ERROR", "ProcessResample", "320", "Input nothing!!!");
-        return 2;
+        return RESULT_BAD_ARGUMENT;
     }
     if (Exceeds(call.size, 1) || call.size % count != 0) {
         Log("ERROR", "ProcessResample", "324", "Input parameter is error!!!");
-        return 3;
+        return RESULT_INVALID;
     }
     if (!mInited) {
         Log("ERROR", "ProcessResample", "328", "Have not been initialized yet!!!");
-        return 4;
+        return RESULT_NOT_INITIALISED;
     }
     call.size /= count;
     char* current = call.in.data();
@@ -362,7 +363,7 @@ int PlainFilter::ProcessResample(Call& call) {
         param.audioChannels == mChannels && param.audioSampleFmt == mFmt && sourceCount == 1) {
         const int code = mDenoise.Process(call.in.data(), call.out.data(), call.size);
         Log("DEBUG", "ProcessResample", "342", "[ASRC resample]denoise processed");
-        if (code != 0 && code != 12) {
+        if (code != RESULT_OK && code != RESULT_PASSED_THROUGH) {
             Log("ERROR", "ProcessResample", "345", "Error in audio denoise!!!");
             return code;
         }
@@ -373,7 +374,7 @@ int PlainFilter::ProcessResample(Call& call) {
         Log("DEBUG", "ProcessResample", "354", "[ASRC resample]AGC processed");
     }
     Copy(current, call.out.data(), call.size);
-    return 12;
+    return RESULT_RESAMPLED;
 }
 
 int PlainFilter::SyncProcessDelay(Call& call) {
@@ -382,15 +383,15 @@ int PlainFilter::SyncProcessDelay(Call& call) {
         Log("ERROR", "SyncProcessDelay", "371",
             "Input nothing!!!inData = %d, outData = %d, size = %d, mSrcNum = %d",
             Low32(call.inAddress), Low32(call.outAddress), call.size, sourceCount);
-        return 2;
+        return RESULT_BAD_ARGUMENT;
     }
     if (Exceeds(call.size, sourceCount) || call.size % sourceCount != 0) {
         Log("ERROR", "SyncProcessDelay", "376", "Input parameter is error!!!");
-        return 3;
+        return RESULT_INVALID;
     }
     if (!mInited) {
         Log("ERROR", "SyncProcessDelay", "381", "Have not been initialized yet!!!");
-        return 4;
+        return RESULT_NOT_INITIALISED;
     }
     char* out = call.inPlace ? call.in.data() : call.out.data();
     if (sourceCount > 1 && on[AP_MIXING]) {

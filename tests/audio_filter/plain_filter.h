@@ -14,12 +14,12 @@
 #include "units/audio_mixing.h"
 #include "units/phase_check.h"
 
-/// What AudioFilter does, told a second time and plainly: the units driven by hand, one statement
-/// after another, over buffers that it copies. It says what is to be logged and heard, too.
+/// Reference model of AudioFilter: drives the units directly, one statement after another, on copies
+/// of the buffers. It also predicts the log lines and events.
 class PlainFilter {
 public:
-    /// A call of a processing entry. The data are worked on in place; the addresses are those of
-    /// the filter's call, for the log.
+    /// A call of a processing entry. The data are processed in place; the addresses are those of the
+    /// filter's call, for the log.
     struct Call {
         std::vector<char> in;
         std::vector<char> out;
@@ -37,7 +37,7 @@ public:
     PlainFilter();
 
     int Init(int sampleRate, int channelCount, SampleFmt fmt, ProcessSwitchMap* switches);
-    /// An Init for which memory has run out: the units are still those of the stream before.
+    /// An Init that ran out of memory: the units are still those of the stream before.
     void FailToInit(int sampleRate, int channelCount, SampleFmt fmt);
     void Clear();
     bool SetMethod(ProcessSwitchMap* switches);

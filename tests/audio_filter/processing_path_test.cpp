@@ -1,5 +1,5 @@
-/// What a processing call asks of the system: allocations, and the calls that may wait, which are
-/// counted on their way to the C library. In an executable of its own, as it stands in for them.
+/// Counts the allocations and blocking calls of a processing call. In an executable of its own,
+/// because it replaces the C library's functions.
 
 #include <gtest/gtest.h>
 
@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "audio_filter/audio_filter.h"
+#include "common/result_code.h"
 #include "support/allocations.h"
 #include "support/posix/lock_calls.h"
 #include "support/signals.h"
@@ -20,7 +21,7 @@ struct Asked {
     int calls = 0;
 };
 
-/// Ten seconds of blocks of 10 ms with everything on, and what the calls asked for.
+/// Ten seconds of blocks of 10 ms with everything on, and the counts of the calls.
 Asked TenSeconds(int rate, int channels, SampleFmt fmt, std::vector<AVSourceType> sources) {
     const auto filter = std::make_unique<AudioFilter>();
     ProcessSwitchMap switches = {
@@ -39,25 +40,25 @@ Asked TenSeconds(int rate, int channels, SampleFmt fmt, std::vector<AVSourceType
     Asked asked;
     for (std::size_t block = 0; block < 1000; ++block) {
         std::copy(bytes + block * in.size(), bytes + (block + 1) * in.size(), in.begin());
-        // The lists are the caller's to make: before the counting begins.
+        // The caller makes the source list, so it is made before counting.
         std::vector<AVSourceType> list = sources;
         std::vector<AVSourceType> one = {AV_SOURCE_MICROPHONE};
         int size = static_cast<int>(in.size());
         const LockCalls calls;
         Allocations allocations;
         const int code = filter->Process(in.data(), out.data(), size, std::move(list), param, 0);
-        if (code == 9) {
+        if (code == RESULT_NEEDS_RESAMPLING) {
             filter->ProcessResample(in.data(), out.data(), size, std::move(one), param, 0);
         }
         asked.allocations += allocations.Stop();
         asked.locks += calls.Locks();
         asked.waits += calls.Waits();
-        asked.calls += code == 9 ? 2 : 1;
+        asked.calls += code == RESULT_NEEDS_RESAMPLING ? 2 : 1;
     }
     return asked;
 }
 
-TEST(ProcessingPath, AllocatesNothingTakesItsOwnLockAloneAndNeverWaits) {
+TEST(ProcessingPath, AllocatesNothingAndBlocksOnlyOnItsOwnLock) {
     const std::vector<AVSourceType> microphone = {AV_SOURCE_MICROPHONE};
     const std::vector<AVSourceType> three = {AV_SOURCE_MICROPHONE, AV_SOURCE_1, AV_SOURCE_2};
     for (const int rate : {8000, 16000, 32000, 44100, 48000}) {

@@ -1,6 +1,7 @@
 #include <cmath>
 
 #include "audio_filter/log_address.h"
+#include "common/result_code.h"
 #include "filter_fixture.h"
 #include "support/seed.h"
 #include "support/signals.h"
@@ -26,7 +27,7 @@ protected:
         return As<short>(NoisySpeech(random, samples, 32000.0));
     }
 
-    /// Stereo with the left channel turned round.
+    /// Stereo with a reversed left channel.
     static std::vector<short> Opposed(std::size_t frames) {
         std::vector<short> samples;
         for (std::size_t i = 0; i < frames; ++i) {
@@ -35,10 +36,10 @@ protected:
         return samples;
     }
 
-    /// What a phase checker has counted.
+    /// The frames that a phase checker counted.
     std::uint64_t Counted(int checker) { return filter->mPhaseCheck[checker].mTotal; }
 
-    /// Runs the chain itself over the samples.
+    /// Calls the chain directly.
     template <typename Sample>
     int Chain(std::vector<Sample>& samples, AVSourceType kind) {
         out.assign(samples.size() * sizeof(Sample) + 5120, '\0');
@@ -73,7 +74,7 @@ TEST_F(SingleSourceChain, AStereoBlockOf4000BytesIsCheckedWithCount2000) {
                                              Number(floats.data()) + " , byteSize:4000"));
 }
 
-TEST_F(SingleSourceChain, Kinds0And3ShareACheckerAnd1And2HaveTheirOwn) {
+TEST_F(SingleSourceChain, Sources0And3ShareACheckerAnd1And2HaveTheirOwn) {
     Start(32000, 2, SAMPLE_FMT_S16, {AP_PHASE_CHECK});
     std::vector<short> samples = Opposed(100);
     const int checkers[] = {0, 1, 2, 0};
@@ -85,7 +86,8 @@ TEST_F(SingleSourceChain, Kinds0And3ShareACheckerAnd1And2HaveTheirOwn) {
     EXPECT_EQ(Counted(0), 200U);
     EXPECT_EQ(Chain(samples, kUnknownSource), 0);
     EXPECT_EQ(Chain(samples, static_cast<AVSourceType>(-1)), 0);
-    EXPECT_EQ(Counted(0) + Counted(1) + Counted(2), 400U) << "kinds outside 0..3 are not checked";
+    EXPECT_EQ(Counted(0) + Counted(1) + Counted(2), 400U)
+        << "source types outside 0..3 are not checked";
 }
 
 TEST_F(SingleSourceChain, AnOpposedSourceIsCorrectedInTheInputAndTheOutput) {
@@ -98,7 +100,7 @@ TEST_F(SingleSourceChain, AnOpposedSourceIsCorrectedInTheInputAndTheOutput) {
     }
 }
 
-TEST_F(SingleSourceChain, AnErrorOfThePhaseCheckIsLoggedAndStopsNothing) {
+TEST_F(SingleSourceChain, AnErrorOfThePhaseCheckIsLoggedAndTheCallGoesOn) {
     Start(32000, 2, SAMPLE_FMT_S16, {AP_PHASE_CHECK});
     std::vector<short> odd(321, 7);
     EXPECT_EQ(Chain(odd, kMic), 0);
@@ -109,7 +111,7 @@ TEST_F(SingleSourceChain, AnErrorOfThePhaseCheckIsLoggedAndStopsNothing) {
               "[ERROR]MediaProcessLog:AudioFilter::SingleProcess:465:Error in phase check!!!");
 }
 
-TEST_F(SingleSourceChain, FormatsOtherThan16BitAndFloatAreNotPhaseCheckedAndPassWhole) {
+TEST_F(SingleSourceChain, FormatsOtherThan16BitAndFloatPassWithoutAPhaseCheck) {
     Start(32000, 2, SAMPLE_FMT_DBL, {AP_PHASE_CHECK});
     EXPECT_TRUE(filter->mSwitchState[AP_PHASE_CHECK]);
     std::vector<double> samples(640, -0.5);
@@ -119,7 +121,7 @@ TEST_F(SingleSourceChain, FormatsOtherThan16BitAndFloatAreNotPhaseCheckedAndPass
     EXPECT_EQ(log.Lines().size(), 2U);
 }
 
-TEST_F(SingleSourceChain, OfKind1NothingIsSuppressedNoMusicDetectedAndGainRunsInTheInput) {
+TEST_F(SingleSourceChain, Source1IsNeitherSuppressedNorDetectedAndGainRunsInTheInput) {
     Start(32000, 1, SAMPLE_FMT_S16, {AP_DENOISE, AP_GAIN});
     std::vector<short> samples = Noise(640);
     std::vector<short> gained = samples;
@@ -152,7 +154,7 @@ TEST_F(SingleSourceChain, AMicrophoneIsDetectedSuppressedGainedAndCopiedFromTheW
     gain.Process(BytesOf(expected), bytes);
     expected.resize(640);
     EXPECT_EQ(Chain(samples, kMic), 0);
-    EXPECT_EQ(size, 1280) << "60 samples are held back";
+    EXPECT_EQ(size, 1280) << "60 samples stay buffered";
     EXPECT_EQ(Out<short>(), expected);
     EXPECT_EQ(samples, before);
     EXPECT_EQ(filter->mClassifier.mGathered, 700U);
@@ -166,10 +168,10 @@ TEST_F(SingleSourceChain, AMicrophoneIsDetectedSuppressedGainedAndCopiedFromTheW
                                     ", byteSize:1280")}));
 }
 
-TEST_F(SingleSourceChain, At48000HzAMicrophoneIsHandedBackWith9AndTheFormatWanted) {
+TEST_F(SingleSourceChain, At48000HzAMicrophoneIsHandedBackWith9AndTheRequestedFormat) {
     Start(48000, 2, SAMPLE_FMT_FLT, {AP_DENOISE, AP_GAIN});
     std::vector<float> samples(960, 0.25F);
-    EXPECT_EQ(Chain(samples, kMic), 9);
+    EXPECT_EQ(Chain(samples, kMic), RESULT_NEEDS_RESAMPLING);
     EXPECT_EQ(Out<float>(), samples);
     EXPECT_EQ(samples[0], 0.25F) << "no gain";
     EXPECT_EQ(param.audioSampleRate, 32000);
@@ -178,7 +180,7 @@ TEST_F(SingleSourceChain, At48000HzAMicrophoneIsHandedBackWith9AndTheFormatWante
     EXPECT_EQ(log.Lines(), Lines{Debug(436, "SingleProcess")});
 }
 
-TEST_F(SingleSourceChain, At48000HzWithoutSuppressionTheBlockIsProcessedThere) {
+TEST_F(SingleSourceChain, At48000HzWithoutSuppressionTheBlockIsProcessedDirectly) {
     Start(48000, 1, SAMPLE_FMT_S16, {AP_GAIN});
     std::vector<short> samples(480, 1000);
     EXPECT_EQ(Chain(samples, kMic), 0);
@@ -186,7 +188,7 @@ TEST_F(SingleSourceChain, At48000HzWithoutSuppressionTheBlockIsProcessedThere) {
     EXPECT_EQ(param.audioSampleRate, -1);
 }
 
-TEST_F(SingleSourceChain, At44100HzTheLevelIs0WhileMusicPlaysAndTheHostsOnTheVeryCallThatItEnds) {
+TEST_F(SingleSourceChain, At44100HzTheLevelIs0DuringMusicAndTheHostsInTheCallThatEndsIt) {
     Start(44100, 2, SAMPLE_FMT_S16, {AP_DENOISE});
     ProcessParam level = {0.0F, 2};
     EXPECT_TRUE(filter->SetParameter(&level, AP_DENOISE));
@@ -202,7 +204,7 @@ TEST_F(SingleSourceChain, At44100HzTheLevelIs0WhileMusicPlaysAndTheHostsOnTheVer
     EXPECT_EQ(applied(), 2);
 }
 
-TEST_F(SingleSourceChain, ADetectorLeftFromAnEarlierStreamIsNotAskedAt16000Hz) {
+TEST_F(SingleSourceChain, ADetectorLeftFromAnEarlierStreamIsNotUsedAt16000Hz) {
     Start(44100, 1, SAMPLE_FMT_S16, {AP_DENOISE});
     Start(16000, 1, SAMPLE_FMT_S16, {AP_DENOISE});
     EXPECT_TRUE(filter->mClassifier.IsInited());
@@ -213,7 +215,8 @@ TEST_F(SingleSourceChain, ADetectorLeftFromAnEarlierStreamIsNotAskedAt16000Hz) {
     EXPECT_EQ(filter->mClassifier.mGathered, 0U);
 }
 
-TEST_F(SingleSourceChain, SuppressionOnButNotInitialisedGivesOldWorkBufferOrWithGainTheInput) {
+TEST_F(SingleSourceChain,
+       WithoutAnInitialisedSuppressorTheOutputIsTheOldWorkBufferOrWithGainTheInput) {
     Start(32000, 1, SAMPLE_FMT_S16, {AP_DENOISE});
     filter->mDenoise.Clear();
     for (int i = 0; i < 640; ++i) {
@@ -234,7 +237,7 @@ TEST_F(SingleSourceChain, SuppressionOnButNotInitialisedGivesOldWorkBufferOrWith
     EXPECT_GT(samples[0], 1000);
 }
 
-TEST_F(SingleSourceChain, AtAnyAddressTheBytesAreTheSame) {
+TEST_F(SingleSourceChain, TheOutputIsTheSameAtAnyAddress) {
     for (const SampleFmt fmt : {SAMPLE_FMT_S16, SAMPLE_FMT_FLT}) {
         std::vector<std::vector<char>> results;
         for (const int shift : {0, 1}) {

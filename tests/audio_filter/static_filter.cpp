@@ -1,5 +1,5 @@
-/// A host whose filter, loggers and last user are static, and which ends with logging on:
-/// everything of the library that they need at the end has to be there still.
+/// A host with a static filter and static loggers that exits with logging on: the parts of the
+/// library that their destructors use must still exist.
 
 #include <cstdlib>
 #include <vector>
@@ -10,7 +10,7 @@
 
 namespace {
 
-/// A stream from its beginning, with a second and more of a tone, so that music is looked for.
+/// A new stream with more than a second of a tone, so that music detection runs.
 void Run(AudioFilter& filter, int rate) {
     ProcessSwitchMap switches = {
         {AP_DENOISE, true}, {AP_PHASE_CHECK, true}, {AP_GAIN, true}, {AP_MIXING, true}};
@@ -35,7 +35,7 @@ MediaProcessLog early;
 AudioFilter filter;
 MediaProcessLog late;
 
-/// Made before the filter's first Init: what that makes once is destroyed before this.
+/// Constructed before the filter's first Init, so destroyed after any static that Init creates.
 struct LastUser {
     ~LastUser() { Run(filter, 44100); }
 } lastUser;

@@ -1,3 +1,4 @@
+#include "common/result_code.h"
 #include "filter_fixture.h"
 
 namespace {
@@ -14,7 +15,7 @@ protected:
     const Lines kJustSet = {Info("switch state is set")};
 };
 
-TEST_F(Switches, FourKindsTurnOnAndOffWithEightCodesInTheirOrder) {
+TEST_F(Switches, FourKindsSwitchOnAndOffWithEightCodesInOrder) {
     Start(32000, 2, SAMPLE_FMT_S16);
     ProcessSwitchMap all;
     for (int kind = 0; kind < 15; ++kind) {
@@ -28,7 +29,7 @@ TEST_F(Switches, FourKindsTurnOnAndOffWithEightCodesInTheirOrder) {
     EXPECT_EQ(log.Lines(), (Lines{Info("AP_DENOISE turn on"), Info("AP_PHASE_CHECK turn on"),
                                   Info("AP_GAIN turn on"), Info("AP_MIXING turn on"),
                                   Info("switch state is set")}));
-    EXPECT_TRUE(all[VP_SHARPEN]) << "not read, not written";
+    EXPECT_TRUE(all[VP_SHARPEN]) << "neither read nor written";
     EXPECT_FALSE(filter->mSwitchState[VP_SHARPEN]);
 
     events.clear();
@@ -43,7 +44,7 @@ TEST_F(Switches, FourKindsTurnOnAndOffWithEightCodesInTheirOrder) {
                                   Info("switch state is set")}));
 }
 
-TEST_F(Switches, AChangeIsLoggedBeforeTheListenerHearsOfIt) {
+TEST_F(Switches, AChangeIsLoggedBeforeTheListenerIsNotified) {
     struct Reading : FilterListener {
         void OnEvent(int, std::string) override { logged.push_back(log->Lines()); }
         LogCapture* log = nullptr;
@@ -58,7 +59,7 @@ TEST_F(Switches, AChangeIsLoggedBeforeTheListenerHearsOfIt) {
               (std::vector<Lines>{{Info("AP_DENOISE turn on")}, {Info("AP_GAIN turn on")}}));
 }
 
-TEST_F(Switches, AnEmptyMapGetsExactlyFourKindsAllOff) {
+TEST_F(Switches, AnEmptyMapReceivesExactlyFourKindsAllOff) {
     Start(32000, 2, SAMPLE_FMT_S16, {AP_GAIN});
     ProcessSwitchMap empty;
     EXPECT_TRUE(filter->SetMethod(&empty));
@@ -69,7 +70,7 @@ TEST_F(Switches, AnEmptyMapGetsExactlyFourKindsAllOff) {
     EXPECT_EQ(events, (Events{{150008, "AP_GAIN turn off"}}));
 }
 
-TEST_F(Switches, AKindWhoseUnitFailedIsRefusedInLogMapAndStateWithoutAnEvent) {
+TEST_F(Switches, AKindWhoseUnitIsNotInitialisedStaysOffWithALogLineAndNoEvent) {
     Start(32000, 1, SAMPLE_FMT_DBL);
     ProcessSwitchMap wanted = {{AP_DENOISE, true}};
     EXPECT_TRUE(filter->SetMethod(&wanted));
@@ -79,7 +80,7 @@ TEST_F(Switches, AKindWhoseUnitFailedIsRefusedInLogMapAndStateWithoutAnEvent) {
     EXPECT_EQ(events, Events{});
 }
 
-TEST_F(Switches, EveryKindHasARefusalOfItsOwn) {
+TEST_F(Switches, EveryKindHasItsOwnRefusalText) {
     ProcessSwitchMap wanted = {
         {AP_DENOISE, true}, {AP_PHASE_CHECK, true}, {AP_GAIN, true}, {AP_MIXING, true}};
     EXPECT_TRUE(filter->SetMethod(&wanted));
@@ -102,10 +103,10 @@ TEST_F(Switches, PhaseCheckIsRefusedWhenAnyOneOfThreeCheckersIsNotInitialised) {
     }
 }
 
-TEST_F(Switches, AKindThatWasOnAndIsRefusedNowTurnsOffWithAnEvent) {
+TEST_F(Switches, AKindThatIsOnAndRefusedSwitchesOffWithAnEvent) {
     Start(32000, 1, SAMPLE_FMT_S16, {AP_GAIN});
     ProcessSwitchMap wanted = {{AP_GAIN, true}};
-    EXPECT_EQ(filter->Init(32000, 1, SAMPLE_FMT_DBL, &wanted), 0);
+    EXPECT_EQ(filter->Init(32000, 1, SAMPLE_FMT_DBL, &wanted), RESULT_OK);
     EXPECT_EQ(events, (Events{{150008, "AP_GAIN turn off"}}));
     EXPECT_FALSE(wanted[AP_GAIN]);
 }
@@ -131,7 +132,7 @@ TEST_F(Switches, VoiceChangeStaysTrueInTheCallersMapAndFalseInTheFilter) {
     EXPECT_EQ(events, Events{});
 }
 
-TEST_F(Switches, NoMapIsAWarningAndFalseAndNoChange) {
+TEST_F(Switches, ANullMapLogsAWarningReturnsFalseAndChangesNothing) {
     Start(32000, 1, SAMPLE_FMT_S16, {AP_GAIN});
     EXPECT_FALSE(filter->SetMethod(nullptr));
     EXPECT_EQ(log.Lines(),
@@ -139,7 +140,7 @@ TEST_F(Switches, NoMapIsAWarningAndFalseAndNoChange) {
     EXPECT_TRUE(filter->mSwitchState[AP_GAIN]);
 }
 
-TEST_F(Switches, WithoutAListenerChangesAreOnlyLogged) {
+TEST_F(Switches, WithoutAListenerChangesAreLoggedOnly) {
     Start(32000, 1, SAMPLE_FMT_S16);
     EXPECT_TRUE(filter->SetListener(nullptr));
     ProcessSwitchMap wanted = {{AP_GAIN, true}};
@@ -148,7 +149,7 @@ TEST_F(Switches, WithoutAListenerChangesAreOnlyLogged) {
     EXPECT_EQ(events, Events{});
 }
 
-TEST_F(Switches, SwitchingDoesNotTouchTheUnits) {
+TEST_F(Switches, SwitchingLeavesTheUnits) {
     Start(32000, 1, SAMPLE_FMT_S16, {AP_GAIN});
     ProcessParam half = {0.5F, 0};
     EXPECT_TRUE(filter->SetParameter(&half, AP_GAIN));
@@ -159,7 +160,7 @@ TEST_F(Switches, SwitchingDoesNotTouchTheUnits) {
     EXPECT_EQ(filter->mGain.mGain, 0.5F);
 }
 
-TEST_F(Switches, Level7RunsAt3AndIsRememberedAs7) {
+TEST_F(Switches, Level7IsAppliedAs3AndStoredAs7) {
     Start(32000, 2, SAMPLE_FMT_S16);
     ProcessParam level = {0.0F, 7};
     EXPECT_TRUE(filter->SetParameter(&level, AP_DENOISE));
@@ -169,14 +170,14 @@ TEST_F(Switches, Level7RunsAt3AndIsRememberedAs7) {
     EXPECT_EQ(filter->mDenoiseLevel, -4);
 }
 
-TEST_F(Switches, ALevelOfAMonoStreamAnswersFalseAndIsNotRemembered) {
+TEST_F(Switches, ALevelOnAMonoStreamReturnsFalseAndIsNotStored) {
     Start(32000, 1, SAMPLE_FMT_S16);
     ProcessParam level = {0.0F, 1};
     EXPECT_FALSE(filter->SetParameter(&level, AP_DENOISE));
     EXPECT_EQ(filter->mDenoiseLevel, 3);
 }
 
-TEST_F(Switches, ParametersOfOtherKindsOrOfUnitsThatAreNotInitialisedAnswerFalse) {
+TEST_F(Switches, ParametersOfOtherKindsOrUninitialisedUnitsReturnFalse) {
     ProcessParam values = {0.5F, 1};
     EXPECT_FALSE(filter->SetParameter(&values, AP_GAIN));
     EXPECT_FALSE(filter->SetParameter(&values, AP_DENOISE));
@@ -185,8 +186,8 @@ TEST_F(Switches, ParametersOfOtherKindsOrOfUnitsThatAreNotInitialisedAnswerFalse
         EXPECT_FALSE(filter->SetParameter(&values, static_cast<ProcessType>(kind))) << kind;
     }
     EXPECT_FALSE(filter->SetParameter(nullptr, AP_GAIN));
-    EXPECT_TRUE(filter->SetParameter(&values, AP_GAIN)) << "switched off, but tuned";
-    EXPECT_EQ(log.Lines(), Lines{}) << "SetParameter says nothing";
+    EXPECT_TRUE(filter->SetParameter(&values, AP_GAIN)) << "even while switched off";
+    EXPECT_EQ(log.Lines(), Lines{}) << "SetParameter logs nothing";
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-/// Operations that may run side by side, for ThreadSanitizer to look at.
+/// Operations that may run on several threads, also run under ThreadSanitizer.
 
 #include <gtest/gtest.h>
 
@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "audio_filter/audio_filter.h"
+#include "common/result_code.h"
 #include "log/pr_file_log_writer.h"
 #include "log_capture.h"
 #include "support/temp_dir.h"
@@ -22,7 +23,7 @@ public:
     std::atomic<int> count = 0;
 };
 
-/// Calls of the processing entries, over and over, until told to stop.
+/// Repeats calls of the processing entries until stopped.
 void ProcessUntil(AudioFilter& filter, const std::atomic<bool>& done) {
     std::vector<char> in(2 * 1280);
     std::vector<char> out(4 * 1280);
@@ -43,7 +44,7 @@ void ProcessUntil(AudioFilter& filter, const std::atomic<bool>& done) {
     }
 }
 
-TEST(Threads, SwitchesAndParametersChangeBesideProcessingAndTheListenerHearsEachOnce) {
+TEST(Threads, SwitchesAndParametersChangeDuringProcessingAndEachNotifiesOnce) {
     const auto filter = std::make_unique<AudioFilter>();
     Counter listener;
     filter->SetListener(&listener);
@@ -65,7 +66,7 @@ TEST(Threads, SwitchesAndParametersChangeBesideProcessingAndTheListenerHearsEach
     EXPECT_EQ(listener.count, 4 * kRounds);
 }
 
-TEST(Threads, ClearBesideProcessingLeavesCallsThatAnswer4) {
+TEST(Threads, AfterClearDuringProcessingCallsReturn4) {
     for (int round = 0; round < 20; ++round) {
         const auto filter = std::make_unique<AudioFilter>();
         ProcessSwitchMap all = {
@@ -77,13 +78,14 @@ TEST(Threads, ClearBesideProcessingLeavesCallsThatAnswer4) {
         std::vector<char> in(1280);
         int size = 1280;
         AVParam param;
-        EXPECT_EQ(filter->Process(in.data(), in.data(), size, {AV_SOURCE_MICROPHONE}, param, 0), 4);
+        EXPECT_EQ(filter->Process(in.data(), in.data(), size, {AV_SOURCE_MICROPHONE}, param, 0),
+                  RESULT_NOT_INITIALISED);
         done = true;
         audio.join();
     }
 }
 
-TEST(Threads, TwoFiltersLogSideBySide) {
+TEST(Threads, TwoFiltersLogOnTwoThreads) {
     LogCapture log;
     std::vector<std::thread> threads;
     for (int i = 0; i < 2; ++i) {
@@ -106,7 +108,7 @@ TEST(Threads, TwoFiltersLogSideBySide) {
     EXPECT_EQ(log.Lines().size(), 2U * (2 + 3 * kRounds + 1));
 }
 
-TEST(Threads, AFilterLogsWhileWritersComeAndGo) {
+TEST(Threads, AFilterLogsWhileWritersAreAddedAndRemoved) {
     TempDir dir;
     PRFileLogParam file = {dir.File("log"), 1, 0};
     PR_LOG_ENABLE(true);
@@ -117,8 +119,8 @@ TEST(Threads, AFilterLogsWhileWritersComeAndGo) {
     std::thread audio([&] { ProcessUntil(*filter, done); });
     for (int round = 0; round < kRounds; ++round) {
         const int writer = pr_log->AddLog(PROCESS_LOG_FILE, &file, PROCESS_LOG_DEBUG);
-        EXPECT_EQ(pr_log->SetLogLevel(writer, PROCESS_LOG_ERROR), 0);
-        EXPECT_EQ(round % 2 == 0 ? pr_log->RemoveLog(writer) : pr_log->RemoveAllLog(), 0);
+        EXPECT_EQ(pr_log->SetLogLevel(writer, PROCESS_LOG_ERROR), RESULT_OK);
+        EXPECT_EQ(round % 2 == 0 ? pr_log->RemoveLog(writer) : pr_log->RemoveAllLog(), RESULT_OK);
     }
     done = true;
     audio.join();

@@ -39,31 +39,31 @@ Bytes Speech(const Stream& stream) {
     return {bytes, bytes + 120 * BlockBytes(stream)};
 }
 
-std::vector<bool> Listen(AudioClassifier& classifier, const Stream& stream, Bytes speech) {
+std::vector<bool> RunStream(AudioClassifier& classifier, const Stream& stream, Bytes speech) {
     const std::size_t block = BlockBytes(stream);
-    std::vector<bool> answers;
+    std::vector<bool> results;
     for (std::size_t at = 0; at < speech.size(); at += block) {
-        answers.push_back(
+        results.push_back(
             classifier.MusicCheck(speech.data() + at, static_cast<unsigned int>(block)));
-        answers.push_back(classifier.GetRealTimeCheckRet());
+        results.push_back(classifier.GetRealTimeCheckRet());
     }
-    return answers;
+    return results;
 }
 
-/// All that a stream has left in a classifier.
+/// The state of a classifier after a stream.
 struct State {
     Bytes history;
     Bytes votes;
-    std::vector<bool> answers;
+    std::vector<bool> results;
     bool operator==(const State&) const = default;
 };
 
 State StateAfter(AudioClassifier& classifier, const Stream& stream, const Bytes& speech) {
-    std::vector<bool> answers = Listen(classifier, stream, speech);
-    return {classifier.mHistory, classifier.mVotes, std::move(answers)};
+    std::vector<bool> results = RunStream(classifier, stream, speech);
+    return {classifier.mHistory, classifier.mVotes, std::move(results)};
 }
 
-/// @param before what has been listened to, if anything
+/// @param before an earlier stream of the classifier; null for none
 int FailInit(const Stream& stream, const Stream* before) {
     const auto make = [before] {
         auto classifier = std::make_unique<AudioClassifier>();
@@ -94,7 +94,7 @@ int FailInit(const Stream& stream, const Stream* before) {
     });
 }
 
-TEST(AllocationFaults, AClassifierWhoseInitThrewIsNotInitialisedAndTheNextInitListensTheSame) {
+TEST(AllocationFaults, AClassifierWhoseInitThrewIsNotInitialisedAndTheNextInitGivesTheSameResults) {
     int failures = 0;
     for (const Stream& stream : kStreams) {
         failures += FailInit(stream, nullptr);
@@ -105,8 +105,8 @@ TEST(AllocationFaults, AClassifierWhoseInitThrewIsNotInitialisedAndTheNextInitLi
     Report("AudioClassifier::Init", failures);
 }
 
-/// The steps that hand arrays out: they throw, and leave nothing behind.
-TEST(AllocationFaults, TheStepsOfTheAnalysisThrowAndLeaveNothing) {
+/// The routines that return arrays throw without a leak.
+TEST(AllocationFaults, TheRoutinesOfTheAnalysisThrowWithoutALeak) {
     const auto make = [] {
         auto classifier = std::make_unique<AudioClassifier>();
         classifier->Init(1, 32000, SAMPLE_FMT_S16);
@@ -134,7 +134,7 @@ TEST(AllocationFaults, TheStepsOfTheAnalysisThrowAndLeaveNothing) {
         EXPECT_EQ(steps(classifier), 0);
         EXPECT_TRUE(classifier.IsInited());
     };
-    Report("the steps of AudioClassifier", FailEach(make, steps, check));
+    Report("routines of AudioClassifier", FailEach(make, steps, check));
 }
 
 TEST(AudioClassifierAllocationFaults, ASecondInitHasFreedTheBufferThatItCannotAllocate) {

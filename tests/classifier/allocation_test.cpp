@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "classifier/audio_classifier.h"
+#include "common/result_code.h"
 #include "support/allocations.h"
 #include "support/seed.h"
 
@@ -16,11 +17,16 @@ struct Stream {
     SampleFmt format;
 };
 
-const std::vector<Stream> kStreams = {
-    {1, 32000, SAMPLE_FMT_S16},  {2, 32000, SAMPLE_FMT_FLT}, {3, 32000, SAMPLE_FMT_S16},
-    {1, 44100, SAMPLE_FMT_FLT},  {2, 44100, SAMPLE_FMT_S16}, {1, 48000, SAMPLE_FMT_S16},
-    {2, 48000, SAMPLE_FMT_FLT},  {1, 8000, SAMPLE_FMT_S16},  {1, 192000, SAMPLE_FMT_FLT},
-    {1, 32000, SAMPLE_FMT_S16P}, {1, 7936, SAMPLE_FMT_S16},  // whose history is one analysis long
+const std::
+    vector<Stream>
+        kStreams =
+            {
+                {1, 32000, SAMPLE_FMT_S16},  {2, 32000, SAMPLE_FMT_FLT},
+                {3, 32000, SAMPLE_FMT_S16},  {1, 44100, SAMPLE_FMT_FLT},
+                {2, 44100, SAMPLE_FMT_S16},  {1, 48000, SAMPLE_FMT_S16},
+                {2, 48000, SAMPLE_FMT_FLT},  {1, 8000, SAMPLE_FMT_S16},
+                {1, 192000, SAMPLE_FMT_FLT}, {1, 32000, SAMPLE_FMT_S16P},
+                {1, 7936, SAMPLE_FMT_S16},  // its history holds exactly one analysis
 };
 
 unsigned Full(AudioClassifier& classifier) {
@@ -29,7 +35,7 @@ unsigned Full(AudioClassifier& classifier) {
     return 60 * param.hop + param.frameLength;
 }
 
-/// Noise in the bytes of any format.
+/// Noise as bytes of any format.
 std::vector<unsigned char> Noise(std::mt19937& random, std::size_t bytes) {
     std::vector<unsigned char> noise(bytes);
     for (std::size_t i = 0; i < bytes; ++i) {
@@ -38,8 +44,7 @@ std::vector<unsigned char> Noise(std::mt19937& random, std::size_t bytes) {
     return noise;
 }
 
-/// Allocations of everything that blocks of 10 ms and one of four seconds bring about until so many
-/// analyses are done.
+/// Allocations of blocks of 10 ms, and one of four seconds, until `analyses` analyses are done.
 std::size_t AllocationsOf(AudioClassifier& classifier, const Stream& stream, int analyses) {
     std::mt19937 random = SeededRandom();
     const std::size_t width = stream.format == SAMPLE_FMT_FLT ? 4 : 2;
@@ -58,7 +63,7 @@ std::size_t AllocationsOf(AudioClassifier& classifier, const Stream& stream, int
     return allocations.Stop();
 }
 
-TEST(Allocations, OfOperatorNewAreCountedUntilTheCountIsStopped) {
+TEST(Allocations, OfOperatorNewAreCountedUntilStopped) {
     Allocations allocations;
     auto* number = new volatile int(1);
     delete number;
@@ -72,14 +77,14 @@ TEST(Allocations, OfOperatorNewAreCountedUntilTheCountIsStopped) {
 TEST(MusicCheckAllocates, NothingInTwoAnalysesOf11Streams) {
     for (const Stream& stream : kStreams) {
         AudioClassifier classifier;
-        ASSERT_EQ(classifier.Init(stream.channels, stream.rate, stream.format), 0);
+        ASSERT_EQ(classifier.Init(stream.channels, stream.rate, stream.format), RESULT_OK);
         EXPECT_EQ(AllocationsOf(classifier, stream, 2), 0U)
             << stream.channels << " channels, " << stream.rate << " Hz, format " << stream.format;
         EXPECT_EQ(classifier.mVoteCount, 2);
     }
 }
 
-TEST(MusicCheckAllocates, NothingWhenTheVoteSetsInAfter30Analyses) {
+TEST(MusicCheckAllocates, NothingWhenTheVoteStartsAfter30Analyses) {
     const Stream stream = {1, 32000, SAMPLE_FMT_S16};
     AudioClassifier classifier;
     classifier.Init(stream.channels, stream.rate, stream.format);
@@ -90,13 +95,13 @@ TEST(MusicCheckAllocates, NothingWhenTheVoteSetsInAfter30Analyses) {
 TEST(MusicCheckAllocates, NothingAfterASecondInitAtAnotherRate) {
     AudioClassifier classifier;
     for (const Stream& stream : kStreams) {
-        ASSERT_EQ(classifier.Init(stream.channels, stream.rate, stream.format), 0);
+        ASSERT_EQ(classifier.Init(stream.channels, stream.rate, stream.format), RESULT_OK);
         classifier.mGathered = 0;
         EXPECT_EQ(AllocationsOf(classifier, stream, 1), 0U) << stream.rate;
     }
 }
 
-/// Steady tones get past the energies of the frames; only then the spectrum is asked.
+/// Steady tones pass the low-energy test, so the spectrum decides.
 TEST(MusicCheckAllocates, NothingForSteadyTonesWhoseSpectrumDecides) {
     for (const int rate : {32000, 44100, 48000}) {
         AudioClassifier classifier;

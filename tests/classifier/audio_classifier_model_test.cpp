@@ -7,17 +7,18 @@
 
 #include "classifier/audio_classifier.h"
 #include "classifier/plain_model.h"
+#include "common/result_code.h"
 #include "support/seed.h"
 
 namespace {
 
-/// A stream of noise and tones, loud and quiet; it takes both to get both verdicts.
+/// A stream of noise and tones, loud and quiet, so that both verdicts occur.
 class Source {
 public:
     Source(std::mt19937& random, SampleFmt format, double scale)
         : mRandom(random), mFormat(format), mScale(scale) {}
 
-    /// Samples from an odd address on, and a few bytes that make no whole one.
+    /// Samples at an odd address, followed by a few bytes of an incomplete one.
     std::vector<unsigned char> Block(std::size_t samples, std::size_t stray) {
         const std::size_t width = mFormat == SAMPLE_FMT_S16 ? 2 : 4;
         std::vector<unsigned char> block(1 + samples * width + stray, 0x5A);
@@ -68,7 +69,7 @@ void ExpectTheVerdictsOfThePlainModel(const Stream& stream, int analyses, int lo
     std::mt19937 random = SeededRandom();
     Source source(random, stream.format, stream.scale);
     AudioClassifier classifier;
-    ASSERT_EQ(classifier.Init(stream.channels, stream.rate, stream.format), 0);
+    ASSERT_EQ(classifier.Init(stream.channels, stream.rate, stream.format), RESULT_OK);
     PlainClassifier plain(stream.channels, stream.rate, stream.format);
     while (static_cast<int>(plain.past.size()) < analyses) {
         const int frames = RandomInt(random, 1, longestBlock);
@@ -98,11 +99,11 @@ TEST(AudioClassifierModel, ThreeAnalysesAtFiveRatesInMonoAndStereoAndThreeChanne
     }
 }
 
-TEST(AudioClassifierModel, FortyAnalysesIn16BitMonoAt32000HzAreVotedOnAlike) {
+TEST(AudioClassifierModel, FortyAnalysesOf16BitMonoAt32000HzGetTheSameVotes) {
     ExpectTheVerdictsOfThePlainModel({1, 32000, SAMPLE_FMT_S16}, 40, 6000);
 }
 
-TEST(AudioClassifierModel, FortyAnalysesIn16BitStereoAt48000HzAreVotedOnAlike) {
+TEST(AudioClassifierModel, FortyAnalysesOf16BitStereoAt48000HzGetTheSameVotes) {
     ExpectTheVerdictsOfThePlainModel({2, 48000, SAMPLE_FMT_S16}, 40, 8000);
 }
 
@@ -111,7 +112,7 @@ TEST(AudioClassifierModel, BlocksOf0_9SecondsGatherMoreThan65535SamplesAt44100Hz
         std::mt19937 random = SeededRandom();
         Source source(random, format, 40000.0);
         AudioClassifier classifier;
-        ASSERT_EQ(classifier.Init(1, 44100, format), 0);
+        ASSERT_EQ(classifier.Init(1, 44100, format), RESULT_OK);
         PlainClassifier plain(1, 44100, format);
         for (unsigned i = 1; i <= 9; ++i) {
             std::vector<unsigned char> block = source.Block(39690, 0);
@@ -130,13 +131,13 @@ TEST(AudioClassifierModel, OneSecondBlocksAt48000HzGather96000SamplesOfWhich9599
     ExpectTheVerdictsOfThePlainModel({1, 48000, SAMPLE_FMT_S16}, 3, 48000);
 }
 
-TEST(AudioClassifierModel, BlocksOfUpToTenSecondsAt8000HzAreCutToWhatTheBuffersHold) {
+TEST(AudioClassifierModel, BlocksOfUpToTenSecondsAt8000HzAreCutToTheBuffers) {
     for (const unsigned short channels : std::vector<unsigned short>{1, 2}) {
         ExpectTheVerdictsOfThePlainModel({channels, 8000, SAMPLE_FMT_S16}, 3, 80'000);
     }
 }
 
-/// Histories of any bytes, without the way through the suppressor.
+/// Random bytes as the history, without passing the suppressor.
 TEST(AudioClassifierModel, OneHundredRandomHistoriesGetTheRawVerdictOfThePlainModel) {
     std::mt19937 random = SeededRandom();
     int music = 0;
@@ -144,7 +145,7 @@ TEST(AudioClassifierModel, OneHundredRandomHistoriesGetTheRawVerdictOfThePlainMo
         const int rate = std::vector<int>{8000, 32000, 44100, 48000}[run % 4];
         const SampleFmt format = run % 3 == 0 ? SAMPLE_FMT_FLT : SAMPLE_FMT_S16;
         AudioClassifier classifier;
-        ASSERT_EQ(classifier.Init(1, rate, format), 0);
+        ASSERT_EQ(classifier.Init(1, rate, format), RESULT_OK);
         PlainClassifier plain(1, rate, format);
         const algoParam param = classifier.getAlgoParam(static_cast<unsigned short>(rate));
         const int full = static_cast<int>(60 * param.hop + param.frameLength);
@@ -157,12 +158,12 @@ TEST(AudioClassifierModel, OneHundredRandomHistoriesGetTheRawVerdictOfThePlainMo
         classifier.mGathered = static_cast<unsigned>(plain.gathered);
         const bool expected = plain.Analyse();
         music += expected ? 1 : 0;
-        unsigned char byte = 0;  // analyses, though it makes no sample
+        unsigned char byte = 0;  // triggers the analysis without adding a sample
         ASSERT_EQ(classifier.MusicCheck(&byte, 1), expected) << "run " << run;
         ASSERT_EQ(classifier.GetRealTimeCheckRet(), expected);
         ASSERT_EQ(classifier.mGathered, 0U);
     }
-    EXPECT_GT(music, 0);  // both verdicts have been compared
+    EXPECT_GT(music, 0);  // both verdicts occurred
     EXPECT_LT(music, 100);
 }
 

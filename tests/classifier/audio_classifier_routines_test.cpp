@@ -8,6 +8,7 @@
 
 #include "classifier/audio_classifier.h"
 #include "classifier/plain_model.h"
+#include "common/result_code.h"
 #include "support/bytes.h"
 #include "support/seed.h"
 
@@ -16,10 +17,10 @@ namespace {
 class AudioClassifierRoutines : public testing::Test {
 protected:
     void Take(SampleFmt format, int rate = 32000) {
-        ASSERT_EQ(classifier.Init(1, rate, format), 0);
+        ASSERT_EQ(classifier.Init(1, rate, format), RESULT_OK);
     }
 
-    /// Takes over an array that a routine has made.
+    /// Takes ownership of an array that a routine returned.
     static std::vector<float> Values(float* array, std::size_t count) {
         const std::unique_ptr<float[]> owner(array);
         return std::vector<float>(array, array + count);
@@ -87,7 +88,7 @@ void ExpectSplit(AudioClassifier& classifier, SampleFmt format) {
     EXPECT_EQ(right, (std::vector<Sample>{-2, -4, 9}));
 }
 
-TEST_F(AudioClassifierRoutines, SplitLRTakes16BitAndFloatSamplesApart) {
+TEST_F(AudioClassifierRoutines, SplitLRDeinterleaves16BitAndFloatSamples) {
     ExpectSplit<std::int16_t>(classifier, SAMPLE_FMT_S16);
     ExpectSplit<std::int16_t>(classifier, SAMPLE_FMT_S16P);
     ExpectSplit<float>(classifier, SAMPLE_FMT_FLT);
@@ -124,7 +125,7 @@ TEST_F(AudioClassifierRoutines, EmphasisReads16BitAndFloatSamplesOfTheStream) {
     }
 }
 
-TEST_F(AudioClassifierRoutines, EmphasisOfNoSamplesWritesNothingAndOfNoFormatGivesZeros) {
+TEST_F(AudioClassifierRoutines, EmphasisOfNoSamplesWritesNothingAndWithoutAFormatReturnsZeros) {
     unsigned char in[8] = {1, 2, 3, 4, 5, 6, 7, 8};
     EXPECT_EQ(Values(classifier.emphasis(in, 2, 0.97F), 2), (std::vector<float>{0.0F, 0.0F}));
     Take(SAMPLE_FMT_S16);
@@ -221,7 +222,7 @@ TEST_F(AudioClassifierRoutines, DistanceOf345Is5) {
     EXPECT_EQ(classifier.distance(a, b, 0), 0.0F);
 }
 
-TEST_F(AudioClassifierRoutines, Array2dCreateGivesRowsOfZerosEachABlockOfItsOwn) {
+TEST_F(AudioClassifierRoutines, Array2dCreateAllocatesEachRowSeparatelyAndZeroesIt) {
     void** rows = classifier.array2dCreate(3, 5, 4);
     for (int i = 0; i < 3; ++i) {
         const char* row = static_cast<char*>(rows[i]);
@@ -268,7 +269,7 @@ TEST_F(AudioClassifierRoutines, NearestCenterGivesATieToTheLaterCentre) {
     EXPECT_EQ(classifier.nearestCenter(nearC, centres, 3, 0), c);  // all at 0
 }
 
-TEST_F(AudioClassifierRoutines, NearestCenterOfNoCentresIsTheFirstRowAndOfNaNToo) {
+TEST_F(AudioClassifierRoutines, NearestCenterOfNoCentresOrOfNaNIsTheFirstRow) {
     float a[] = {0.0F};
     float b[] = {2.0F};
     float* centres[] = {a, b};
@@ -279,7 +280,7 @@ TEST_F(AudioClassifierRoutines, NearestCenterOfNoCentresIsTheFirstRowAndOfNaNToo
 }
 
 TEST_F(AudioClassifierRoutines, MusicCheckByFftComparesTheCentresByValue) {
-    // An impulse: its spectrum is about even, near the ratios 1/8, 1/4 and 1/2.
+    // An impulse has a nearly flat spectrum, with ratios near 1/8, 1/4 and 1/2.
     std::vector<float> signal(8, 0.0F);
     signal[0] = 1.0F;
     float same[] = {0.0F, 0.0F, 0.0F};
@@ -302,14 +303,14 @@ TEST_F(AudioClassifierRoutines, MusicCheckByFftOfSilenceOrOfTooSmallATransformIs
     EXPECT_FALSE(classifier.musicCheckByFft(silence.data(), 100, 64, centres));
 }
 
-TEST_F(AudioClassifierRoutines, PreRetReferOfLength0ReturnsTheVerdictAndKeepsNothing) {
+TEST_F(AudioClassifierRoutines, PreRetReferOfLength0ReturnsTheVerdictAndStoresNothing) {
     EXPECT_TRUE(classifier.preRetRefer(true, 0));
     EXPECT_FALSE(classifier.preRetRefer(false, 0));
     EXPECT_EQ(classifier.mVoteCount, 0);
     EXPECT_TRUE(classifier.mVotes.empty());
 }
 
-TEST_F(AudioClassifierRoutines, TheFirst30VerdictsStandAndThe31stIsVotedOn) {
+TEST_F(AudioClassifierRoutines, TheFirst30VerdictsAreReturnedAndThe31stIsAVote) {
     for (int i = 0; i < 30; ++i) {
         EXPECT_EQ(classifier.preRetRefer(i != 0, 30), i != 0) << i;
     }
@@ -317,7 +318,7 @@ TEST_F(AudioClassifierRoutines, TheFirst30VerdictsStandAndThe31stIsVotedOn) {
     EXPECT_TRUE(classifier.preRetRefer(false, 30));
 }
 
-TEST_F(AudioClassifierRoutines, AHistoryOfAll1WithCurrent0YieldsMusic) {
+TEST_F(AudioClassifierRoutines, AHistoryOf30OnesWithCurrent0YieldsMusic) {
     for (int i = 0; i < 30; ++i) {
         classifier.preRetRefer(true, 30);
     }
@@ -326,7 +327,7 @@ TEST_F(AudioClassifierRoutines, AHistoryOfAll1WithCurrent0YieldsMusic) {
     EXPECT_EQ(classifier.mVotes.size(), 30U);
 }
 
-TEST_F(AudioClassifierRoutines, AnotherLengthStartsTheHistoryAnew) {
+TEST_F(AudioClassifierRoutines, AnotherLengthRestartsTheHistory) {
     for (int i = 0; i < 40; ++i) {
         classifier.preRetRefer(true, 30);
     }

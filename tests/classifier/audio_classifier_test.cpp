@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "classifier/plain_model.h"
+#include "common/result_code.h"
 #include "common/sample_format.h"
 #include "support/bytes.h"
 #include "support/seed.h"
@@ -43,7 +44,7 @@ bool Check(AudioClassifier& classifier, Block block) {
 /// A classifier for 16-bit mono at 32000 Hz that has gathered `samples` of them.
 struct Gathered : AudioClassifier {
     explicit Gathered(const std::vector<std::int16_t>& samples) {
-        EXPECT_EQ(Init(1, 32000, SAMPLE_FMT_S16), 0);
+        EXPECT_EQ(Init(1, 32000, SAMPLE_FMT_S16), RESULT_OK);
         Hold(samples);
     }
 
@@ -55,7 +56,7 @@ struct Gathered : AudioClassifier {
     bool Analyse() { return Check(*this, Block(2)); }
 };
 
-/// Loud for the first third, then silent: falls quiet as often as speech does.
+/// Loud for the first third, then silent, like the bursts and pauses of speech.
 std::vector<std::int16_t> Bursts() {
     std::vector<std::int16_t> samples(kFullAt32000);
     for (std::size_t n = 0; n < samples.size() / 3; ++n) {
@@ -64,7 +65,7 @@ std::vector<std::int16_t> Bursts() {
     return samples;
 }
 
-/// A steady tone that passes for music: not every one does.
+/// A steady tone that is detected as music; not every tone is.
 std::vector<std::int16_t> SteadyMusic() {
     for (int attempt = 0; attempt < 200; ++attempt) {
         const double step = 0.3 + 0.01 * attempt;
@@ -84,7 +85,7 @@ std::vector<std::int16_t> SteadyMusic() {
     return {};
 }
 
-TEST(AudioClassifier, StartsNotInitialisedAndAnswersFalse) {
+TEST(AudioClassifier, StartsNotInitialisedAndReturnsFalse) {
     AudioClassifier classifier;
     EXPECT_FALSE(classifier.IsInited());
     EXPECT_FALSE(classifier.GetRealTimeCheckRet());
@@ -99,11 +100,11 @@ TEST(AudioClassifier, InitTakes16BitAndFloatAndAllocatesFourSecondsOfZeros) {
         const std::size_t width = IsFloat(format) ? 4 : 2;
         for (const unsigned short channels : std::vector<unsigned short>{1, 2, 3}) {
             AudioClassifier classifier;
-            EXPECT_EQ(classifier.Init(channels, 8000, format), 0);
+            EXPECT_EQ(classifier.Init(channels, 8000, format), RESULT_OK);
             EXPECT_TRUE(classifier.IsInited());
             EXPECT_EQ(classifier.mHistory, Block(width * 32000));
-            EXPECT_GE(classifier.mDenoised.size(),
-                      width * 32000 * std::min<std::size_t>(channels, 2));
+            EXPECT_EQ(classifier.mDenoised.size(),
+                      width * (32000 * std::min<std::size_t>(channels, 2) + 320));
             EXPECT_EQ(classifier.mLeft.size(), channels == 2 ? width * 64000 : 0);
             EXPECT_EQ(classifier.mRight.size(), classifier.mLeft.size());
         }
@@ -118,17 +119,18 @@ TEST(AudioClassifier, TheSuppressorRunsAt32000HzMonoLevel3WhateverTheRate) {
     EXPECT_EQ(classifier.mDenoise.mFmt, SAMPLE_FMT_FLT);
 }
 
-TEST(AudioClassifier, ARefusedInitReturns3AndLeavesItNotInitialisedWithWhatWasGathered) {
+TEST(AudioClassifier, ARefusedInitReturns3AndLeavesItNotInitialisedWithItsGatheredSamples) {
     for (const int format : {-1, 0, 2, 4, 5, 7, 9, 10}) {
         AudioClassifier classifier;
         classifier.Init(1, 32000, SAMPLE_FMT_S16);
         Check(classifier, Block(640));
-        EXPECT_EQ(classifier.Init(1, 32000, static_cast<SampleFmt>(format)), 3) << format;
+        EXPECT_EQ(classifier.Init(1, 32000, static_cast<SampleFmt>(format)), RESULT_INVALID)
+            << format;
         EXPECT_FALSE(classifier.IsInited());
         classifier.mSmoothedResult = true;
         EXPECT_FALSE(Check(classifier, Block(640)));
         EXPECT_EQ(classifier.mGathered, 320U);
-        EXPECT_EQ(classifier.Init(1, 32000, SAMPLE_FMT_S16), 0);
+        EXPECT_EQ(classifier.Init(1, 32000, SAMPLE_FMT_S16), RESULT_OK);
         EXPECT_TRUE(Check(classifier, Block(640)));
     }
 }
@@ -136,28 +138,29 @@ TEST(AudioClassifier, ARefusedInitReturns3AndLeavesItNotInitialisedWithWhatWasGa
 TEST(AudioClassifier, FourSecondsBeyond2To31BytesAreBadAllocAndLeaveItNotInitialised) {
     AudioClassifier classifier;
     classifier.Init(1, 32000, SAMPLE_FMT_S16);
-    EXPECT_EQ(classifier.Init(65535, 48000, SAMPLE_FMT_FLT), 0) << "only two channels are heard";
+    EXPECT_EQ(classifier.Init(65535, 48000, SAMPLE_FMT_FLT), RESULT_OK)
+        << "only two channels are buffered";
     EXPECT_THROW(classifier.Init(2, INT32_MAX / 15, SAMPLE_FMT_S16), std::bad_alloc);
     EXPECT_FALSE(classifier.IsInited());
     EXPECT_THROW(classifier.Init(1, INT32_MAX, SAMPLE_FMT_S16), std::bad_alloc);
     EXPECT_THROW(classifier.Init(0, INT32_MAX / 15, SAMPLE_FMT_FLT), std::bad_alloc);
     EXPECT_FALSE(Check(classifier, Block(640)));
-    EXPECT_EQ(classifier.Init(1, 32000, SAMPLE_FMT_S16), 0);
+    EXPECT_EQ(classifier.Init(1, 32000, SAMPLE_FMT_S16), RESULT_OK);
     EXPECT_FALSE(Check(classifier, Block(640)));
 }
 
-TEST(AudioClassifier, ASecondInitKeepsWhatIsGatheredAndVotedAndZeroesTheBuffers) {
+TEST(AudioClassifier, ASecondInitKeepsTheSampleCountAndTheVotesAndZeroesTheBuffers) {
     Gathered classifier(std::vector<std::int16_t>(1000, 77));
     classifier.preRetRefer(true, 30);
     classifier.mSmoothedResult = true;
-    EXPECT_EQ(classifier.Init(1, 32000, SAMPLE_FMT_S16), 0);
+    EXPECT_EQ(classifier.Init(1, 32000, SAMPLE_FMT_S16), RESULT_OK);
     EXPECT_EQ(classifier.mGathered, 1000U);
     EXPECT_EQ(classifier.mVoteCount, 1);
     EXPECT_EQ(classifier.mHistory, Block(256000));
     EXPECT_TRUE(Check(classifier, Block(2)));
 }
 
-TEST(AudioClassifier, ASecondInitAtALowerRateLeavesNoMoreGatheredThanTheHistoryHolds) {
+TEST(AudioClassifier, ASecondInitAtALowerRateCutsTheSampleCountToTheHistory) {
     AudioClassifier classifier;
     classifier.Init(1, 48000, SAMPLE_FMT_S16);
     Check(classifier, Block(2 * 47000));
@@ -194,7 +197,7 @@ TEST(AudioClassifier, AStreamAt16000HzGathers31744SamplesAndAnalysesWithTheNextB
     }
 }
 
-TEST(AudioClassifier, TheBlockThatTriggersTheAnalysisIsLostAndTheNextStartsFrom0) {
+TEST(AudioClassifier, TheBlockThatTriggersTheAnalysisIsDroppedAndTheNextStartsFrom0) {
     Gathered classifier(std::vector<std::int16_t>(kFullAt32000, 3));
     const Block history = classifier.mHistory;
     std::mt19937 random = SeededRandom();
@@ -215,7 +218,7 @@ TEST(AudioClassifier, SteadyTonesAreMusicAndBurstsAreNot) {
     EXPECT_FALSE(classifier.GetRealTimeCheckRet());
 }
 
-TEST(AudioClassifier, UpTo30AnalysesTheAnswerIsTheRawOneAndFromThe31stAVote) {
+TEST(AudioClassifier, For30AnalysesTheResultIsTheRawOneAndFromThe31stAVote) {
     Gathered classifier(SteadyMusic());
     const std::vector<std::int16_t> music = SteadyMusic();
     for (int analysis = 1; analysis <= 30; ++analysis) {
@@ -227,7 +230,7 @@ TEST(AudioClassifier, UpTo30AnalysesTheAnswerIsTheRawOneAndFromThe31stAVote) {
     classifier.Hold(Bursts());
     EXPECT_TRUE(classifier.Analyse());
     EXPECT_FALSE(classifier.GetRealTimeCheckRet());
-    EXPECT_TRUE(Check(classifier, Block(640)));  // and stays until the next one
+    EXPECT_TRUE(Check(classifier, Block(640)));  // until the next analysis
 }
 
 TEST(AudioClassifier, NullDataWithALengthDoesNothingEvenWhenFull) {
@@ -267,7 +270,7 @@ TEST(AudioClassifier, ANewOneHasFormat0) {
 
 TEST(AudioClassifier, WithoutChannelsNothingIsGathered) {
     AudioClassifier classifier;
-    EXPECT_EQ(classifier.Init(0, 32000, SAMPLE_FMT_S16), 0);
+    EXPECT_EQ(classifier.Init(0, 32000, SAMPLE_FMT_S16), RESULT_OK);
     for (int i = 0; i < 200; ++i) {
         EXPECT_FALSE(Check(classifier, Block(640)));
     }
@@ -278,14 +281,14 @@ TEST(AudioClassifier, AtARateBelow1NothingIsGathered) {
     for (const int rate : {0, -1, -32000, INT32_MIN}) {
         for (const SampleFmt format : {SAMPLE_FMT_FLT, SAMPLE_FMT_S16}) {
             AudioClassifier classifier;
-            EXPECT_EQ(classifier.Init(2, rate, format), 0);
+            EXPECT_EQ(classifier.Init(2, rate, format), RESULT_OK);
             EXPECT_FALSE(Check(classifier, Block(6400)));
             EXPECT_EQ(classifier.mGathered, 0U);
         }
     }
 }
 
-TEST(AudioClassifier, ARateOf109636IsThatOf44100In16Bits) {
+TEST(AudioClassifier, ARateOf109636HzTruncatesTo44100In16Bits) {
     AudioClassifier classifier;
     classifier.Init(1, 65536 + 44100, SAMPLE_FMT_S16);
     Check(classifier, Block(2 * 43771));
@@ -295,7 +298,7 @@ TEST(AudioClassifier, ARateOf109636IsThatOf44100In16Bits) {
     EXPECT_EQ(classifier.mWindow.size(), 1412U);
 }
 
-TEST(AudioClassifier, ABlockIsCutToWhatTheHistoryOfFourSecondsHolds) {
+TEST(AudioClassifier, ABlockIsCutToTheRoomOfTheFourSecondHistory) {
     for (const unsigned short channels : std::vector<unsigned short>{1, 2, 3}) {
         AudioClassifier classifier;
         classifier.Init(channels, 7000, SAMPLE_FMT_S16);  // can never be full
@@ -308,7 +311,7 @@ TEST(AudioClassifier, ABlockIsCutToWhatTheHistoryOfFourSecondsHolds) {
     }
 }
 
-TEST(AudioClassifier, AStereoBlockOfFiveSecondsIsHeardWholeWhenItIsNotGathered) {
+TEST(AudioClassifier, AStereoBlockOfFiveSecondsIsSuppressedWholeWhenItIsNotGathered) {
     std::mt19937 random = SeededRandom();
     AudioClassifier classifier;
     classifier.Init(2, 8000, SAMPLE_FMT_S16);
@@ -339,13 +342,13 @@ TEST(AudioClassifier, MoreThanTwoChannelsKeepAnalysingTheLastOutputOfTheSuppress
     EXPECT_EQ(classifier.mVoteCount, 1);
 }
 
-TEST(AudioClassifier, AShortBlockAppendsWhatTheSuppressorGaveOutLast) {
+TEST(AudioClassifier, AShortBlockAppendsTheLastOutputOfTheSuppressor) {
     std::mt19937 random = SeededRandom();
     AudioClassifier classifier;
     classifier.Init(1, 32000, SAMPLE_FMT_S16);
     Check(classifier, Noise16(random, 640));
     const Block denoised = classifier.mDenoised;
-    Check(classifier, Noise16(random, 100));  // fills no frame
+    Check(classifier, Noise16(random, 100));  // fills no suppressor block
     EXPECT_EQ(classifier.mGathered, 740U);
     EXPECT_EQ(classifier.mDenoised, denoised);
     EXPECT_EQ(std::memcmp(&classifier.mHistory[1280], denoised.data(), 200), 0);
@@ -353,12 +356,13 @@ TEST(AudioClassifier, AShortBlockAppendsWhatTheSuppressorGaveOutLast) {
 
 TEST(AudioClassifier, FloatsAreStoredAs16BitNumbersTruncatedTowardsZeroAndWrapped) {
     AudioClassifier classifier;
-    classifier.Init(3, 32000, SAMPLE_FMT_FLT);  // hears nothing, so the block stays as it is set
-    const std::vector<float> samples = {0.9F,      -0.9F,     1.5F,     -1.5F,        32767.9F,
-                                        32768.0F,  -32769.0F, 65537.0F, NAN,          INFINITY,
-                                        -INFINITY, 3e9F,      -3e9F,    2147483520.0F};
-    const std::vector<std::int16_t> stored = {0, 0, 1, -1, 32767, -32768, 32767,
-                                              1, 0, 0, 0,  0,     0,      -128};
+    classifier.Init(3, 32000,
+                    SAMPLE_FMT_FLT);  // three channels leave the suppressed block as set here
+    const std::vector<float> samples = {
+        0.9F, -0.9F,    1.5F,      -1.5F, 32767.9F, 32768.0F,      -32769.0F,    65537.0F,
+        NAN,  INFINITY, -INFINITY, 3e9F,  -3e9F,    2147483520.0F, 2147483648.0F};
+    const std::vector<std::int16_t> stored = {0, 0, 1, -1, 32767, -32768, 32767, 1,
+                                              0, 0, 0, 0,  0,     -128,   0};
     std::memcpy(classifier.mDenoised.data(), samples.data(), samples.size() * 4);
     Check(classifier, Block(12 * samples.size()));
     std::vector<std::int16_t> history(samples.size());
@@ -366,7 +370,7 @@ TEST(AudioClassifier, FloatsAreStoredAs16BitNumbersTruncatedTowardsZeroAndWrappe
     EXPECT_EQ(history, stored);
 }
 
-TEST(AudioClassifier, NaNAndInfinityInTheStreamDoNoHarm) {
+TEST(AudioClassifier, StreamsWithNaNAndInfinityFollowThePlainModel) {
     for (const float odd : {NAN, INFINITY, -INFINITY, std::numeric_limits<float>::max()}) {
         AudioClassifier classifier;
         classifier.Init(1, 32000, SAMPLE_FMT_FLT);
@@ -381,7 +385,7 @@ TEST(AudioClassifier, NaNAndInfinityInTheStreamDoNoHarm) {
     }
 }
 
-TEST(AudioClassifier, PlanarStreamsAreHeardAsSilenceWhichIsNoMusic) {
+TEST(AudioClassifier, PlanarStreamsAreAnalysedAsSilenceWhichIsNotMusic) {
     std::mt19937 random = SeededRandom();
     for (const SampleFmt format : {SAMPLE_FMT_S16P, SAMPLE_FMT_FLTP}) {
         AudioClassifier classifier;
@@ -392,6 +396,14 @@ TEST(AudioClassifier, PlanarStreamsAreHeardAsSilenceWhichIsNoMusic) {
         EXPECT_GE(classifier.mVoteCount, 1);
         EXPECT_EQ(classifier.mHistory, Block(classifier.mHistory.size()));
     }
+}
+
+TEST(AudioClassifier, At48000HzTheSignalBufferHoldsTheLargest16BitCountOfSamples) {
+    AudioClassifier classifier;
+    classifier.Init(1, 48000, SAMPLE_FMT_S16);
+    EXPECT_EQ(classifier.mSignal.size(), 65535U);
+    classifier.mGathered = 65535;
+    EXPECT_EQ(classifier.EmphasisedHistory(0.97F).size(), 65535U);
 }
 
 TEST(AudioClassifier, Of79380GatheredSamplesOnly13844EnterTheAnalysis) {

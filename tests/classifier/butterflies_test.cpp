@@ -14,7 +14,7 @@ using namespace audio_filter::internal;
 
 namespace {
 
-/// Random elements, and what plain loops make of them.
+/// Random elements, and the result of plain loops over them.
 struct Block {
     Block(std::mt19937& random, std::size_t length) : real(length), imag(length) {
         std::uniform_real_distribution<float> any(-1.0F, 1.0F);
@@ -50,7 +50,7 @@ void ExpectSame(const Block& a, const Block& b, std::size_t length) {
     EXPECT_TRUE(SameBits(a.imag, b.imag)) << length;
 }
 
-TEST(Butterflies, AllStagesOf1To1024ElementsAreThePlainOnes) {
+TEST(Butterflies, AllStagesOf1To1024ElementsEqualPlainLoops) {
     std::mt19937 random = SeededRandom();
     const TwiddleFactors rotations(1024);
     for (std::size_t length = 1; length <= 1024; length *= 2) {
@@ -64,7 +64,7 @@ TEST(Butterflies, AllStagesOf1To1024ElementsAreThePlainOnes) {
     }
 }
 
-TEST(Butterflies, TwoStagesAtATimeOf4To4096ElementsAreThePlainOnes) {
+TEST(Butterflies, TwoStagesAtATimeOf4To4096ElementsEqualPlainLoops) {
     std::mt19937 random = SeededRandom();
     const TwiddleFactors rotations(4096);
     for (std::size_t quarter = 1; quarter <= 1024; quarter *= 2) {
@@ -77,7 +77,7 @@ TEST(Butterflies, TwoStagesAtATimeOf4To4096ElementsAreThePlainOnes) {
     }
 }
 
-TEST(Butterflies, FiveStagesOf32RowsAreThoseOfATransformPerLane) {
+TEST(Butterflies, FiveStagesOf32RowsEqualATransformPerLane) {
     std::mt19937 random = SeededRandom();
     const TwiddleFactors rotations(32);
     std::vector<Block> lanes;
@@ -88,7 +88,7 @@ TEST(Butterflies, FiveStagesOf32RowsAreThoseOfATransformPerLane) {
         for (std::size_t row = 0; row < 32; ++row) {
             lanes.back().imag[row] = 0.0F;
             real[row][lane] = lanes.back().real[row];
-            imag[row][lane] = NAN;  // only written
+            imag[row][lane] = NAN;  // must only be written
         }
     }
     RowStage(real, imag, 32);
@@ -103,7 +103,7 @@ TEST(Butterflies, FiveStagesOf32RowsAreThoseOfATransformPerLane) {
     }
 }
 
-TEST(Butterflies, TheLastTwoStagesOfARepetitionCutInEitherHalfAreThePlainOnesInAnyRangeOfBins) {
+TEST(Butterflies, TheLastTwoStagesOfARepetitionCutInEitherHalfEqualPlainLoopsInAnyRangeOfBins) {
     std::mt19937 random = SeededRandom();
     constexpr std::size_t kHalf = 64;
     const TwiddleFactors rotations(2 * kHalf);

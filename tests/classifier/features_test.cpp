@@ -26,7 +26,8 @@ TEST(SegmentEnergy, IsSummedInDoublePrecision) {
     EXPECT_GT(SegmentEnergy(std::vector<float>{3e38F}), 8e76);
 }
 
-TEST(SegmentEnergies, Of0To20FramesAndWindowsAroundTheirLoopsAreThoseOfTheFramesCutOneByOne) {
+TEST(SegmentEnergies,
+     Of0To20SegmentsWithWindowsAroundTheLoopLengthsEqualThoseOfSegmentsCutOneByOne) {
     std::mt19937 random = SeededRandom();
     std::uniform_real_distribution<float> any(-30000.0F, 30000.0F);
     for (const std::size_t length : {1U, 7U, 63U, 64U, 65U, 130U, 1412U}) {
@@ -44,13 +45,13 @@ TEST(SegmentEnergies, Of0To20FramesAndWindowsAroundTheirLoopsAreThoseOfTheFrames
                 CutSegment(signal, j, hop, window, frame);
                 const double expected = SegmentEnergy(frame);
                 ASSERT_TRUE(energies[j] == expected || (length == 1 && std::isnan(energies[j])))
-                    << "frame " << j << " of " << frames << ", " << length << " samples";
+                    << "segment " << j << " of " << frames << ", " << length << " samples";
             }
         }
     }
 }
 
-TEST(LowEnergyRate, CountsTheFramesStrictlyBelowTheShareOfTheMean) {
+TEST(LowEnergyRate, CountsTheSegmentsStrictlyBelowTheRatioTimesTheMean) {
     const std::vector<double> energies = {1.0, 2.0, 3.0, 10.0};  // mean 4
     EXPECT_EQ(LowEnergyRate(energies, 0.5F), 0.25F);             // 2 is not below 2
     EXPECT_EQ(LowEnergyRate(energies, 0.25F), 0.0F);
@@ -58,13 +59,13 @@ TEST(LowEnergyRate, CountsTheFramesStrictlyBelowTheShareOfTheMean) {
     EXPECT_EQ(LowEnergyRate(energies, 4.0F), 1.0F);
 }
 
-TEST(LowEnergyRate, WithoutFramesIsNaNAndOfSilenceOrNaN0) {
+TEST(LowEnergyRate, WithoutSegmentsIsNaNAndOfSilenceOrNaN0) {
     EXPECT_TRUE(std::isnan(LowEnergyRate({}, 0.5F)));
     EXPECT_EQ(LowEnergyRate(std::vector<double>(10, 0.0), 0.5F), 0.0F);
     EXPECT_EQ(LowEnergyRate(std::vector<double>{1.0, std::nan("")}, 0.5F), 0.0F);
 }
 
-TEST(SubBandRatios, AddEachSumUpInTheOrderOfTheBinsHoweverManyBinsThereAre) {
+TEST(SubBandRatios, SumTheBinsInOrderForAnyNumberOfBins) {
     std::mt19937 random = SeededRandom();
     std::uniform_real_distribution<float> any(0.0F, 1000.0F);
     for (std::size_t start = 1; start < 60; ++start) {
@@ -91,7 +92,7 @@ TEST(SubBandRatios, AddEachSumUpInTheOrderOfTheBinsHoweverManyBinsThereAre) {
     }
 }
 
-TEST(SubBandRatios, OfEqualBinsAre2And4And8SixteenthsWhereBinsDivideBy8) {
+TEST(SubBandRatios, OfEqualBinsFrom16Are2And4And8Sixteenths) {
     const std::vector<float> magnitudes(32, 3.0F);
     EXPECT_EQ(SubBandRatios(magnitudes, 16),
               (std::array<float, 3>{2.0F / 16.0F, 4.0F / 16.0F, 8.0F / 16.0F}));
@@ -133,7 +134,8 @@ TEST(Distance, TakesDifferencesInSinglePrecisionAndSquaresInDouble) {
     const std::vector<float> small = {-1.0F};
     EXPECT_EQ(Distance(big, small), 16777216.0F);
     const std::vector<float> huge = {3e38F};
-    EXPECT_EQ(Distance(huge, std::vector<float>{0.0F}), 3e38F);  // its square is beyond single
+    EXPECT_EQ(Distance(huge, std::vector<float>{0.0F}),
+              3e38F);  // its square overflows single precision
 }
 
 TEST(IsNearestToCentre0, ATieGoesToCentre0) {
@@ -142,20 +144,20 @@ TEST(IsNearestToCentre0, ATieGoesToCentre0) {
     EXPECT_FALSE(IsNearestToCentre0(0.5F, std::vector<float>{0.25F, 0.625F, 0.9F, 0.9F}));
 }
 
-TEST(IsNearestToCentre0, FourDistancesOf1OrMorePassUnlessThatOfCentre0IsExactly1) {
+TEST(IsNearestToCentre0, WithFourDistancesOf1OrMoreOnlyExactly1ToCentre0IsNearest) {
     EXPECT_FALSE(IsNearestToCentre0(0.0F, std::vector<float>{1.5F, 2.0F, 2.0F, 2.0F}));
     EXPECT_FALSE(IsNearestToCentre0(0.0F, std::vector<float>{1.5F, 1.0F, 1.0F, 1.0F}));
     EXPECT_TRUE(IsNearestToCentre0(0.0F, std::vector<float>{1.0F, 2.0F, 2.0F, 2.0F}));
     EXPECT_TRUE(IsNearestToCentre0(0.0F, std::vector<float>{-1.0F, 1.0F, 1.0F, 1.0F}));
 }
 
-TEST(IsNearestToCentre0, NaNIsNearestToNothing) {
+TEST(IsNearestToCentre0, NaNIsNotNearestToCentre0) {
     EXPECT_FALSE(IsNearestToCentre0(NAN, std::vector<float>{0.1F, 0.2F, 0.3F, 0.4F}));
     EXPECT_FALSE(IsNearestToCentre0(0.1F, std::vector<float>{NAN, 0.2F, 0.3F, 0.4F}));
     EXPECT_TRUE(IsNearestToCentre0(0.1F, std::vector<float>{0.1F, NAN, NAN, NAN}));
 }
 
-TEST(IsSpeechByLowEnergy, OneRowOfFourDecides) {
+TEST(IsSpeechByLowEnergy, AnyOneOfFourRowsDecides) {
     const std::vector<double> energies = {1.0, 1.0, 1.0, 13.0};  // rates 0.75 down to ratio 1/4
     const float thresholds[] = {0.5F, 0.25F, 0.125F, 0.0625F};
     const float far[4] = {0.5F, 0.75F, 0.75F, 0.75F};
@@ -175,7 +177,7 @@ TEST(IsSpeechByLowEnergy, OneRowOfFourDecides) {
     }
 }
 
-TEST(IsSpeechByLowEnergy, WithoutFramesNoRowIsSpeech) {
+TEST(IsSpeechByLowEnergy, WithoutSegmentsNoRowIsSpeech) {
     AudioClassifier classifier;
     const algoParam param = classifier.getAlgoParam(32000);
     EXPECT_FALSE(IsSpeechByLowEnergy({}, param.lowEnergyThresholds, param.lowEnergyCentres));

@@ -11,7 +11,7 @@ using namespace audio_filter::internal;
 
 namespace {
 
-TEST(Emphasise, SubtractsTheSampleBeforeTimes0_97AndBeginsAfterSilence) {
+TEST(Emphasise, Subtracts0_97TimesThePreviousSampleAndStartsFromSilence) {
     const short samples[] = {100, 200, -300, -32768, 32767};
     std::vector<float> out(5);
     Emphasise(PcmView<const short>(samples, 5), 0.97F, std::span<float>(out));
@@ -19,7 +19,7 @@ TEST(Emphasise, SubtractsTheSampleBeforeTimes0_97AndBeginsAfterSilence) {
                                        -32768.0F - 0.97F * -300.0F, 32767.0F - 0.97F * -32768.0F}));
 }
 
-TEST(Emphasise, TakesFloatsAsTheyAreAtAnyAddress) {
+TEST(Emphasise, TakesUnscaledFloatsAtAnyAddress) {
     std::vector<char> bytes(13);
     const float samples[] = {0.5F, NAN, 1.0F};
     std::memcpy(bytes.data() + 1, samples, sizeof(samples));
@@ -52,7 +52,7 @@ TEST(HammingWindow, Lengths2To20And1024And1412And1536FollowTheFormula) {
     }
 }
 
-TEST(HammingWindow, Of1024RisesFrom0_08ToNearly1AndMirrors) {
+TEST(HammingWindow, Of1024RisesFrom0_08ToNearly1AndIsSymmetric) {
     std::vector<float> window(1024);
     HammingWindow(window, 1.0F);
     EXPECT_FLOAT_EQ(window.front(), 0.08F);
@@ -63,14 +63,14 @@ TEST(HammingWindow, Of1024RisesFrom0_08ToNearly1AndMirrors) {
     }
 }
 
-TEST(HammingWindow, OfOneCoefficientIsNaNAndOfNoneNothing) {
+TEST(HammingWindow, OfOneCoefficientIsNaNAndOfNoneEmpty) {
     std::vector<float> window(1);
     HammingWindow(window, 2.0F);
     EXPECT_TRUE(std::isnan(window[0]));
     HammingWindow({}, 1.0F);
 }
 
-TEST(CountSegments, SignalsOf0To5000SamplesGiveTheQuotientTowardsZeroPlus1ButNoneBelow0) {
+TEST(CountSegments, SignalsOf0To5000SamplesHaveTheTruncatedQuotientPlus1AndNeverBelow0) {
     for (int length = 0; length <= 5000; ++length) {
         const int quotient = (length - 1024) / 512 + 1;
         EXPECT_EQ(CountSegments(static_cast<std::size_t>(length), 1024, 512),
@@ -79,7 +79,7 @@ TEST(CountSegments, SignalsOf0To5000SamplesGiveTheQuotientTowardsZeroPlus1ButNon
     }
 }
 
-TEST(CountSegments, AFrameOf1024InASignalOf100IsNoneAndOf600IsOne) {
+TEST(CountSegments, ASignalOf100SamplesHasNoSegmentOf1024AndOneOf600HasOne) {
     EXPECT_EQ(CountSegments(100, 1024, 512), 0);
     EXPECT_EQ(CountSegments(512, 1024, 512), 0);
     EXPECT_EQ(CountSegments(513, 1024, 512), 1);
@@ -92,7 +92,7 @@ TEST(CountSegments, AFrameOf1024InASignalOf100IsNoneAndOf600IsOne) {
     EXPECT_EQ(CountSegments(100, 10, 0), 0);
 }
 
-TEST(CutSegment, CopiesFromIndexTimesHopAndWindows) {
+TEST(CutSegment, CopiesFromIndexTimesHopAndAppliesTheWindow) {
     const std::vector<float> signal = {1, 2, 3, 4, 5, 6};
     const std::vector<float> window = {1, 10, 100};
     std::vector<float> frame(3, -1.0F);
@@ -100,7 +100,7 @@ TEST(CutSegment, CopiesFromIndexTimesHopAndWindows) {
     EXPECT_EQ(frame, (std::vector<float>{3, 40, 500}));
 }
 
-TEST(CutSegment, PadsWithZerosWhatReachesPastTheSignal) {
+TEST(CutSegment, PadsWithZerosBeyondTheSignal) {
     const std::vector<float> signal = {1, 2, 3, 4, 5, 6};
     const std::vector<float> window = {1, 10, 100};
     std::vector<float> frame(3, -1.0F);

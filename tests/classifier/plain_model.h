@@ -8,7 +8,7 @@
 
 #include "units/audio_denoise.h"
 
-// The classifier once more, step by step and in plain loops, for the tests to compare with.
+// Reference model of the classifier in plain loops, one step after another.
 
 /// The magnitudes of the elements 0..size / 2 of the radix-2 transform.
 inline std::vector<float> PlainSpectrum(const std::vector<float>& signal, std::size_t size) {
@@ -58,7 +58,7 @@ inline std::vector<float> PlainSpectrum(const std::vector<float>& signal, std::s
     return magnitudes;
 }
 
-/// The vote over the whole past of raw verdicts, the oldest first.
+/// The vote over all past raw verdicts, the oldest first.
 inline bool PlainVote(const std::vector<bool>& past, bool current, std::size_t length) {
     if (length == 0 || past.size() < length) {
         return current;

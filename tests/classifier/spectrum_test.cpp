@@ -33,7 +33,7 @@ std::vector<float> Magnitudes(const std::vector<float>& signal, std::size_t size
     return magnitudes;
 }
 
-TEST(Spectrum, Sizes0To300AndSomeTo2300WithMissingAllAndTooManySamplesFollowThePlainModelToTheBit) {
+TEST(Spectrum, Sizes0To300AndSomeTo2300WithTooFewAllAndTooManySamplesFollowThePlainModelToTheBit) {
     std::mt19937 random = SeededRandom();
     for (std::size_t size = 0; size <= 2300; size += size < 300 ? 1 : 61) {
         for (const std::size_t count : {std::size_t{0}, size / 2, size, size + 9}) {
@@ -55,19 +55,18 @@ TEST(Spectrum, Sizes63998And88198And95998FollowThePlainModelToTheBit) {
     }
 }
 
-/// Equal to the bit, but for which NaN it is.
+/// Equal to the bit, except that any NaN equals any other.
 bool SameNumbers(const std::vector<float>& a, const std::vector<float>& b) {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](float x, float y) {
         return std::isnan(x) ? std::isnan(y) : std::bit_cast<int>(x) == std::bit_cast<int>(y);
     });
 }
 
-/// Noise with, here and there, numbers that take no part in ordinary arithmetic, or bits of any
-/// kind.
+/// Noise with occasional NaNs, infinities, zeros, subnormals or random bits.
 std::vector<float> Odd(std::mt19937& random, std::size_t samples) {
     const std::vector<float> odd = {NAN,    INFINITY, -INFINITY, -0.0F, 0.0F,
                                     1e-40F, -1e-45F,  3e38F,     -3e38F};
-    const int kind = RandomInt(random, 0, 4);  // one of them, or none but zeros and tiny ones
+    const int kind = RandomInt(random, 0, 4);  // one of these at a time
     std::vector<float> signal = Noise(random, samples, kind == 4 ? 1e-38F : 1.0F);
     const auto oddOnes = RandomInt(random, 0, 3);
     for (int i = 0; i < oddOnes && samples > 0; ++i) {
@@ -103,7 +102,7 @@ TEST(Spectrum, OneHundredRandomSizesTo140000OddAndEvenFollowThePlainModel) {
     }
 }
 
-TEST(Spectrum, SizesAboutEveryPowerOfTwoAndOneAndAHalfTimesItFollowThePlainModelToTheBit) {
+TEST(Spectrum, SizesAroundPowersOfTwoAndTheir1_5FoldFollowThePlainModelToTheBit) {
     std::mt19937 random = SeededRandom();
     for (std::size_t power = 256; power <= 65536; power *= 2) {
         for (const std::size_t middle : {power, power + power / 2}) {
@@ -116,7 +115,7 @@ TEST(Spectrum, SizesAboutEveryPowerOfTwoAndOneAndAHalfTimesItFollowThePlainModel
     }
 }
 
-TEST(Spectrum, OneTransformUsedAgainAndAskedForSomeBinsGivesTheSameAsANewOne) {
+TEST(Spectrum, AReusedTransformGivesAnyRangeOfBinsLikeANewOne) {
     std::mt19937 random = SeededRandom();
     for (const std::size_t size : {0U, 1U, 77U, 600U, 1100U, 63998U}) {
         SpectrumTransform transform(size);
@@ -135,7 +134,7 @@ TEST(Spectrum, OneTransformUsedAgainAndAskedForSomeBinsGivesTheSameAsANewOne) {
     }
 }
 
-TEST(Spectrum, OfPowersOfTwoIsADiscreteFourierTransform) {
+TEST(Spectrum, OfAPowerOfTwoIsADiscreteFourierTransform) {
     std::mt19937 random = SeededRandom();
     for (std::size_t size = 1; size <= 1024; size *= 2) {
         const std::vector<float> signal = Noise(random, size);
@@ -154,7 +153,7 @@ TEST(Spectrum, OfPowersOfTwoIsADiscreteFourierTransform) {
     }
 }
 
-TEST(Spectrum, Of63998SamplesIsNoFourierTransform) {
+TEST(Spectrum, Of63998SamplesIsNotAFourierTransform) {
     std::vector<float> sine(63998);
     for (std::size_t n = 0; n < sine.size(); ++n) {
         sine[n] = static_cast<float>(
@@ -164,7 +163,7 @@ TEST(Spectrum, Of63998SamplesIsNoFourierTransform) {
     EXPECT_LT(magnitudes[1000], 31999.0F / 2);
 }
 
-TEST(Spectrum, Of63998SamplesTakesNothingFromBeyondSample32767) {
+TEST(Spectrum, Of63998SamplesIgnoresSamplesBeyond32767) {
     std::vector<float> late(63998, 0.0F);
     std::fill(late.begin() + 32768, late.end(), 1.0F);
     for (const float magnitude : Magnitudes(late, 63998)) {
@@ -174,19 +173,19 @@ TEST(Spectrum, Of63998SamplesTakesNothingFromBeyondSample32767) {
     EXPECT_GT(Magnitudes(late, 63998)[0], 0.0F);
 }
 
-TEST(Spectrum, Size0IsOneZeroAndSize1TheSampleItself) {
+TEST(Spectrum, OfSize0IsOneZeroAndOfSize1TheSample) {
     EXPECT_EQ(Magnitudes({5.0F}, 0), std::vector<float>{0.0F});
     EXPECT_EQ(Magnitudes({-5.0F, 7.0F}, 1), std::vector<float>{5.0F});
 }
 
-TEST(Spectrum, Size3Of1And2And4ReachesPastTheSignalIntoZeros) {
-    // The table of 3 is 0, 1, 0: the elements 1, 2, 1 and a zero beyond them.
+TEST(Spectrum, OfSize3ReadsZerosBeyondTheSignal1_2_4) {
+    // The index table of size 3 is 0, 1, 0: elements 1, 2, 1 and a zero.
     const std::vector<float> magnitudes = Magnitudes({1.0F, 2.0F, 4.0F}, 3);
     EXPECT_EQ(magnitudes, PlainSpectrum({1.0F, 2.0F, 4.0F}, 3));
-    EXPECT_EQ(magnitudes[0], 4.0F);  // 1 + 2 + 1, where a Fourier transform has 7
+    EXPECT_EQ(magnitudes[0], 4.0F);  // 1 + 2 + 1; a Fourier transform has 7
 }
 
-TEST(Spectrum, SingleNaNsStayInNaNsAndNothingElseBreaks) {
+TEST(Spectrum, SingleNaNsFollowThePlainModel) {
     std::vector<float> signal(64, 1.0F);
     signal[5] = NAN;
     for (const float magnitude : Magnitudes(signal, 64)) {
@@ -194,7 +193,7 @@ TEST(Spectrum, SingleNaNsStayInNaNsAndNothingElseBreaks) {
     }
 }
 
-TEST(Complex, Is0FromConstructionOnAndTwoFloatsLong) {
+TEST(Complex, IsConstructedAs0AndHoldsTwoFloats) {
     const complex zero;
     EXPECT_EQ(zero.real, 0.0F);
     EXPECT_EQ(zero.imag, 0.0F);

@@ -11,7 +11,7 @@ using namespace audio_filter::internal;
 
 namespace {
 
-TEST(TwiddleFactors, OfAStageStartAt1AndAddUpTheRoundingOfEachStep) {
+TEST(TwiddleFactors, OfAStageStartAt1AndAccumulateTheRoundingOfEachStep) {
     const TwiddleFactors factors(65536);
     const ConstSplitComplex w = factors.Table();
     for (std::size_t half = 1; half <= 65536; half *= 2) {

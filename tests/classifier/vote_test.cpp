@@ -13,19 +13,19 @@ namespace {
 
 using Votes = std::vector<unsigned char>;
 
-TEST(Vote, ThirtyTimesMusicOutweighsOneSpeech) {
+TEST(Vote, ThirtyMusicVerdictsOutweighOneOfSpeech) {
     EXPECT_TRUE(Vote(Votes(30, 1), false));
     EXPECT_FALSE(Vote(Votes(30, 0), true));
 }
 
-TEST(Vote, EachEntryCountsWithTheRunItEnds) {
+TEST(Vote, EachEntryIsWeightedByTheLengthOfTheRunItEnds) {
     EXPECT_TRUE(Vote(Votes{0, 1, 1}, false));        // 1 + 2 against 1 + 1
     EXPECT_FALSE(Vote(Votes{1, 0, 0}, true));        // 1 + 1 against 1 + 2
     EXPECT_FALSE(Vote(Votes{1, 1, 0, 0, 0}, true));  // 1 + 2 + 1 against 1 + 2 + 3
     EXPECT_TRUE(Vote(Votes{0, 1, 1, 1, 0}, false));  // 1 + 2 + 3 against 1 + 1 + 1
 }
 
-TEST(Vote, TheCurrentOneCountsOnceAndHasNoPartInARun) {
+TEST(Vote, TheCurrentVerdictCountsOnceAndExtendsNoRun) {
     EXPECT_TRUE(Vote(Votes{0, 1, 0, 1}, true));
     EXPECT_FALSE(Vote(Votes{0, 1, 0, 1}, false));
     EXPECT_FALSE(Vote(Votes{0, 0, 1}, true));  // 3 against 2
@@ -37,12 +37,12 @@ TEST(Vote, ATieIsNotMusic) {
     EXPECT_FALSE(Vote(Votes{0, 1, 0}, true));
 }
 
-TEST(Vote, WithoutAPastIsTheCurrentOne) {
+TEST(Vote, WithoutAHistoryIsTheCurrentVerdict) {
     EXPECT_TRUE(Vote({}, true));
     EXPECT_FALSE(Vote({}, false));
 }
 
-TEST(Vote, TenThousandRandomPastsFollowThePlainModelAndWhereNoTieIsTheWholeNumbers) {
+TEST(Vote, TenThousandRandomHistoriesFollowThePlainModelAndWithoutATieAnIntegerCount) {
     std::mt19937 random = SeededRandom();
     for (int round = 0; round < 10000; ++round) {
         const int length = RandomInt(random, 1, 40);

@@ -7,6 +7,7 @@
 #include <thread>
 #include <vector>
 
+#include "common/result_code.h"
 #include "common/steady_time.h"
 
 using namespace audio_filter::internal;
@@ -94,7 +95,7 @@ TEST(ProcessData, ResetToLessOrAsMuchReturnsTheCapacityUnchanged) {
 
 TEST(ProcessData, ResetToMoreKeepsTheContents) {
     ProcessData data;
-    ASSERT_EQ(Write(data, "contents"), 0);
+    ASSERT_EQ(Write(data, "contents"), RESULT_OK);
     EXPECT_EQ(data.Reset(12), 12);
     EXPECT_EQ(std::string(data.data, 12), std::string("contents\0\0\0\0", 12));
     EXPECT_EQ(data.size, 8);
@@ -106,7 +107,7 @@ TEST(ProcessData, WriteDataCopiesAndGivesOneReference) {
     AVParam param;
     param.audioSampleRate = 44100;
     std::string bytes = "payload";
-    ASSERT_EQ(data.WriteData(bytes.data(), 7, param, 99ULL, nullptr), 0);
+    ASSERT_EQ(data.WriteData(bytes.data(), 7, param, 99ULL, nullptr), RESULT_OK);
     bytes = "changed";
     EXPECT_EQ(Payload(data), "payload");
     EXPECT_EQ(data.capacity, 7);
@@ -131,11 +132,11 @@ TEST(ProcessData, WriteDataOfLessKeepsTheBlockAndOfMoreGrowsIt) {
     ProcessData data;
     Write(data, "12345678");
     const char* block = data.data;
-    EXPECT_EQ(Write(data, "123"), 0);
+    EXPECT_EQ(Write(data, "123"), RESULT_OK);
     EXPECT_EQ(data.data, block);
     EXPECT_EQ(data.capacity, 8);
     EXPECT_EQ(Payload(data), "123");
-    EXPECT_EQ(Write(data, "123456789"), 0);
+    EXPECT_EQ(Write(data, "123456789"), RESULT_OK);
     EXPECT_EQ(data.capacity, 9);
     EXPECT_EQ(Payload(data), "123456789");
 }
@@ -150,7 +151,7 @@ TEST(ProcessData, WriteDataSetsTheCountTo1WhateverItWas) {
 
 TEST(ProcessData, WriteDataOfSize0AllocatesNothingAndSucceeds) {
     ProcessData data;
-    EXPECT_EQ(data.WriteData(nullptr, 0, 5ULL, nullptr), 0);
+    EXPECT_EQ(data.WriteData(nullptr, 0, 5ULL, nullptr), RESULT_OK);
     EXPECT_EQ(data.data, nullptr);
     EXPECT_EQ(data.capacity, 0);
     EXPECT_EQ(data.size, 0);
@@ -162,7 +163,7 @@ TEST(ProcessData, WriteDataOfSize0TouchesNoByteOfAnEarlierPayload) {
     ProcessData data;
     Write(data, "earlier");
     char byte = 'x';
-    EXPECT_EQ(data.WriteData(&byte, 0, 5ULL, nullptr), 0);
+    EXPECT_EQ(data.WriteData(&byte, 0, 5ULL, nullptr), RESULT_OK);
     EXPECT_EQ(std::string(data.data, 7), "earlier");
     EXPECT_EQ(data.size, 0);
 }
@@ -174,10 +175,10 @@ TEST(ProcessData, WriteDataOfANegativeSizeOrOfMissingBytesIsMinus1AndChangesNoth
     char byte = 'x';
     AVParam param;
     param.audioChannels = 9;
-    EXPECT_EQ(data.WriteData(&byte, -1, 5ULL, nullptr), -1);
-    EXPECT_EQ(data.WriteData(&byte, INT32_MIN, param, 5ULL, nullptr), -1);
-    EXPECT_EQ(data.WriteData(nullptr, -1, 5ULL, nullptr), -1);
-    EXPECT_EQ(data.WriteData(nullptr, 1, param, 5ULL, nullptr), -1);
+    EXPECT_EQ(data.WriteData(&byte, -1, 5ULL, nullptr), RESULT_FAILURE);
+    EXPECT_EQ(data.WriteData(&byte, INT32_MIN, param, 5ULL, nullptr), RESULT_FAILURE);
+    EXPECT_EQ(data.WriteData(nullptr, -1, 5ULL, nullptr), RESULT_FAILURE);
+    EXPECT_EQ(data.WriteData(nullptr, 1, param, 5ULL, nullptr), RESULT_FAILURE);
     EXPECT_EQ(Payload(data), "kept");
     EXPECT_EQ(data.timestamp, 7U);
     EXPECT_EQ(data.param.audioChannels, -1);
@@ -228,7 +229,7 @@ TEST(ProcessData, WriteDataWithAUserRecordWithoutBytesAttachesADefaultRecord) {
     size0.size = 0;
     for (ProcessUsrData* usr : {&negative, &noBytes, &size0}) {
         ProcessData data;
-        ASSERT_EQ(Write(data, "a", usr), 0);
+        ASSERT_EQ(Write(data, "a", usr), RESULT_OK);
         ASSERT_NE(data.userData, nullptr);
         EXPECT_EQ(data.userData->size, -1);
         EXPECT_EQ(data.userData->data, nullptr);
@@ -254,7 +255,7 @@ TEST(ProcessData, FreeReleasesPayloadAndUserDataAndDropsAllReferences) {
     EXPECT_EQ(data.userData, nullptr);
     EXPECT_EQ(data.GetRefCount(), 0);
     data.Free();  // has nothing left to release
-    EXPECT_EQ(Write(data, "again"), 0);
+    EXPECT_EQ(Write(data, "again"), RESULT_OK);
     EXPECT_EQ(Payload(data), "again");
 }
 

@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "common/result_code.h"
 #include "fake_wall_clock.h"
 #include "log/media_process_log.h"
 #include "log/pr_console_log_writer.h"
@@ -71,10 +72,10 @@ TEST_F(LogFaults, AFileWriterWithoutMemoryReturnsMinus1AndTheNextInitSucceeds) {
             },
             [&](PRFileLogWriter& writer) { return writer.Init(&dated); },
             [&](PRFileLogWriter& writer, int code) {
-                EXPECT_TRUE(code == 0 || code == -1);
+                EXPECT_TRUE(code == RESULT_OK || code == RESULT_FAILURE);
                 WriteTo(writer, 4, "p", "m");
-                EXPECT_EQ(writer.Init(&param), 0);
-                EXPECT_EQ(WriteTo(writer, 4, "p", "m"), 0);
+                EXPECT_EQ(writer.Init(&param), RESULT_OK);
+                EXPECT_EQ(WriteTo(writer, 4, "p", "m"), RESULT_OK);
                 EXPECT_EQ(ReadFile(file), "p:m\n");
             });
         Report("PRFileLogWriter::Init", failures);
@@ -96,8 +97,8 @@ TEST_F(LogFaults, AMessageWithoutMemoryForItsNewFileIsLostAndTheNextOneIsWritten
         },
         [](PRFileLogWriter& writer) { return WriteTo(writer, 4, "p", "%s", "m"); },
         [&](PRFileLogWriter& writer, int code) {
-            EXPECT_TRUE(code == 0 || code == -1);
-            EXPECT_EQ(WriteTo(writer, 4, "p", "next"), 0);
+            EXPECT_TRUE(code == RESULT_OK || code == RESULT_FAILURE);
+            EXPECT_EQ(WriteTo(writer, 4, "p", "next"), RESULT_OK);
             EXPECT_EQ(ReadFile(param.namePrefix + "_2024_03_07_09_05_12_041"), "p:next\n");
         });
     Report("PRFileLogWriter::WriteLog with a new file", failures);
@@ -133,8 +134,8 @@ TEST_F(LogFaults, AMediaProcessLogWithoutMemoryForItsFileReturns4ForWrites) {
                      EXPECT_EQ(log.IsInited(), code != kThrew);
                      const int written = log.WriteLog(PROCESS_LOG_ERROR, "m");
                      EXPECT_EQ(written, log.mFile == nullptr ? 4 : 0);
-                     EXPECT_EQ(log.Init(PROCESS_LOG_DEBUG, file), 0);
-                     EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "next"), 0);
+                     EXPECT_EQ(log.Init(PROCESS_LOG_DEBUG, file), RESULT_OK);
+                     EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "next"), RESULT_OK);
                      EXPECT_EQ(ReadFile(file), "next\n");
                  });
     Report("MediaProcessLog::Init", failures);
@@ -149,7 +150,7 @@ TEST_F(LogFaults, AMediaProcessLogWithoutMemoryForItsFileReturns4ForWrites) {
                    return log.WriteLog(PROCESS_LOG_ERROR, "a text that is longer than %s", "most");
                },
                [&](MediaProcessLog& log, int) {
-                   EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "next"), 0);
+                   EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "next"), RESULT_OK);
                    const std::string text = ReadFile(file);
                    EXPECT_EQ(text.substr(text.size() - 5), "next\n");
                }));

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <functional>
 
+#include "common/result_code.h"
 #include "fake_wall_clock.h"
 #include "log/media_process_log.h"
 #include "log/pr_console_log_writer.h"
@@ -49,14 +50,14 @@ TEST_F(FileFaultsPosix, OnADeviceThatIsAlwaysFull1000LinesAreLostWithoutAnError)
     PRFileLogParam param = {dir.File("log"), 1, 0};
     const int id = log.AddLog(PROCESS_LOG_FILE, &param, 1);
     MediaProcessLog lines;
-    EXPECT_EQ(lines.Init(PROCESS_LOG_DEBUG, dir.File("log_0")), 0);
+    EXPECT_EQ(lines.Init(PROCESS_LOG_DEBUG, dir.File("log_0")), RESULT_OK);
     const std::string text(100, 'x');
     for (int i = 0; i < 1000; ++i) {
         log.Error("p", "%d %s", i, text.c_str());
-        ASSERT_EQ(lines.WriteLog(PROCESS_LOG_ERROR, "%d %s", i, text.c_str()), 0);
+        ASSERT_EQ(lines.WriteLog(PROCESS_LOG_ERROR, "%d %s", i, text.c_str()), RESULT_OK);
     }
-    EXPECT_EQ(log.mWriters[0]->WriteLog(4, "p", "m", nullptr), 0) << "the stream is open";
-    EXPECT_EQ(log.RemoveLog(id), 0);
+    EXPECT_EQ(log.mWriters[0]->WriteLog(4, "p", "m", nullptr), RESULT_OK) << "the stream is open";
+    EXPECT_EQ(log.RemoveLog(id), RESULT_OK);
     EXPECT_TRUE(lines.Uninit());
     EXPECT_TRUE(fs::is_symlink(dir.File("log_0")));
 }
@@ -64,22 +65,22 @@ TEST_F(FileFaultsPosix, OnADeviceThatIsAlwaysFull1000LinesAreLostWithoutAnError)
 TEST_F(FileFaultsPosix, OnceThereIsSpaceAgainLinesAreWrittenAgain) {
     PRFileLogWriter writer(1);
     PRFileLogParam param = {dir.File("log"), 1, 0};
-    ASSERT_EQ(writer.Init(&param), 0);
+    ASSERT_EQ(writer.Init(&param), RESULT_OK);
     MediaProcessLog lines;
-    ASSERT_EQ(lines.Init(PROCESS_LOG_DEBUG, dir.File("lines")), 0);
+    ASSERT_EQ(lines.Init(PROCESS_LOG_DEBUG, dir.File("lines")), RESULT_OK);
     const std::string text(100, 'x');
     {
         const FullDisk disk(5000);
         for (int i = 0; i < 200; ++i) {
-            ASSERT_EQ(WriteTo(writer, 4, "p", "%s", text.c_str()), 0);
-            ASSERT_EQ(lines.WriteLog(PROCESS_LOG_ERROR, "%s", text.c_str()), 0);
+            ASSERT_EQ(WriteTo(writer, 4, "p", "%s", text.c_str()), RESULT_OK);
+            ASSERT_EQ(lines.WriteLog(PROCESS_LOG_ERROR, "%s", text.c_str()), RESULT_OK);
         }
         EXPECT_EQ(fs::file_size(dir.File("log_0")), 5000U);
         EXPECT_EQ(fs::file_size(dir.File("lines")), 5000U);
     }
     for (int i = 0; i < 2; ++i) {  // the first ends a line that the full disk cut
-        EXPECT_EQ(WriteTo(writer, 4, "p", "space again"), 0);
-        EXPECT_EQ(lines.WriteLog(PROCESS_LOG_ERROR, "space again"), 0);
+        EXPECT_EQ(WriteTo(writer, 4, "p", "space again"), RESULT_OK);
+        EXPECT_EQ(lines.WriteLog(PROCESS_LOG_ERROR, "space again"), RESULT_OK);
     }
     EXPECT_EQ(LastLine("log_0"), "p:space again\n");
     EXPECT_EQ(LastLine("lines"), "space again\n");
@@ -88,13 +89,13 @@ TEST_F(FileFaultsPosix, OnceThereIsSpaceAgainLinesAreWrittenAgain) {
 TEST_F(FileFaultsPosix, AFullDiskDoesNotKeepAFileFromBeingReplacedOrClosed) {
     PRFileLogWriter writer(1);
     PRFileLogParam param = {dir.File("log"), 0, 1};
-    ASSERT_EQ(writer.Init(&param), 0);
+    ASSERT_EQ(writer.Init(&param), RESULT_OK);
     const FullDisk disk(0);
-    EXPECT_EQ(WriteTo(writer, 4, "p", "lost"), 0);
+    EXPECT_EQ(WriteTo(writer, 4, "p", "lost"), RESULT_OK);
     for (int i = 0; i < 20; ++i) {
         TheWallClock().seconds += 2;
         TheWallClock().local.second = 10 + i;
-        EXPECT_EQ(WriteTo(writer, 4, "p", "lost"), 0);
+        EXPECT_EQ(WriteTo(writer, 4, "p", "lost"), RESULT_OK);
     }
     EXPECT_EQ(dir.Names().size(), 21U);
 }
@@ -103,17 +104,17 @@ TEST_F(FileFaultsPosix, AnOpenFileMovesWithItsFolderAndLosesLinesOnceTheFolderIs
     fs::create_directory(dir.File("folder"));
     PRFileLogWriter writer(1);
     PRFileLogParam param = {dir.File("folder/log"), 1, 0};
-    ASSERT_EQ(writer.Init(&param), 0);
+    ASSERT_EQ(writer.Init(&param), RESULT_OK);
     MediaProcessLog lines;
-    ASSERT_EQ(lines.Init(PROCESS_LOG_DEBUG, dir.File("folder/lines")), 0);
+    ASSERT_EQ(lines.Init(PROCESS_LOG_DEBUG, dir.File("folder/lines")), RESULT_OK);
     fs::rename(dir.File("folder"), dir.File("moved"));
-    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), 0);
-    EXPECT_EQ(lines.WriteLog(PROCESS_LOG_ERROR, "m"), 0);
+    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), RESULT_OK);
+    EXPECT_EQ(lines.WriteLog(PROCESS_LOG_ERROR, "m"), RESULT_OK);
     EXPECT_EQ(ReadFile(dir.File("moved/log_0")), "p:m\n");
     EXPECT_EQ(ReadFile(dir.File("moved/lines")), "m\n");
     fs::remove_all(dir.File("moved"));
-    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), 0);
-    EXPECT_EQ(lines.WriteLog(PROCESS_LOG_ERROR, "m"), 0);
+    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), RESULT_OK);
+    EXPECT_EQ(lines.WriteLog(PROCESS_LOG_ERROR, "m"), RESULT_OK);
     EXPECT_TRUE(dir.Names().empty());
 }
 
@@ -121,22 +122,22 @@ TEST_F(FileFaultsPosix, ANewFileInAMissingFolderFailsWithAMessageUntilTheFolderI
     fs::create_directory(dir.File("folder"));
     PRFileLogWriter writer(1);
     PRFileLogParam param = {dir.File("folder/log"), 0, 1};
-    ASSERT_EQ(writer.Init(&param), 0);
+    ASSERT_EQ(writer.Init(&param), RESULT_OK);
     fs::remove_all(dir.File("folder"));
     TheWallClock().seconds += 2;
     CaptureStderr();
     for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(WriteTo(writer, 4, "p", "lost"), -1);
+        EXPECT_EQ(WriteTo(writer, 4, "p", "lost"), RESULT_FAILURE);
     }
     const std::string line =
         "could not open log file " + dir.File("folder/log_2024_03_07_09_05_02_041");
     EXPECT_EQ(GetCapturedStderr(), line + line + line);
     fs::create_directory(dir.File("folder"));
-    EXPECT_EQ(WriteTo(writer, 4, "p", "found"), 0);
+    EXPECT_EQ(WriteTo(writer, 4, "p", "found"), RESULT_OK);
     EXPECT_EQ(ReadFile(dir.File("folder/log_2024_03_07_09_05_02_041")), "p:found\n");
     MediaProcessLog lines;
-    EXPECT_EQ(lines.Init(PROCESS_LOG_DEBUG, dir.File("none/lines")), 0);
-    EXPECT_EQ(lines.WriteLog(PROCESS_LOG_ERROR, "lost"), 4);
+    EXPECT_EQ(lines.Init(PROCESS_LOG_DEBUG, dir.File("none/lines")), RESULT_OK);
+    EXPECT_EQ(lines.WriteLog(PROCESS_LOG_ERROR, "lost"), RESULT_NOT_INITIALISED);
 }
 
 /// Runs `work` in a child process. @return its exit status, or minus the signal that ended it

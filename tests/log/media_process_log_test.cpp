@@ -4,6 +4,7 @@
 
 #include <thread>
 
+#include "common/result_code.h"
 #include "open_files.h"
 #include "support/temp_dir.h"
 
@@ -51,81 +52,82 @@ TEST_F(MediaProcessLogTest, SetLogLevel0And5LeaveTheLevelUnchanged) {
 }
 
 TEST_F(MediaProcessLogTest, InitWithAnEmptyPathReturns3AndKeepsTheLockHeld) {
-    EXPECT_EQ(log.Init(PROCESS_LOG_ERROR, ""), 3);
+    EXPECT_EQ(log.Init(PROCESS_LOG_ERROR, ""), RESULT_INVALID);
     EXPECT_FALSE(log.IsInited());
     EXPECT_TRUE(IsLockHeldHere());
 }
 
 TEST_F(MediaProcessLogTest, InitWithALevelOutside1To4Returns3AndKeepsTheLockHeldAndTheFileOpen) {
-    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
+    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), RESULT_OK);
     for (const int level : {0, 5, -1}) {
-        EXPECT_EQ(log.Init(static_cast<ProcessLogLevel>(level), dir.File("other")), 3) << level;
+        EXPECT_EQ(log.Init(static_cast<ProcessLogLevel>(level), dir.File("other")), RESULT_INVALID)
+            << level;
     }
     EXPECT_TRUE(IsLockHeldHere());
     EXPECT_TRUE(log.IsInited());
-    EXPECT_EQ(log.WriteLog(PROCESS_LOG_INFO, "still open"), 0);
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_INFO, "still open"), RESULT_OK);
     EXPECT_EQ(ReadFile(path), "still open\n");
     EXPECT_EQ(dir.Names().size(), 1U);
 }
 
 TEST_F(MediaProcessLogTest, AGoodInitReleasesTheLock) {
-    EXPECT_EQ(Open(PROCESS_LOG_DEBUG), 0);
+    EXPECT_EQ(Open(PROCESS_LOG_DEBUG), RESULT_OK);
     EXPECT_TRUE(log.IsInited());
     EXPECT_FALSE(IsLockHeldHere());
 }
 
 TEST_F(MediaProcessLogTest, WriteLog2AtLevel4WritesNothingReturns0AndKeepsTheLockHeld) {
-    ASSERT_EQ(Open(PROCESS_LOG_ERROR), 0);
-    EXPECT_EQ(log.WriteLog(PROCESS_LOG_INFO, "below the level"), 0);
+    ASSERT_EQ(Open(PROCESS_LOG_ERROR), RESULT_OK);
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_INFO, "below the level"), RESULT_OK);
     EXPECT_EQ(ReadFile(path), "");
     EXPECT_TRUE(IsLockHeldHere());
 }
 
 TEST_F(MediaProcessLogTest, WriteLogWithoutAFileReturns4AndKeepsTheLockHeld) {
-    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "m"), 4);
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "m"), RESULT_NOT_INITIALISED);
     EXPECT_TRUE(IsLockHeldHere());
 }
 
 TEST_F(MediaProcessLogTest, WriteLogOfAnEmptyFormatReturns2AndKeepsTheLockHeld) {
-    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
-    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, ""), 2);
+    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), RESULT_OK);
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, ""), RESULT_BAD_ARGUMENT);
     EXPECT_TRUE(IsLockHeldHere());
     EXPECT_EQ(ReadFile(path), "");
 }
 
 TEST_F(MediaProcessLogTest, TheOrderOfChecksIsLevelFileFormat) {
-    EXPECT_EQ(log.WriteLog(PROCESS_LOG_WARN, ""), 0) << "below level 4, without a file";
-    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, ""), 4);
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_WARN, ""), RESULT_OK) << "below level 4, without a file";
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, ""), RESULT_NOT_INITIALISED);
 }
 
 TEST_F(MediaProcessLogTest, AWrittenLineIsTheFormattedTextAloneAndReleasesTheLock) {
-    ASSERT_EQ(Open(PROCESS_LOG_WARN), 0);
-    EXPECT_EQ(log.WriteLog(PROCESS_LOG_WARN, "%d%% of %s, %.2f", 5, "it", 0.5), 0);
+    ASSERT_EQ(Open(PROCESS_LOG_WARN), RESULT_OK);
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_WARN, "%d%% of %s, %.2f", 5, "it", 0.5), RESULT_OK);
     EXPECT_FALSE(IsLockHeldHere());
-    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "two"), 0);
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "two"), RESULT_OK);
     EXPECT_EQ(ReadFile(path), "5% of it, 0.50\ntwo\n");
 }
 
 TEST_F(MediaProcessLogTest, APathThatCannotBeOpenedIsInitedAndLaterWritesReturn4) {
-    EXPECT_EQ(log.Init(PROCESS_LOG_DEBUG, dir.File("no/such/folder/log.txt")), 0);
+    EXPECT_EQ(log.Init(PROCESS_LOG_DEBUG, dir.File("no/such/folder/log.txt")), RESULT_OK);
     EXPECT_TRUE(log.IsInited());
-    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "m"), 4);
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "m"), RESULT_NOT_INITIALISED);
 }
 
 TEST_F(MediaProcessLogTest, InitTruncatesTheFile) {
-    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
+    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), RESULT_OK);
     log.WriteLog(PROCESS_LOG_ERROR, "old");
-    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
+    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), RESULT_OK);
     EXPECT_EQ(ReadFile(path), "");
 }
 
 TEST_F(MediaProcessLogTest, UninitClosesTheFileAndResetsTheLevelTo4) {
-    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
+    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), RESULT_OK);
     EXPECT_TRUE(log.Uninit());
     EXPECT_FALSE(log.IsInited());
     EXPECT_EQ(log.mLevel, 4);
     EXPECT_FALSE(IsLockHeldHere());
-    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "m"), 4);
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "m"), RESULT_NOT_INITIALISED);
     EXPECT_TRUE(log.Uninit());
 }
 
@@ -139,34 +141,34 @@ TEST_F(MediaProcessLogTest, ALoggerWhoseLockItsThreadHoldsFourTimesClosesItsFile
     const long before = OpenFileCount();
     {
         MediaProcessLog held;
-        ASSERT_EQ(held.Init(PROCESS_LOG_ERROR, path), 0);
-        EXPECT_EQ(held.WriteLog(PROCESS_LOG_DEBUG, "below the level"), 0);
-        EXPECT_EQ(held.WriteLog(PROCESS_LOG_ERROR, ""), 2);
-        EXPECT_EQ(held.Init(PROCESS_LOG_DEBUG, ""), 3);
+        ASSERT_EQ(held.Init(PROCESS_LOG_ERROR, path), RESULT_OK);
+        EXPECT_EQ(held.WriteLog(PROCESS_LOG_DEBUG, "below the level"), RESULT_OK);
+        EXPECT_EQ(held.WriteLog(PROCESS_LOG_ERROR, ""), RESULT_BAD_ARGUMENT);
+        EXPECT_EQ(held.Init(PROCESS_LOG_DEBUG, ""), RESULT_INVALID);
         held.mInited = false;
-        EXPECT_EQ(held.WriteLog(PROCESS_LOG_ERROR, "m"), 4);
+        EXPECT_EQ(held.WriteLog(PROCESS_LOG_ERROR, "m"), RESULT_NOT_INITIALISED);
         EXPECT_EQ(OpenFileCount(), before + 1);
     }
     EXPECT_EQ(OpenFileCount(), before);
 }
 
 TEST_F(MediaProcessLogTest, WriteLogToAnOpenFileBeforeInitReturns4) {
-    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
+    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), RESULT_OK);
     log.mInited = false;
-    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "m"), 4);
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_ERROR, "m"), RESULT_NOT_INITIALISED);
     EXPECT_EQ(ReadFile(path), "");
 }
 
 TEST_F(MediaProcessLogTest, HoldsOneFileOpenAndNoneWhenDestroyed) {
     const long before = OpenFileCount();
-    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
-    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), 0);
+    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), RESULT_OK);
+    ASSERT_EQ(Open(PROCESS_LOG_DEBUG), RESULT_OK);
     EXPECT_EQ(OpenFileCount(), before + 1);
     log.Uninit();
     EXPECT_EQ(OpenFileCount(), before);
     {
         MediaProcessLog other;
-        ASSERT_EQ(other.Init(PROCESS_LOG_DEBUG, path), 0);
+        ASSERT_EQ(other.Init(PROCESS_LOG_DEBUG, path), RESULT_OK);
     }
     EXPECT_EQ(OpenFileCount(), before);
 }

@@ -16,18 +16,18 @@ using testing::internal::GetCapturedStdout;
 TEST(PRConsoleLogWriter, Type0PrintsPrefixColonMessageNewlineToStandardOutput) {
     PRConsoleLogWriter writer(1);
     PRConsoleLogParam param = {0};
-    ASSERT_EQ(writer.Init(&param), 0);
+    ASSERT_EQ(writer.Init(&param), RESULT_OK);
     CaptureStdout();
-    EXPECT_EQ(WriteTo(writer, 1, "prefix", "%d of %s", 3, "four"), 0);
+    EXPECT_EQ(WriteTo(writer, 1, "prefix", "%d of %s", 3, "four"), RESULT_OK);
     EXPECT_EQ(GetCapturedStdout(), "prefix:3 of four\n");
 }
 
 TEST(PRConsoleLogWriter, Type1PrintsToStandardError) {
     PRConsoleLogWriter writer(1);
     PRConsoleLogParam param = {1};
-    ASSERT_EQ(writer.Init(&param), 0);
+    ASSERT_EQ(writer.Init(&param), RESULT_OK);
     CaptureStderr();
-    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), 0);
+    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), RESULT_OK);
     EXPECT_EQ(GetCapturedStderr(), "p:m\n");
 }
 
@@ -35,10 +35,10 @@ TEST(PRConsoleLogWriter, Type2PrintsTheTypeMessageAndLaterWritesReturnMinus1) {
     PRConsoleLogWriter writer(1);
     PRConsoleLogParam param = {2};
     CaptureStderr();
-    EXPECT_EQ(writer.Init(&param), -1);
+    EXPECT_EQ(writer.Init(&param), RESULT_FAILURE);
     EXPECT_EQ(GetCapturedStderr(), "InitParam error nType=0 stdout, nType=1 stderr now nType=2");
-    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), -1);
-    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), -1);
+    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), RESULT_FAILURE);
+    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), RESULT_FAILURE);
 }
 
 TEST(PRConsoleLogWriter, ASecondInitWithType2LeavesNoStream) {
@@ -69,21 +69,21 @@ TEST(PRConsoleLogWriter, ASecondInitWithANullBlockKeepsTheStream) {
 TEST(PRConsoleLogWriter, ANullBlockPrintsInitParamError) {
     PRConsoleLogWriter writer(1);
     CaptureStderr();
-    EXPECT_EQ(writer.Init(nullptr), -1);
+    EXPECT_EQ(writer.Init(nullptr), RESULT_FAILURE);
     EXPECT_EQ(GetCapturedStderr(), "InitParam error\n");
-    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), -1);
+    EXPECT_EQ(WriteTo(writer, 4, "p", "m"), RESULT_FAILURE);
 }
 
 TEST(PRConsoleLogWriter, BelowItsLevelItPrintsNothingAndReturns0EvenWithNoStream) {
     PRConsoleLogWriter writer(3);
-    EXPECT_EQ(WriteTo(writer, 2, "p", "m"), 0);
-    EXPECT_EQ(WriteTo(writer, 3, "p", "m"), -1);
+    EXPECT_EQ(WriteTo(writer, 2, "p", "m"), RESULT_OK);
+    EXPECT_EQ(WriteTo(writer, 3, "p", "m"), RESULT_FAILURE);
     PRConsoleLogParam param = {0};
     writer.Init(&param);
     EXPECT_EQ(writer.SetLevel(4), 0);
     CaptureStdout();
-    EXPECT_EQ(WriteTo(writer, 3, "p", "quiet"), 0);
-    EXPECT_EQ(WriteTo(writer, 4, "p", "loud"), 0);
+    EXPECT_EQ(WriteTo(writer, 3, "p", "quiet"), RESULT_OK);
+    EXPECT_EQ(WriteTo(writer, 4, "p", "loud"), RESULT_OK);
     EXPECT_EQ(GetCapturedStdout(), "p:loud\n");
 }
 
@@ -93,7 +93,7 @@ TEST(PRConsoleLogWriter, DestroyLeavesTheStreamInUse) {
     writer.Init(&param);
     writer.Destroy();
     CaptureStdout();
-    EXPECT_EQ(WriteTo(writer, 1, "p", "m"), 0);
+    EXPECT_EQ(WriteTo(writer, 1, "p", "m"), RESULT_OK);
     EXPECT_EQ(GetCapturedStdout(), "p:m\n");
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <thread>
 
+#include "common/result_code.h"
 #include "fake_wall_clock.h"
 #include "log/pr_console_log_writer.h"
 #include "log/pr_file_log_writer.h"
@@ -36,14 +37,14 @@ protected:
 TEST_F(PRLogTest, AddLogOfType2ReturnsMinus1AndPrintsNothing) {
     CaptureStderr();
     CaptureStdout();
-    EXPECT_EQ(log.AddLog(PROCESS_LOG_UNSUPPORTED, nullptr, 1), -1);
+    EXPECT_EQ(log.AddLog(PROCESS_LOG_UNSUPPORTED, nullptr, 1), RESULT_FAILURE);
     EXPECT_EQ(GetCapturedStdout(), "");
     EXPECT_EQ(GetCapturedStderr(), "");
 }
 
 TEST_F(PRLogTest, AddLogOfType7PrintsTheUnrecognisedTypeAndReturnsMinus1) {
     CaptureStderr();
-    EXPECT_EQ(log.AddLog(static_cast<ProcessLogType>(7), nullptr, 1), -1);
+    EXPECT_EQ(log.AddLog(static_cast<ProcessLogType>(7), nullptr, 1), RESULT_FAILURE);
     EXPECT_EQ(GetCapturedStderr(), "Log Type unrecgnized LogType=7");
 }
 
@@ -71,9 +72,9 @@ TEST_F(PRLogTest, AConsoleWriterWithAnInvalidParameterIsKeptAndItsWritesReturnMi
     GetCapturedStderr();
     EXPECT_GE(id, 0);
     ASSERT_EQ(log.mWriters.size(), 1U);
-    EXPECT_EQ(log.mWriters[0]->WriteLog(4, "p", "m", nullptr), -1);
+    EXPECT_EQ(log.mWriters[0]->WriteLog(4, "p", "m", nullptr), RESULT_FAILURE);
     log.Error("p", "m");
-    EXPECT_EQ(log.RemoveLog(id), 0);
+    EXPECT_EQ(log.RemoveLog(id), RESULT_OK);
 }
 
 TEST_F(PRLogTest, OfWritersAtLevels1And3AWarnReachesBothAndAnInfoOnlyTheFirst) {
@@ -88,8 +89,8 @@ TEST_F(PRLogTest, OfWritersAtLevels1And3AWarnReachesBothAndAnInfoOnlyTheFirst) {
 TEST_F(PRLogTest, RemoveLogOfAnUnknownIdReturnsMinus1AndLeavesTheListUnchanged) {
     const int id = AddFile("a", 1);
     const std::vector<PRLogWriter*> before = log.mWriters;
-    EXPECT_EQ(log.RemoveLog(id + 1000), -1);
-    EXPECT_EQ(log.RemoveLog(-1), -1);
+    EXPECT_EQ(log.RemoveLog(id + 1000), RESULT_FAILURE);
+    EXPECT_EQ(log.RemoveLog(-1), RESULT_FAILURE);
     EXPECT_EQ(log.mWriters, before);
 }
 
@@ -125,21 +126,21 @@ TEST_F(PRLogTest, RemoveLogKeepsTheOrderOfTheOthers) {
     const int a = AddFile("a", 1);
     const int b = AddFile("b", 1);
     const int c = AddFile("c", 1);
-    EXPECT_EQ(log.RemoveLog(b), 0);
+    EXPECT_EQ(log.RemoveLog(b), RESULT_OK);
     ASSERT_EQ(log.mWriters.size(), 2U);
     EXPECT_EQ(log.mWriters[0]->GetId(), a);
     EXPECT_EQ(log.mWriters[1]->GetId(), c);
     log.Info("p", "m");
     EXPECT_EQ(Contents("b"), "");
     EXPECT_EQ(Contents("c"), "p:m\n");
-    EXPECT_EQ(log.RemoveLog(b), -1);
+    EXPECT_EQ(log.RemoveLog(b), RESULT_FAILURE);
 }
 
 TEST_F(PRLogTest, SetLogLevelActsOnTheWriterWithThatId) {
     const int a = AddFile("a", 4);
     AddFile("b", 4);
-    EXPECT_EQ(log.SetLogLevel(a, 1), 0);
-    EXPECT_EQ(log.SetLogLevel(a + 1000, 1), -1);
+    EXPECT_EQ(log.SetLogLevel(a, 1), RESULT_OK);
+    EXPECT_EQ(log.SetLogLevel(a + 1000, 1), RESULT_FAILURE);
     log.Debug("p", "m");
     EXPECT_EQ(Contents("a"), "p:m\n");
     EXPECT_EQ(Contents("b"), "");
@@ -148,11 +149,11 @@ TEST_F(PRLogTest, SetLogLevelActsOnTheWriterWithThatId) {
 TEST_F(PRLogTest, RemoveAllLogEmptiesTheListAndLaterMessagesAreLost) {
     AddFile("a", 1);
     AddFile("b", 1);
-    EXPECT_EQ(log.RemoveAllLog(), 0);
+    EXPECT_EQ(log.RemoveAllLog(), RESULT_OK);
     EXPECT_EQ(log.mWriters.size(), 0U);
     log.Error("p", "m");
     EXPECT_EQ(Contents("a"), "");
-    EXPECT_EQ(log.RemoveAllLog(), 0);
+    EXPECT_EQ(log.RemoveAllLog(), RESULT_OK);
 }
 
 TEST_F(PRLogTest, AFormatWithoutArgumentsIsStillFormatted) {
@@ -220,7 +221,7 @@ TEST_F(PRLogTest, AWriterOfAnotherTypeIsDestroyedAndItsStorageReleased) {
     auto* writer = new CountingWriter(destroyed);
     log.mWriters.push_back(writer);
     EXPECT_EQ(log.SetLogLevel(writer->GetId(), 3), 30) << "the writer's own result";
-    EXPECT_EQ(log.RemoveLog(writer->GetId()), 0);
+    EXPECT_EQ(log.RemoveLog(writer->GetId()), RESULT_OK);
     EXPECT_EQ(destroyed, 1);
 }
 
@@ -228,7 +229,7 @@ TEST_F(PRLogTest, RemovingWritersClosesTheirFiles) {
     const long before = OpenFileCount();
     const int id = AddFile("a", 1);
     AddFile("b", 1);
-    EXPECT_EQ(log.RemoveLog(id), 0);
+    EXPECT_EQ(log.RemoveLog(id), RESULT_OK);
     EXPECT_EQ(OpenFileCount(), before + 1);
     log.RemoveAllLog();
     EXPECT_EQ(OpenFileCount(), before);

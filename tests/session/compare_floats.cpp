@@ -1,4 +1,4 @@
-/// Prints the largest difference of two files of floats, and fails above a bound.
+/// Prints the largest difference of two files of floats. Fails above a bound.
 
 #include <algorithm>
 #include <cmath>
@@ -30,7 +30,7 @@ int main(int argc, char** argv) {
     const std::vector<float> a = Read(argv[1]);
     const std::vector<float> b = Read(argv[2]);
     if (a.empty() || a.size() != b.size()) {
-        std::cerr << "not of one length: " << a.size() << " and " << b.size() << " samples\n";
+        std::cerr << "lengths differ: " << a.size() << " and " << b.size() << " samples\n";
         return 1;
     }
     double largest = 0.0;

@@ -1,11 +1,11 @@
 /// A scripted session of 60 seconds of audio, the same on every system: streams of random rates,
-/// formats and channels, sources that come and go, switches and parameters that change. Writes what
-/// came of it into the folder that it is given:
+/// formats, channels and sources, with changing switches and parameters. Writes the results into a
+/// folder:
 ///   s16     16-bit output, as bytes
 ///   f32     float output, as bytes
 ///   text    codes, sizes, events and log lines; dates and addresses are masked
-/// Everything random comes from a generator whose numbers are the same everywhere, and no signal
-/// from a function of the C library, whose last bits are not.
+/// The random generator gives the same numbers everywhere, and no signal uses a function of the C
+/// library, whose last bits differ between systems.
 
 #include <cstdio>
 #include <cstring>
@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "audio_filter/audio_filter.h"
+#include "common/result_code.h"
 #include "log/pr_file_log_writer.h"
 #include "log/pr_log.h"
 
@@ -83,7 +84,7 @@ private:
         return switches;
     }
 
-    /// A triangle in noise that swells and fades; the second channel of some streams is reversed.
+    /// A triangle wave in noise of varying level; some streams have a reversed second channel.
     int Sample(int channel) {
         mPhase += channel == 0 ? mTone : 0;
         const int ramp = mPhase % 2048;
@@ -124,7 +125,7 @@ private:
         AVParam param;
         int code = mFilter.Process(in.data(), out.data(), size, sources, param, 0);
         mText << "process " << count << ": " << code << ", " << size << "\n";
-        if (code == 9) {
+        if (code == RESULT_NEEDS_RESAMPLING) {
             std::vector<char> resampled(out.begin(), out.begin() + size);
             code = mFilter.ProcessResample(resampled.data(), out.data(), size, {sources.front()},
                                            param, 0);
@@ -146,7 +147,7 @@ private:
         }
     }
 
-    /// Addresses become "*".
+    /// Replaces addresses by "*".
     static std::string Masked(std::string line) {
         for (const std::string label : {"in:", "out:", "outData:"}) {
             for (std::size_t at = line.find(label); at != std::string::npos;

@@ -1,12 +1,12 @@
-/// Hours of audio through one filter, faster than they last: streams of random formats, blocks of
-/// random sizes, switches and parameters that change. Beside it go a model, which says what every
-/// call answers, and a second filter, which hears the same in whole frames.
+/// Hours of audio through one filter, faster than real time: streams of random formats in blocks of
+/// random sizes, with changing switches and parameters. A reference model predicts every result, and
+/// a second filter processes the same audio in blocks of 10 ms.
 ///
 ///     soak MINUTES [of audio]
 ///
-/// Ends with what was seen, and with 1 at the first thing that ought not to be: a code or a byte
-/// that the model does not give, samples lost or gained, output that depends on the size of the
-/// blocks, memory that grows after the first minute.
+/// Prints a summary. Exits with 1 at the first fault: a code or byte that differs from the model,
+/// samples lost or gained, output that depends on the block sizes, or memory that grows after the
+/// first minute.
 
 #include <malloc.h>
 #include <unistd.h>
@@ -55,19 +55,19 @@ public:
         }
     }
 
-    void Tell(std::ostream& out) const {
+    void Print(std::ostream& out) const {
         out << "audio: " << mSeconds / 3600.0 << " h in " << mStreams << " streams, " << mSwitches
             << " changes of switches and parameters\n"
             << "calls:";
         for (const auto& [code, count] : mFilter->codes) {
-            out << " " << count << " answered " << code << ";";
+            out << " " << count << " returned " << code << ";";
         }
-        out << " each as the model does, to the byte\n"
-            << "held back: at most " << mFilter->heldBack << " samples of a channel\n"
-            << "equal to the same in whole frames: " << mEqualSeconds / 3600.0
-            << " h; not to be compared, as phases turn and music begins with a block: "
+        out << " all equal to the model, to the byte\n"
+            << "buffered: at most " << mFilter->heldBack << " samples of a channel\n"
+            << "equal to the same audio in blocks of 10 ms: " << mEqualSeconds / 3600.0
+            << " h; not comparable, because phase correction and music verdicts depend on blocks: "
             << (mSeconds - mEqualSeconds) / 3600.0 << " h\n"
-            << "memory, in the same stream again and again: " << mHeld[0]
+            << "memory, repeating one stream: " << mHeld[0]
             << " blocks more than at the start in the first minute, " << mHeld[1]
             << " after it; heap " << mHeap[0] << " and " << mHeap[1] << " KiB, resident "
             << mResident[0] << " and " << mResident[1] << " KiB\n";
@@ -84,7 +84,7 @@ private:
         return switches;
     }
 
-    /// The largest streams come first, so that the first minute sees all memory there is.
+    /// The largest streams come first, so that the first minute reaches the peak of memory.
     bool IsFirst() const { return mStreams <= 3; }
 
     static Stream Largest(int rate) {
@@ -111,7 +111,7 @@ private:
         mWhole->ForgetMusic();
     }
 
-    /// A whole number of frames, between two changes of the switches.
+    /// A whole number of 10 ms blocks, between two changes of the switches.
     void Stretch() {
         if (RandomInt(mRandom, 0, 2) == 0) {
             Change();
@@ -132,7 +132,7 @@ private:
             }
         }
         const double seconds = static_cast<double>(end - mPosition) / mStream.rate;
-        // The phase is corrected, and the level follows the music, from one block to the next.
+        // Phase correction and the level during music change between blocks.
         if (!mStream.opposed && !mFilter->HeardMusic() && !mWhole->HeardMusic()) {
             Require(result == whole, "blocks of random sizes gave other bytes than whole frames");
             mEqualSeconds += seconds;
@@ -141,8 +141,8 @@ private:
         mPosition = end;
     }
 
-    /// 1 sample to a second, each order of magnitude as often as the next; less where resampling
-    /// makes a block longer than the second that the filter takes.
+    /// 1 sample to one second, log-uniform; less where resampling would make a block longer than the
+    /// second that the filter accepts.
     int RandomBlock(std::int64_t left) {
         const double rate = mStream.rate;
         const double longest = std::min(rate, rate * rate / mStream.processRate);
@@ -163,13 +163,13 @@ private:
         }
     }
 
-    /// What is in use once both filters have gone over to one and the same stream.
+    /// The memory in use after both filters switched to a fixed stream.
     void Weigh() {
         static const Stream kReference = Largest(44100);
         for (WatchedFilter* filter : {mFilter.get(), mWhole.get()}) {
             filter->Start(kReference, {}, true);
         }
-        malloc_trim(0);  // what is free counts as given back, in what is resident
+        malloc_trim(0);  // returns free memory, so that it is not resident
         const int after = Minutes() > 1.0 ? 1 : 0;
         mHeld[after] = std::max(mHeld[after], mAllocations.Held());
         mHeap[after] = std::max(mHeap[after], HeapKiB());
@@ -177,8 +177,8 @@ private:
         Require(mHeld[1] <= mHeld[0] && mHeap[1] <= mHeap[0] + kRounding, "memory grew");
     }
 
-    static constexpr int kLongest = 500;           ///< frames between two changes
-    static constexpr std::size_t kRounding = 256;  ///< KiB: large blocks may take whole pages
+    static constexpr int kLongest = 500;           ///< 10 ms blocks between two changes
+    static constexpr std::size_t kRounding = 256;  ///< KiB: large allocations round up to pages
 
     const double mMinutes;
     const Allocations mAllocations;
@@ -209,10 +209,10 @@ int main(int argc, char** argv) {
     try {
         soak.Run();
     } catch (const std::exception& fault) {
-        soak.Tell(std::cerr);
+        soak.Print(std::cerr);
         std::cerr << "soak: " << fault.what() << "\n";
         return 1;
     }
-    soak.Tell(std::cout);
+    soak.Print(std::cout);
     return 0;
 }

@@ -10,19 +10,19 @@
 #include "support/seed.h"
 #include "support/signals.h"
 
-/// The format of one stream, and what it sounds like.
+/// The format and signal of one stream.
 struct Stream {
     int rate = 32000;         ///< Hz
     int processRate = 32000;  ///< Hz, of the noise suppression
-    bool handedBack = false;  ///< another rate than that: the host resamples
+    bool handedBack = false;  ///< a different rate: the host resamples
     int channels = 1;
     SampleFmt fmt = SAMPLE_FMT_S16;
     int width = 2;         ///< bytes of a sample
-    bool opposed = false;  ///< the right channel is the left one inverted, not a softer one
+    bool opposed = false;  ///< the right channel is the inverted left one, else a quieter copy
     bool tonal = false;
     std::vector<AVSourceType> sources;
 
-    /// Samples of each channel in the least block that leaves nothing waiting in the suppressor.
+    /// Samples per channel of the smallest block that leaves none buffered in the suppressor.
     int Frame() const { return (handedBack ? rate : processRate) / 100; }
     int BytesOf(std::int64_t frames) const { return static_cast<int>(frames * channels * width); }
 
@@ -57,7 +57,7 @@ struct Stream {
     }
 };
 
-/// Endless audio for every stream, the same at the same place.
+/// Endless audio for every stream, the same at the same position.
 class Recording {
 public:
     /// `frames` samples of every channel of every source, one source after another.

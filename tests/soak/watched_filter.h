@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "audio_filter/plain_filter.h"
+#include "common/result_code.h"
 #include "soak/stream.h"
 
 inline void Require(bool holds, const std::string& what) {
@@ -18,8 +19,8 @@ inline void Require(bool holds, const std::string& what) {
     }
 }
 
-/// A filter of whose calls every one is checked: with a model, against what that foretells, and in
-/// any case that no call fails and no sample is lost or gained. Throws what is found wrong.
+/// A filter whose every call is checked: against the reference model if there is one, and always for
+/// failed calls and lost or gained samples. Throws the first fault.
 class WatchedFilter {
 public:
     explicit WatchedFilter(bool withModel)
@@ -33,7 +34,7 @@ public:
         }
         ProcessSwitchMap same = switches;
         const int code = mFilter.Init(stream.rate, stream.channels, stream.fmt, &switches);
-        Require(code == 0, "Init answered " + std::to_string(code));
+        Require(code == RESULT_OK, "Init returned " + std::to_string(code));
         if (mModel) {
             mModel->Init(stream.rate, stream.channels, stream.fmt, &same);
             mModel->messages.clear();
@@ -61,10 +62,10 @@ public:
     void Tune(ProcessParam param, ProcessType type) {
         const bool taken = mFilter.SetParameter(&param, type);
         Require(!mModel || mModel->SetParameter(param.gain, param.level, type) == taken,
-                "SetParameter answered otherwise");
+                "SetParameter returned otherwise");
     }
 
-    /// A block, as a host gives it, with the resampling where it is asked for.
+    /// Processes a block as a host does, resampling it on a hand-off.
     void Block(const Recording& recording, std::int64_t position, int frames,
                std::vector<char>& result) {
         PlainFilter::Call call = Given(recording.Blocks(mStream, position, frames));
@@ -75,7 +76,7 @@ public:
         int code = mFilter.Process(in.data(), out.data(), size, mStream.sources, param, 0);
         Compare(code, out, size, call, &PlainFilter::Process);
         mHeardMusic = mHeardMusic || mFilter.mIsMusic;
-        if (code == 9) {
+        if (code == RESULT_NEEDS_RESAMPLING) {
             const std::vector<char> block = Resampled(position, out, size);
             frames = static_cast<int>(block.size()) / mStream.BytesOf(1);
             size = 0;
@@ -88,10 +89,11 @@ public:
                 in = block;
                 code = mFilter.ProcessResample(in.data(), out.data(), size, call.sources, param, 0);
                 Compare(code, out, size, call, &PlainFilter::ProcessResample);
-                Require(code == 12, "ProcessResample answered " + std::to_string(code));
+                Require(code == RESULT_RESAMPLED,
+                        "ProcessResample returned " + std::to_string(code));
             }
         } else {
-            Require(code == 0, "Process answered " + std::to_string(code));
+            Require(code == RESULT_OK, "Process returned " + std::to_string(code));
         }
         result.insert(result.end(), out.begin(), out.begin() + size);
         mIn += frames;
@@ -101,7 +103,7 @@ public:
                 std::to_string(mIn - mOut) + " samples in did not come out");
     }
 
-    /// A call that is refused, or goes past the chain; nothing of it stays.
+    /// A call that is refused or bypasses the chain, and leaves no state.
     void Aside(const Recording& recording, std::mt19937& random) {
         PlainFilter::Call call = Given(recording.Blocks(mStream, 0, 100));
         const int kind = RandomInt(random, 0, 4);
@@ -127,8 +129,8 @@ public:
     bool HeardMusic() const { return mHeardMusic; }
     void ForgetMusic() { mHeardMusic = false; }
 
-    /// Calls that answered each; all that can be are there from the start, so that none takes
-    /// memory later.
+    /// Calls that returned each code. All codes are present from the start, so that none allocates
+    /// later.
     std::map<int, std::int64_t> codes = {{0, 0}, {2, 0}, {3, 0}, {4, 0}, {9, 0}, {12, 0}};
     std::int64_t heldBack = 0;  ///< samples of a channel, at most
 
@@ -151,11 +153,11 @@ private:
         const int expected = (*mModel.*model)(call);
         mModel->messages.clear();
         Require(code == expected,
-                "a call answered " + std::to_string(code) + ", not " + std::to_string(expected));
+                "a call returned " + std::to_string(code) + ", not " + std::to_string(expected));
         Require(size == call.size && out == call.out, "a call gave other bytes than the model");
     }
 
-    /// At the rate of the suppression: each sample is the latest one of the block at its time.
+    /// Resamples to the rate of the suppressor by repeating or dropping samples.
     std::vector<char> Resampled(std::int64_t position, const std::vector<char>& block,
                                 int size) const {
         const std::int64_t rate = mStream.rate;

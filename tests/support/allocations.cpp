@@ -4,20 +4,20 @@
 #include <cstdlib>
 #include <new>
 
-// operator new is replaced on every system. What calls malloc itself is seen on Linux, by the
-// replacements in support/posix/allocations_malloc.cpp.
+// Replaces operator new on every system. Direct calls of malloc are counted on Linux only, by
+// support/posix/allocations_malloc.cpp.
 
 namespace {
 
 std::atomic<bool> counting{false};
-std::atomic<std::size_t> asked{0};
+std::atomic<std::size_t> made{0};
 std::atomic<std::size_t> failed{0};
 std::atomic<std::size_t> released{0};
-std::atomic<std::size_t> failing{0};  ///< the number of the one that fails; 0 for none
+std::atomic<std::size_t> failing{0};  ///< number of the allocation that fails; 0 for none
 std::atomic<bool> failingOnwards{false};
 
-/// What it asks of malloc has been noted. Volatile, as compilers know that malloc reads no
-/// variable.
+/// The malloc call of an operator is already counted. Volatile, because compilers assume that malloc
+/// reads no variable.
 thread_local volatile bool insideOperator = false;
 
 class Operator {
@@ -55,7 +55,7 @@ void Release(void* memory) {
 }  // namespace
 
 Allocations::Allocations() {
-    asked = 0;
+    made = 0;
     failed = 0;
     released = 0;
     counting = true;
@@ -68,16 +68,16 @@ Allocations::~Allocations() {
 
 std::size_t Allocations::Stop() {
     counting = false;
-    return asked;
+    return made;
 }
 
 std::ptrdiff_t Allocations::Held() const {
-    return static_cast<std::ptrdiff_t>(asked - failed) - static_cast<std::ptrdiff_t>(released);
+    return static_cast<std::ptrdiff_t>(made - failed) - static_cast<std::ptrdiff_t>(released);
 }
 
 void Allocations::Fail(std::size_t n, bool onwards) {
     failingOnwards = onwards;
-    failing = asked + n;
+    failing = made + n;
 }
 
 bool Allocations::FailNoMore() {
@@ -89,7 +89,7 @@ bool Allocations::Note() {
     if (!counting || insideOperator) {
         return false;
     }
-    const std::size_t number = ++asked;
+    const std::size_t number = ++made;
     const bool fails = failing != 0 && (failingOnwards ? number >= failing : number == failing);
     failed += fails ? 1 : 0;
     return fails;

@@ -2,8 +2,8 @@
 
 #include <cstddef>
 
-/// Counts the allocations of the whole process from the construction of one on, and lets some of
-/// them fail: operator new, and malloc and its kin, where allocations.cpp says so. One at a time.
+/// Counts the allocations of the whole process while it exists, and makes some of them fail:
+/// operator new everywhere, the malloc family on Linux. One object at a time.
 class Allocations {
 public:
     Allocations();
@@ -11,26 +11,26 @@ public:
     Allocations(const Allocations&) = delete;
     Allocations& operator=(const Allocations&) = delete;
 
-    /// So far; counts no further.
+    /// Stops counting. @return allocations so far
     std::size_t Stop();
 
-    /// Blocks made so far and not released, less older blocks that were.
+    /// Allocated blocks less released ones, since construction.
     std::ptrdiff_t Held() const;
 
-    /// Lets an allocation fail: operator new throws, malloc and its kin answer null.
+    /// Makes an allocation fail: operator new throws, the malloc family returns null.
     /// @param n 1 for the next one
-    /// @param onwards whether all later ones fail, too
+    /// @param onwards whether all later ones fail as well
     void Fail(std::size_t n, bool onwards);
 
-    /// @return whether one has failed
+    /// @return whether one failed
     bool FailNoMore();
 
-    /// To be called for each allocation. @return whether it is to fail
+    /// Called by the allocators for each allocation. @return whether it must fail
     static bool Note();
 
-    /// To be called for one that was to fail and cannot.
+    /// Called for an allocation that cannot be made to fail.
     static void FailTheNextInstead();
 
-    /// To be called for each block that is released.
+    /// Called for each released block.
     static void NoteRelease();
 };

@@ -11,11 +11,10 @@
 
 using namespace audio_filter::internal;
 
-/// The float chain on frames of 320 samples, driven by hand: float band split, the package's
-/// suppressor on 32768 times the bands, float band merge. Whether a frame is left early is asked of
-/// a shadow: a second suppressor with the same low band and a constant high band, which comes back
-/// untouched only from an early exit. A frame that overflows the suppressor is zeros and restarts
-/// it.
+/// The float path on blocks of 320 samples: float band split, the packaged suppressor on 32768 times
+/// the bands, float band merge. A second suppressor with the same low band and a constant high band
+/// detects early exits, which alone return that band unchanged. A block that overflows the suppressor
+/// becomes zeros and restarts it.
 class BareFloatSuppressor {
 public:
     BareFloatSuppressor(int rate, int policy) : mNs(WebRtcNs_Create()), mShadow(WebRtcNs_Create()) {
@@ -40,7 +39,7 @@ public:
         SetPolicy(policy);
     }
 
-    /// The other way round.
+    /// The band filters, but not the suppressor.
     void SilenceBands() { mMemory = {}; }
 
     void SetPolicy(int policy) {
@@ -63,7 +62,7 @@ public:
         Band shadowOut = {};
         Run(mNs, low, high, lowOut, highOut);
         Run(mShadow, low, mConstant, ignored, shadowOut);
-        // The first frame still has the silence of before in its delay line.
+        // The delay line of the first block still holds silence.
         const std::size_t settled = mFirst ? mFresh * 3 / 5 : 0;
         leftEarly = std::all_of(shadowOut.begin() + static_cast<std::ptrdiff_t>(settled),
                                 shadowOut.begin() + static_cast<std::ptrdiff_t>(mFresh),
@@ -80,7 +79,7 @@ public:
         MergeBands(lowOut.data(), highOut.data(), out, mMemory[2].data(), mMemory[3].data());
     }
 
-    bool leftEarly = false;  ///< whether the suppressor left the latest frame early
+    bool leftEarly = false;  ///< whether the last block took the early exit
 
 private:
     using Band = std::array<float, 160>;

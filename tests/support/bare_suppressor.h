@@ -6,8 +6,8 @@
 
 #include "units/webrtc_ns.h"
 
-/// The package's band split, suppressor and band merge on 16-bit frames of 320 samples, and nothing
-/// else: what the library's own path is measured and compared against.
+/// The packaged band split, suppressor and band merge on 16-bit blocks of 320 samples, and nothing
+/// else: the reference for results and speed of the library's path.
 class BareSuppressor {
 public:
     explicit BareSuppressor(int rate, int policy) : mHandle(WebRtcNs_Create()) {
@@ -23,7 +23,7 @@ public:
         WebRtcNs_set_policy(mHandle, policy);
     }
 
-    /// The other way round.
+    /// The band filters, but not the suppressor.
     void SilenceBands() { mMemory = {}; }
 
     void SetPolicy(int policy) { WebRtcNs_set_policy(mHandle, policy); }

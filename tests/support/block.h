@@ -5,8 +5,8 @@
 #include <memory>
 #include <vector>
 
-/// Bytes on the heap, as many as asked for and no more, from `shift` bytes past an aligned address
-/// on. A sanitizer sees every access beyond them.
+/// An exact number of bytes on the heap, starting `shift` bytes past an aligned address, so that a
+/// sanitizer detects every access beyond them.
 class Block {
 public:
     explicit Block(std::size_t size, std::size_t shift = 0)
@@ -30,7 +30,7 @@ private:
     std::unique_ptr<char[]> mBytes;
 };
 
-/// The whole samples of some bytes, and those samples as bytes.
+/// The whole samples in some bytes, and samples as bytes.
 template <typename Sample>
 std::vector<Sample> SamplesOf(const std::vector<char>& bytes) {
     std::vector<Sample> samples(bytes.size() / sizeof(Sample));

@@ -8,20 +8,19 @@
 
 #include "support/allocations.h"
 
-/// What an operation has answered when it has thrown std::bad_alloc instead.
+/// Stands for the code of an operation that threw std::bad_alloc.
 constexpr int kThrew = -1000;
 
-/// Lets the 1st, 2nd, 3rd .. allocation of an operation fail, each alone and each with all later
-/// ones, until it gets by without a failure; each time on a new subject, of which nothing may be
-/// left in the end.
-/// @param make makes a subject, undisturbed
-/// @param act the operation on a subject that is disturbed; answers a code
-/// @param check what has to hold of the subject and the answer, undisturbed; also where nothing has
-///        failed
-/// @return how many failures there were
+/// Makes the 1st, 2nd, 3rd .. allocation of an operation fail, each alone and each with all later
+/// ones, until the operation makes no further allocation. Each run has a new subject, which must
+/// not leak.
+/// @param make makes a subject, without failures
+/// @param act the operation on a subject, with failures; returns a code
+/// @param check checks the subject and the code, without failures; also after a run without one
+/// @return the number of failures
 template <typename Make, typename Act, typename Check>
 int FailEach(const Make& make, const Act& act, const Check& check) {
-    const auto answer = [&act](auto& subject) {
+    const auto run = [&act](auto& subject) {
         try {
             return act(subject);
         } catch (const std::bad_alloc&) {
@@ -29,8 +28,8 @@ int FailEach(const Make& make, const Act& act, const Check& check) {
         }
     };
     {
-        auto subject = make();  // what is made once and kept is no leak
-        check(*subject, answer(*subject));
+        auto subject = make();  // memory that is allocated once and kept is no leak
+        check(*subject, run(*subject));
     }
     int failures = 0;
     for (const bool onwards : {false, true}) {
@@ -40,7 +39,7 @@ int FailEach(const Make& make, const Act& act, const Check& check) {
             {
                 auto subject = make();
                 allocations.Fail(n, onwards);
-                const int code = answer(*subject);
+                const int code = run(*subject);
                 failed = allocations.FailNoMore();
                 check(*subject, code);
             }
@@ -52,7 +51,7 @@ int FailEach(const Make& make, const Act& act, const Check& check) {
     return failures;
 }
 
-/// Prints how many failures an operation has gone through; none would mean that none was tried.
+/// Prints the number of failures of an operation. None would mean that nothing was tested.
 inline void Report(const std::string& operation, int failures) {
     EXPECT_GT(failures, 0) << operation;
     std::cout << operation << ": " << failures << " failures of an allocation\n";

@@ -9,7 +9,7 @@
 inline constexpr float kLargestFloat = std::numeric_limits<float>::max();
 inline constexpr float kLeastFloat = std::numeric_limits<float>::denorm_min();
 
-/// Samples that no microphone makes, by the number of the sample in the stream.
+/// Signals that no microphone produces, by the index of the sample in the stream.
 struct HostileSignal {
     const char* name;
     float (*Sample)(std::size_t);  ///< of a float stream
@@ -30,7 +30,7 @@ inline constexpr HostileSignal kHostileSignals[] = {
     {"silence", [](std::size_t) { return 0.0F; }},
 };
 
-/// As a sample of a stream: 16-bit ones saturate, and NaN is 0 there.
+/// As a sample of a stream. In 16-bit, values saturate and NaN becomes 0.
 template <typename Sample>
 Sample Converted(float sample) {
     if constexpr (std::is_same_v<Sample, float>) {

@@ -5,7 +5,7 @@
 #include <iostream>
 #include <random>
 
-/// The seed of this run's random tests: AUDIO_FILTER_SEED if set, else a new one; printed once.
+/// The seed of this run: AUDIO_FILTER_SEED if set, else a new one. Printed once.
 inline std::uint32_t Seed() {
     static const std::uint32_t seed = [] {
         const char* given = std::getenv("AUDIO_FILTER_SEED");
@@ -18,7 +18,7 @@ inline std::uint32_t Seed() {
     return seed;
 }
 
-/// A generator of its own for each test.
+/// A new generator for each test.
 inline std::mt19937 SeededRandom() {
     return std::mt19937(Seed());
 }

@@ -4,8 +4,7 @@
 #include <random>
 #include <vector>
 
-/// A stand-in for noisy speech, -1..1: steady noise, and bursts of a tone with overtones that come
-/// and go a few times a second.
+/// Synthetic noisy speech, -1..1: steady noise and a few bursts per second of a tone with overtones.
 inline std::vector<float> NoisySpeech(std::mt19937& random, std::size_t samples, double rate) {
     std::uniform_real_distribution<double> noise(-0.02, 0.02);
     std::vector<float> signal(samples);

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-/// A folder of its own for a test, gone with the object.
+/// A temporary folder, removed with the object.
 class TempDir {
 public:
     TempDir() {
@@ -37,7 +37,7 @@ private:
 
 inline std::string ReadFile(const std::string& path) {
     std::ostringstream text;
-    text << std::ifstream(path).rdbuf();  // as text: the line ends of the platform become \n
+    text << std::ifstream(path).rdbuf();  // as text, which converts line ends to \n
     return text.str();
 }
 

@@ -4,9 +4,8 @@
 #include <cstdint>
 #include <cstring>
 
-/// The place of a virtual operation in its class's table, where pointers to members are made as the
-/// Itanium C++ ABI says: one more than the offset in the table. A virtual destructor takes two
-/// places.
+/// The slot of a virtual operation in the table of its class. In the Itanium C++ ABI a pointer to it
+/// holds 1 plus the offset in the table. A virtual destructor takes two slots.
 template <typename Operation>
 std::size_t VirtualSlot(Operation operation) {
     std::uintptr_t word = 0;

@@ -1,6 +1,5 @@
 /// The library through the shared object and its installed headers only, in the order of the
-/// headers. That it links at all shows that every class is exported whole, private operations
-/// included.
+/// headers. It links only if every class is exported whole, including private operations.
 
 #include <gtest/gtest.h>
 
@@ -19,6 +18,7 @@
 #include "common/process_data.h"
 #include "common/process_data_pool.h"
 #include "common/process_lock.h"
+#include "common/result_code.h"
 #include "log/media_process_log.h"
 #include "log/pr_console_log_writer.h"
 #include "log/pr_file_log_writer.h"
@@ -53,7 +53,7 @@ TEST(Surface, Log) {
     ASSERT_NE(pr_log, nullptr);
     PRConsoleLogParam console = {0};
     const int id = pr_log->AddLog(PROCESS_LOG_CONSOLE, &console, 3);
-    EXPECT_EQ(pr_log->SetLogLevel(id, 1), 0);
+    EXPECT_EQ(pr_log->SetLogLevel(id, 1), RESULT_OK);
     PR_LOG_ENABLE(true);
     EXPECT_TRUE(pr_log_enalbe);
     testing::internal::CaptureStdout();
@@ -63,8 +63,8 @@ TEST(Surface, Log) {
     pr_log->Error("p", "%s", "e");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "p:d\np:i\np:w\np:e\n");
     PR_LOG_ENABLE(false);
-    EXPECT_EQ(pr_log->RemoveLog(id), 0);
-    EXPECT_EQ(pr_log->RemoveAllLog(), 0);
+    EXPECT_EQ(pr_log->RemoveLog(id), RESULT_OK);
+    EXPECT_EQ(pr_log->RemoveAllLog(), RESULT_OK);
     EXPECT_FALSE(int2str_pr(GeneratePRLogId()).empty());
     EXPECT_EQ(pr_log->Find(id), pr_log->mWriters.end());
     pr_log->ReleaseAll();
@@ -73,56 +73,56 @@ TEST(Surface, Log) {
 
     PRFileLogWriter writer(2);
     EXPECT_EQ(writer.CheckPartion(), 0);
-    EXPECT_EQ(writer.WriteLog(2, "p", "m", nullptr), -1);
+    EXPECT_EQ(writer.WriteLog(2, "p", "m", nullptr), RESULT_FAILURE);
     writer.Destroy();
     MediaProcessLog log;
     log.SetLogLevel(PROCESS_LOG_DEBUG);
     log.CloseFile();
-    EXPECT_EQ(log.WriteLog(PROCESS_LOG_DEBUG, "m"), 4);
+    EXPECT_EQ(log.WriteLog(PROCESS_LOG_DEBUG, "m"), RESULT_NOT_INITIALISED);
     EXPECT_TRUE(log.Uninit());
 }
 
 TEST(Surface, Gain) {
     AudioGain gain;
-    EXPECT_EQ(gain.Init(SAMPLE_FMT_S16), 0);
+    EXPECT_EQ(gain.Init(SAMPLE_FMT_S16), RESULT_OK);
     EXPECT_TRUE(gain.SetGain(1.0F));
     short s16 = 8192;
     float flt = 0.1F;
-    EXPECT_EQ(gain.Process(reinterpret_cast<const char*>(&s16), 2), 0);
-    EXPECT_EQ(gain.ProcessCore2(&s16, 2), 0);
-    EXPECT_EQ(gain.ProcessCore2(&flt, 4), 0);
-    EXPECT_EQ(gain.ProcessCore(&s16, 2), 0);
-    EXPECT_EQ(gain.ProcessCore(&flt, 4), 0);
+    EXPECT_EQ(gain.Process(reinterpret_cast<const char*>(&s16), 2), RESULT_OK);
+    EXPECT_EQ(gain.ProcessCore2(&s16, 2), RESULT_OK);
+    EXPECT_EQ(gain.ProcessCore2(&flt, 4), RESULT_OK);
+    EXPECT_EQ(gain.ProcessCore(&s16, 2), RESULT_OK);
+    EXPECT_EQ(gain.ProcessCore(&flt, 4), RESULT_OK);
     EXPECT_TRUE(gain.Clear());
 }
 
 TEST(Surface, Mixing) {
     const auto mixing = std::make_unique<AudioMixing>();
-    EXPECT_EQ(mixing->Init(SAMPLE_FMT_S16), 0);
+    EXPECT_EQ(mixing->Init(SAMPLE_FMT_S16), RESULT_OK);
     short s16[2] = {20000, 20000};
     float flt[2] = {1.0F, 0.0F};
     int count = 2;
-    EXPECT_EQ(mixing->DoProcess(s16, s16, count, 2), 0);
+    EXPECT_EQ(mixing->DoProcess(s16, s16, count, 2), RESULT_OK);
     EXPECT_EQ(s16[0], 29463);
     count = 2;
-    EXPECT_EQ(mixing->DoProcess(flt, flt, count, 2), 0);
+    EXPECT_EQ(mixing->DoProcess(flt, flt, count, 2), RESULT_OK);
     EXPECT_EQ(count, 1);
     int size = 4;
     EXPECT_EQ(mixing->Process(reinterpret_cast<char*>(s16), reinterpret_cast<char*>(s16), size, 2),
-              0);
+              RESULT_OK);
     EXPECT_TRUE(mixing->IsInited());
     EXPECT_TRUE(mixing->Clear());
 }
 
 TEST(Surface, PhaseCheck) {
     PhaseCheck check;
-    EXPECT_EQ(check.Init(8000, false), 0);
+    EXPECT_EQ(check.Init(8000, false), RESULT_OK);
     short s16[2] = {1000, 1000};
     float flt[2] = {0.5F, 0.5F};
-    EXPECT_EQ(check.Check(s16, 2), 0);
-    EXPECT_EQ(check.Check(flt, 2), 0);
-    EXPECT_EQ(check.Check2(s16, 2), 0);
-    EXPECT_EQ(check.Check2(flt, 2), 0);
+    EXPECT_EQ(check.Check(s16, 2), RESULT_OK);
+    EXPECT_EQ(check.Check(flt, 2), RESULT_OK);
+    EXPECT_EQ(check.Check2(s16, 2), RESULT_OK);
+    EXPECT_EQ(check.Check2(flt, 2), RESULT_OK);
     EXPECT_EQ(check.GetInPhaseRatio() + check.GetOpposedPhaseRatio() + check.GetSilenceRatio(),
               1.0F);
     EXPECT_TRUE(check.IsInited());
@@ -134,19 +134,19 @@ TEST(Surface, Suppression) {
     EXPECT_TRUE(wrap.Init(32000, SAMPLE_FMT_FLT, 1));
     EXPECT_TRUE(wrap.setLevel(2));
     std::vector<char> frame(1280);
-    EXPECT_EQ(wrap.Process(frame.data(), frame.data()), 0);
+    EXPECT_EQ(wrap.Process(frame.data(), frame.data()), RESULT_OK);
     EXPECT_TRUE(wrap.Reset());
     EXPECT_TRUE(wrap.Clear());
 
     AudioDenoise denoise;
-    EXPECT_EQ(denoise.Init(32000, 2, SAMPLE_FMT_S16, 3), 0);
+    EXPECT_EQ(denoise.Init(32000, 2, SAMPLE_FMT_S16, 3), RESULT_OK);
     EXPECT_TRUE(denoise.IsInited());
     EXPECT_TRUE(denoise.Config(1));
     std::vector<char> out(4000);
-    EXPECT_EQ(denoise.SplitLR(frame.data(), 100), 0);
-    EXPECT_EQ(denoise.CombineLR(out.data(), 100), 0);
+    EXPECT_EQ(denoise.SplitLR(frame.data(), 100), RESULT_OK);
+    EXPECT_EQ(denoise.CombineLR(out.data(), 100), RESULT_OK);
     int size = 1280;
-    EXPECT_EQ(denoise.Process(frame.data(), out.data(), size), 0);
+    EXPECT_EQ(denoise.Process(frame.data(), out.data(), size), RESULT_OK);
     EXPECT_EQ(size, 1280);
     EXPECT_TRUE(denoise.Reset());
     EXPECT_TRUE(denoise.Clear());
@@ -183,8 +183,8 @@ TEST(Surface, Pool) {
     EXPECT_EQ(pool.GetMaxDataSize(), 3);
     EXPECT_EQ(pool.GetUsedDataSize(), 0);
     entry = pool.GetProcessData(payload, 4, 8, nullptr);
-    EXPECT_EQ(entry->WriteData(payload, 4, param, 9, nullptr), 0);
-    EXPECT_EQ(entry->WriteData(payload, 4, 9, nullptr), 0);
+    EXPECT_EQ(entry->WriteData(payload, 4, param, 9, nullptr), RESULT_OK);
+    EXPECT_EQ(entry->WriteData(payload, 4, 9, nullptr), RESULT_OK);
     EXPECT_EQ(entry->Reset(8), 8);
     EXPECT_GE(entry->GetLastReleaseTime(), 0U);
     ProcessDataPool::DataFree(&pool, entry);
@@ -197,7 +197,7 @@ TEST(Surface, Pool) {
 
 TEST(Surface, Classifier) {
     AudioClassifier classifier;
-    EXPECT_EQ(classifier.Init(1, 32000, SAMPLE_FMT_S16), 0);
+    EXPECT_EQ(classifier.Init(1, 32000, SAMPLE_FMT_S16), RESULT_OK);
     EXPECT_TRUE(classifier.IsInited());
     std::vector<unsigned char> block(640);
     EXPECT_FALSE(classifier.MusicCheck(block.data(), 640));
@@ -242,7 +242,7 @@ TEST(Surface, Filter) {
     EXPECT_TRUE(filter->SetListener(&listener));
     EXPECT_TRUE(filter->SetLogger(&logger));
     ProcessSwitchMap switches = {{AP_GAIN, true}};
-    EXPECT_EQ(filter->Init(48000, 1, SAMPLE_FMT_S16, &switches), 0);
+    EXPECT_EQ(filter->Init(48000, 1, SAMPLE_FMT_S16, &switches), RESULT_OK);
     EXPECT_TRUE(filter->SetMethod(&switches));
     ProcessParam gain = {0.5F, 0};
     EXPECT_TRUE(filter->SetParameter(&gain, AP_GAIN));
@@ -250,23 +250,27 @@ TEST(Surface, Filter) {
     std::vector<char> out(2240);
     AVParam param;
     int size = 960;
-    EXPECT_EQ(filter->Process(in.data(), out.data(), size, {AV_SOURCE_MICROPHONE}, param, 0), 0);
+    EXPECT_EQ(filter->Process(in.data(), out.data(), size, {AV_SOURCE_MICROPHONE}, param, 0),
+              RESULT_OK);
     EXPECT_EQ(
-        filter->ProcessResample(in.data(), out.data(), size, {AV_SOURCE_MICROPHONE}, param, 0), 12);
-    EXPECT_EQ(filter->SyncProcessDelay(in.data(), out.data(), size, {AV_SOURCE_MICROPHONE}), 0);
+        filter->ProcessResample(in.data(), out.data(), size, {AV_SOURCE_MICROPHONE}, param, 0),
+        RESULT_RESAMPLED);
+    EXPECT_EQ(filter->SyncProcessDelay(in.data(), out.data(), size, {AV_SOURCE_MICROPHONE}),
+              RESULT_OK);
     EXPECT_EQ(filter->GetSampleByteSize(SAMPLE_FMT_DBLP), 8);
     EXPECT_TRUE(filter->HaveMicSrc({AV_SOURCE_MICROPHONE}));
     EXPECT_FALSE(filter->CheckMultiMicSrc({AV_SOURCE_MICROPHONE}));
     EXPECT_TRUE(filter->CheckSameSrcType({AV_SOURCE_1, AV_SOURCE_1}));
-    EXPECT_EQ(filter->SingleProcess(in.data(), out.data(), size, AV_SOURCE_MICROPHONE, param), 0);
+    EXPECT_EQ(filter->SingleProcess(in.data(), out.data(), size, AV_SOURCE_MICROPHONE, param),
+              RESULT_OK);
     filter->mSrcNum = 2;
     size = 480;
     EXPECT_EQ(filter->MulitProcess(in.data(), out.data(), size, {AV_SOURCE_1, AV_SOURCE_2}, param),
-              0);
+              RESULT_OK);
     EXPECT_TRUE(filter->Clear());
 }
 
-TEST(Surface, AnAllocationFailureIsCaughtOnTheHostsSide) {
+TEST(Surface, AnAllocationFailureIsCaughtByTheHost) {
     const auto filter = std::make_unique<AudioFilter>();
     EXPECT_THROW(filter->Init(2147483647, 2, SAMPLE_FMT_S16, nullptr), std::bad_alloc);
     EXPECT_TRUE(filter->Clear());

@@ -15,7 +15,7 @@ std::string Trimmed(const std::string& line) {
     return first == std::string::npos ? "" : line.substr(first);
 }
 
-/// What stands before the first parenthesis of a declaration; empty for none.
+/// The name before the first parenthesis of a declaration; empty for none.
 std::string NameIn(const std::string& declaration) {
     const std::size_t end = declaration.find('(');
     if (end == std::string::npos) {
@@ -56,7 +56,7 @@ std::set<std::string> TaggedOperations(const std::string& header, const std::str
         } else if (text == "private:" || text == "protected:" || text == "public:") {
             isPublic = text == "public:";
         } else if (text.empty()) {
-            tagged.clear();  // a tag counts for all declarations that follow without a gap
+            tagged.clear();  // a tag covers the declarations that follow it without an empty line
         } else if (StartsWith(text, "/// [")) {
             tagged = text.substr(5, text.find(']') - 5);
         } else if (isPublic && inside == className && text[0] != '/' && text[0] != '#') {

@@ -1,10 +1,11 @@
-/// Which operations take the lock of their object, beside what their headers say of threads.
+/// Compares which operations take the lock of their object with the thread tags of the headers.
 
 #include <gtest/gtest.h>
 
 #include <memory>
 
 #include "classifier/audio_classifier.h"
+#include "common/result_code.h"
 #include "log/media_process_log.h"
 #include "support/posix/lock_calls.h"
 #include "threads/operations.h"
@@ -12,33 +13,33 @@
 namespace {
 
 bool TakesItsLock(const Subject& subject, const Operation& operation) {
-    // The mutex is the first that a lock holds.
+    // The mutex is the first member of a lock.
     const LockCalls calls(subject.lock);
     operation.run();
     return calls.OfTheOne() > 0;
 }
 
-TEST(LockTaking, WhatIsTaggedAnyOrAudioTakesTheLockOfItsObject) {
+TEST(LockTaking, OperationsTaggedAnyOrAudioTakeTheLockOfTheirObject) {
     for (const auto& make : AllSubjects()) {
         for (std::size_t i = 0; i < make().sideBySide.size(); ++i) {
             const Subject subject = make();
             if (subject.lock != nullptr) {
                 EXPECT_TRUE(TakesItsLock(subject, subject.sideBySide[i]))
                     << subject.className << "::" << subject.sideBySide[i].name
-                    << " must not be tagged so: nothing keeps others out";
+                    << " takes no lock, so it cannot be tagged for any thread";
             }
         }
     }
 }
 
-TEST(LockTaking, WhatIsTaggedSetupTakesNoLockButInits) {
+TEST(LockTaking, OperationsTaggedSetupTakeNoLockExceptInit) {
     for (const auto& make : AllSubjects()) {
         const Subject subject = make();
         for (const Operation& operation : subject.alone) {
             if (subject.lock != nullptr && operation.name != "Init") {
                 EXPECT_FALSE(TakesItsLock(subject, operation))
                     << subject.className << "::" << operation.name
-                    << " keeps others out: the tag could be [any]";
+                    << " takes the lock, so its tag could be [any]";
             }
         }
     }
@@ -46,9 +47,9 @@ TEST(LockTaking, WhatIsTaggedSetupTakesNoLockButInits) {
 
 TEST(LockTaking, ALoggerWhoseLockItsThreadHoldsThreeTimesFreesItBeforeItIsDestroyed) {
     auto log = std::make_unique<MediaProcessLog>();
-    EXPECT_EQ(log->Init(PROCESS_LOG_DEBUG, ""), 3);
-    EXPECT_EQ(log->WriteLog(PROCESS_LOG_DEBUG, ""), 0);
-    EXPECT_EQ(log->WriteLog(PROCESS_LOG_ERROR, ""), 4);
+    EXPECT_EQ(log->Init(PROCESS_LOG_DEBUG, ""), RESULT_INVALID);
+    EXPECT_EQ(log->WriteLog(PROCESS_LOG_DEBUG, ""), RESULT_OK);
+    EXPECT_EQ(log->WriteLog(PROCESS_LOG_ERROR, ""), RESULT_NOT_INITIALISED);
     const LockCalls calls(&log->mLock);
     log.reset();
     EXPECT_TRUE(calls.IsTheOneDestroyed());

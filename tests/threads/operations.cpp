@@ -10,6 +10,7 @@
 
 #include "audio_filter/audio_filter.h"
 #include "common/process_data_pool.h"
+#include "common/result_code.h"
 #include "log/media_process_log.h"
 #include "log/pr_console_log_writer.h"
 #include "log/pr_file_log_writer.h"
@@ -81,7 +82,7 @@ Subject FilterSubject() {
                 int size = given;
                 const int code = entry(in.data(), out.data(), size, sources, param);
                 EXPECT_TRUE((code == done && size % 1280 == 0 && size <= given) ||
-                            (code == 4 && size == given))
+                            (code == RESULT_NOT_INITIALISED && size == given))
                     << "code " << code << ", " << size << " bytes of " << given;
             }
         };
@@ -89,18 +90,19 @@ Subject FilterSubject() {
     Subject subject = {
         "audio_filter/audio_filter.h", "AudioFilter", object, &filter->mLock, {}, {}, {}};
     subject.sideBySide = {
-        {"Process", calling(0,
+        {"Process", calling(RESULT_OK,
                             [filter](auto in, auto out, auto& size, auto sources, auto& param) {
                                 return filter->Process(in, out, size, sources, param, 0);
                             })},
         {"ProcessResample",
-         calling(12,
+         calling(RESULT_RESAMPLED,
                  [filter](auto in, auto out, auto& size, auto sources, auto& param) {
                      return filter->ProcessResample(in, out, size, sources, param, 0);
                  })},
-        {"SyncProcessDelay",
-         calling(0, [filter](auto in, auto out, auto& size, auto sources,
-                             auto&) { return filter->SyncProcessDelay(in, out, size, sources); })},
+        {"SyncProcessDelay", calling(RESULT_OK,
+                                     [filter](auto in, auto out, auto& size, auto sources, auto&) {
+                                         return filter->SyncProcessDelay(in, out, size, sources);
+                                     })},
         {"SetMethod",
          [filter] {
              for (int i = 0; i < 200; ++i) {
@@ -114,7 +116,7 @@ Subject FilterSubject() {
              ProcessParam param = {0.5F, 2};
              const bool gain = filter->SetParameter(&param, AP_GAIN);
              const bool level = filter->SetParameter(&param, AP_DENOISE);
-             EXPECT_TRUE(gain || !level) << "Clear is never undone";
+             EXPECT_TRUE(gain || !level) << "nothing undoes Clear";
          }},
         {"Clear", [filter] { EXPECT_TRUE(filter->Clear()); }},
     };
@@ -124,7 +126,7 @@ Subject FilterSubject() {
         {"SetLogger", [filter] { filter->SetLogger(nullptr); }},
     };
     subject.check = [object] {
-        EXPECT_EQ(object->switches.repeated, 0) << "a kind is switched to what it is";
+        EXPECT_EQ(object->switches.repeated, 0) << "an event without a change";
         for (const auto& [kind, on] : object->switches.on) {
             EXPECT_EQ(object->filter.mSwitchState[kind], on && object->filter.mInited) << kind;
         }
@@ -168,12 +170,12 @@ Subject LogSubject() {
         {"SetLogLevel",
          [object] {
              const int code = object->log.SetLogLevel(object->first, PROCESS_LOG_DEBUG);
-             EXPECT_TRUE(code == 0 || object->lost > 0) << code;
+             EXPECT_TRUE(code == RESULT_OK || object->lost > 0) << code;
          }},
         {"RemoveAllLog",
          [object] {
              object->lost.Add(1);
-             EXPECT_EQ(object->log.RemoveAllLog(), 0);
+             EXPECT_EQ(object->log.RemoveAllLog(), RESULT_OK);
              object->removedAll.Add(1);
          }},
         {"Info",
@@ -230,7 +232,7 @@ Subject FileLogSubject() {
     subject.sideBySide = {
         {"WriteLog",
          [object] {
-             EXPECT_EQ(object->log.WriteLog(PROCESS_LOG_WARN, "%d frames late", 3), 0);
+             EXPECT_EQ(object->log.WriteLog(PROCESS_LOG_WARN, "%d frames late", 3), RESULT_OK);
              object->written.Add(1);
          }},
         {"Uninit",
@@ -262,7 +264,7 @@ Subject PoolSubject() {
     ProcessDataPool* pool = &object->pool;
     Subject subject = {
         "common/process_data_pool.h", "ProcessDataPool", object, &pool->mLock, {}, {}, {}};
-    // An entry of its own, unless lost ones have emptied the pool.
+    // Null once lost entries have emptied the pool.
     const auto use = [](ProcessData* entry, const char* payload, int size) {
         if (entry != nullptr) {
             EXPECT_EQ(entry->GetRefCount(), 1);

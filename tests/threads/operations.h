@@ -7,7 +7,7 @@
 
 #include "common/process_lock.h"
 
-/// An operation under the name that the header gives it.
+/// An operation by its name in the header.
 struct Operation {
     std::string name;
     std::function<void()> run;

@@ -22,7 +22,7 @@ std::set<std::string> Names(const std::vector<Operation>& operations) {
     return names;
 }
 
-TEST(SideBySide, TheOperationsHereAreThoseThatTheHeadersTagAnyOrAudio) {
+TEST(SideBySide, TheOperationsHereAreThoseTaggedInTheHeaders) {
     for (const auto& make : AllSubjects()) {
         const Subject subject = make();
         std::set<std::string> tagged = TaggedOperations(subject.header, subject.className, "any");
@@ -35,7 +35,7 @@ TEST(SideBySide, TheOperationsHereAreThoseThatTheHeadersTagAnyOrAudio) {
     }
 }
 
-TEST(SideBySide, WhatHasNoLockLetsNothingRunBesideIt) {
+TEST(SideBySide, ClassesWithoutALockHaveNoOperationForAnyThread) {
     for (const auto& [header, className] :
          {std::pair("units/audio_gain.h", "AudioGain"),
           {"units/audio_mixing.h", "AudioMixing"},

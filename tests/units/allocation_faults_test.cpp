@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "common/result_code.h"
 #include "support/bytes.h"
 #include "support/fail_each.h"
 #include "support/signals.h"
@@ -36,7 +37,7 @@ const std::vector<char>& Noise(SampleFmt fmt) {
     return fmt == SAMPLE_FMT_FLT || fmt == SAMPLE_FMT_FLTP ? floats : shorts;
 }
 
-/// Ten frames of 320 samples, or -1 as bytes where a call does not answer 0.
+/// Ten blocks of 320 samples; bytes of -1 for a call that does not return 0.
 std::vector<char> FramesOf(NSWrap& unit, SampleFmt fmt) {
     const std::vector<char>& in = Noise(fmt);
     const std::size_t frame = fmt == SAMPLE_FMT_FLT ? 1280 : 640;
@@ -81,8 +82,8 @@ TEST(AllocationFaults, GainAndMixerAndPhaseCheckHaveNoAllocationThatCouldFail) {
     EXPECT_EQ(allocations.Stop(), 0U);
 }
 
-/// The package writes to an instance before anybody can see whether there was memory for it.
-TEST(AllocationFaults, ASuppressorAsksForAnInstancesMemoryBeforeThePackageTakesIt) {
+/// The package writes to its instance without checking the result of malloc.
+TEST(AllocationFaults, ASuppressorTestsForTheMemoryOfAnInstanceBeforeThePackageAllocatesIt) {
     using Created = std::unique_ptr<Suppressor>;
     const int failures = FailEach([] { return std::make_unique<Created>(); },
                                   [](Created& suppressor) {
@@ -100,8 +101,8 @@ TEST(AllocationFaults, ASuppressorAsksForAnInstancesMemoryBeforeThePackageTakesI
     Report("Suppressor::Create", failures);
 }
 
-/// The package's own requests are never let fail, so that only this shows that it was not asked.
-TEST(AllocationFaults, WithoutRoomForItsInstanceThePackageIsNotAsked) {
+/// The package's own allocations never fail here, so only their absence shows that it was not called.
+TEST(AllocationFaults, WithoutMemoryForAnInstanceThePackageIsNotCalled) {
     Allocations allocations;
     allocations.Fail(1, false);
     const std::unique_ptr<Suppressor> suppressor = Suppressor::Create();
@@ -109,7 +110,7 @@ TEST(AllocationFaults, WithoutRoomForItsInstanceThePackageIsNotAsked) {
     EXPECT_EQ(suppressor, nullptr);
 }
 
-/// @param before what has run in the unit, if anything
+/// @param before an earlier stream of the unit; null for none
 int FailNSWrap(int rate, SampleFmt fmt, SampleFmt before) {
     NSWrap fresh;
     const bool accepted = fresh.Init(rate, fmt, 2);
@@ -127,18 +128,18 @@ int FailNSWrap(int rate, SampleFmt fmt, SampleFmt before) {
         [&](NSWrap& unit, int code) {
             if (code != 0 && before != fmt) {
                 std::vector<char> untouched(1280, 7);
-                EXPECT_EQ(unit.Process(expected.data(), untouched.data()), -1);
+                EXPECT_EQ(unit.Process(expected.data(), untouched.data()), RESULT_FAILURE);
                 EXPECT_EQ(untouched, std::vector<char>(1280, 7));
             }
             EXPECT_EQ(unit.Init(rate, fmt, 2), accepted);
             if (before == fmt) {
-                unit.Reset();  // a second Init keeps the memories of the filters
+                unit.Reset();  // a second Init keeps the filter memories
             }
             EXPECT_EQ(FramesOf(unit, fmt), expected);
         });
 }
 
-TEST(AllocationFaults, AnNSWrapWhoseInitFailedIsNotInitialisedAndTakesTheNextOne) {
+TEST(AllocationFaults, AnNSWrapWhoseInitFailedIsNotInitialisedAndTheNextInitSucceeds) {
     int failures = 0;
     for (const SampleFmt fmt : kFormats) {
         for (const int rate : kRates) {
@@ -150,7 +151,7 @@ TEST(AllocationFaults, AnNSWrapWhoseInitFailedIsNotInitialisedAndTakesTheNextOne
     Report("NSWrap::Init", failures);
 }
 
-/// @param before channels of the stream that has run in the unit; 0 for none
+/// @param before channels of an earlier stream of the unit; 0 for none
 int FailAudioDenoise(int rate, int channels, SampleFmt fmt, int before) {
     AudioDenoise fresh;
     const int accepted = fresh.Init(rate, channels, fmt, 2);
@@ -168,7 +169,7 @@ int FailAudioDenoise(int rate, int channels, SampleFmt fmt, int before) {
         [&](AudioDenoise& unit, int code) {
             EXPECT_TRUE(code == kThrew || code == accepted);
             EXPECT_EQ(unit.IsInited(), code == 0);
-            // Where a channel has no suppressor, it is initialised, and silent.
+            // A channel without a suppressor is initialised and silent.
             const char answer = BlocksOf(unit, fmt).front();
             EXPECT_EQ(answer, code != kThrew ? expected.front() : channels > 2 ? 12 : 4);
             unit.Config(3);
@@ -178,7 +179,7 @@ int FailAudioDenoise(int rate, int channels, SampleFmt fmt, int before) {
         });
 }
 
-TEST(AllocationFaults, AnAudioDenoiseWhoseInitThrewIsNotInitialisedAndTakesTheNextOne) {
+TEST(AllocationFaults, AnAudioDenoiseWhoseInitThrewIsNotInitialisedAndTheNextInitSucceeds) {
     int failures = 0;
     for (const SampleFmt fmt : kFormats) {
         for (const int channels : {1, 2, 3}) {

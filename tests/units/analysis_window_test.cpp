@@ -9,7 +9,7 @@ using namespace audio_filter::internal;
 
 namespace {
 
-/// Frames of silence, but for one sample of `value`.
+/// A silent block with one sample of `value`.
 class Window {
 public:
     explicit Window(int rate) { window.Reset(rate); }
@@ -25,13 +25,13 @@ private:
     AnalysisWindow window;
 };
 
-TEST(AnalysisWindow, StartsSilentAndStaysSoOverZeros) {
+TEST(AnalysisWindow, StartsSilentAndStaysSilentOverZeros) {
     Window window(32000);
     EXPECT_TRUE(window.IsSilent());
     EXPECT_TRUE(window.IsSilent());
 }
 
-TEST(AnalysisWindow, ASampleAmongTheLast96IsHeardInTheNextFrameToo) {
+TEST(AnalysisWindow, ASampleAmongTheLast96CountsInTheNextBlockToo) {
     Window window(32000);
     EXPECT_FALSE(window.IsSilentWith(159, 1.0F));
     EXPECT_FALSE(window.IsSilent());
@@ -41,13 +41,13 @@ TEST(AnalysisWindow, ASampleAmongTheLast96IsHeardInTheNextFrameToo) {
     EXPECT_TRUE(window.IsSilent());
 }
 
-TEST(AnalysisWindow, TheFirstWeightIsZeroSoTheOldestSampleIsNotHeard) {
+TEST(AnalysisWindow, TheFirstWeightIsZeroSoTheOldestSampleDoesNotCount) {
     Window window(32000);
     EXPECT_FALSE(window.IsSilentWith(64, 1.0F));  // becomes the first of the old ones
     EXPECT_TRUE(window.IsSilent());
 }
 
-TEST(AnalysisWindow, SamplesBeforeTheLast96AreForgotten) {
+TEST(AnalysisWindow, SamplesBeforeTheLast96DoNotCount) {
     Window window(32000);
     EXPECT_FALSE(window.IsSilentWith(63, 1e9F));
     EXPECT_TRUE(window.IsSilent());
@@ -65,14 +65,15 @@ TEST(AnalysisWindow, At8000HzEightyNewSamplesAnd48OldOnesCount) {
     EXPECT_FALSE(window.IsSilent());
 }
 
-TEST(AnalysisWindow, SquaresThatVanishInSinglePrecisionAreSilent) {
+TEST(AnalysisWindow, SquaresThatUnderflowInSinglePrecisionAreSilent) {
     Window window(32000);
-    EXPECT_TRUE(window.IsSilentWith(30, std::ldexp(1.0F, -75)));  // its square is a tie, to even: 0
+    EXPECT_TRUE(
+        window.IsSilentWith(30, std::ldexp(1.0F, -75)));  // its square rounds to even, which is 0
     EXPECT_TRUE(window.IsSilent());
     EXPECT_FALSE(window.IsSilentWith(30, std::nextafter(std::ldexp(1.0F, -75), 1.0F)));
 }
 
-TEST(AnalysisWindow, AResetForgetsEverything) {
+TEST(AnalysisWindow, AResetDropsAllSamples) {
     AnalysisWindow window;
     std::array<float, 160> loud;
     loud.fill(1.0F);

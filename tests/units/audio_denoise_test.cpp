@@ -6,6 +6,7 @@
 #include <cmath>
 #include <vector>
 
+#include "common/result_code.h"
 #include "support/bare_suppressor.h"
 #include "support/bytes.h"
 #include "support/seed.h"
@@ -18,12 +19,12 @@ constexpr int kFrame = 320;
 template <typename Sample>
 constexpr SampleFmt kFormat = std::is_same_v<Sample, short> ? SAMPLE_FMT_S16 : SAMPLE_FMT_FLT;
 
-/// What comes back for a block, with room for one frame more.
+/// The output of a block, in a buffer with 10 ms more.
 template <typename Sample>
 std::vector<Sample> Process(AudioDenoise& denoise, const std::vector<Sample>& block) {
     std::vector<Sample> out(block.size() + 2000, static_cast<Sample>(77));
     int size = ByteCount(block);
-    EXPECT_EQ(denoise.Process(BytesOf(block), BytesOf(out), size), 0);
+    EXPECT_EQ(denoise.Process(BytesOf(block), BytesOf(out), size), RESULT_OK);
     EXPECT_EQ(size % static_cast<int>(sizeof(Sample)), 0);
     out.resize(static_cast<std::size_t>(size) / sizeof(Sample));
     return out;
@@ -45,10 +46,10 @@ std::vector<Sample> Interleaved(const std::vector<Sample>& left, const std::vect
     return both;
 }
 
-TEST(AudioDenoise, Mono16BitAt32000HzIsByteForByteTheBareChain) {
+TEST(AudioDenoise, Mono16BitAt32000HzEqualsTheBareSuppressorByteForByte) {
     for (int level = 0; level < 4; ++level) {
         AudioDenoise denoise;
-        ASSERT_EQ(denoise.Init(32000, 1, SAMPLE_FMT_S16, level), 0);
+        ASSERT_EQ(denoise.Init(32000, 1, SAMPLE_FMT_S16, level), RESULT_OK);
         BareSuppressor bare(32000, level);
         const std::vector<short> in = Speech<short>(kFrame * 200);
         std::vector<short> expected(in.size());
@@ -59,14 +60,14 @@ TEST(AudioDenoise, Mono16BitAt32000HzIsByteForByteTheBareChain) {
     }
 }
 
-TEST(AudioDenoise, Mono100BytesSevenTimesReturn640BytesAtTheSeventh) {
+TEST(AudioDenoise, SevenCallsOf100BytesReturn640BytesAtTheSeventh) {
     AudioDenoise denoise;
-    ASSERT_EQ(denoise.Init(32000, 1, SAMPLE_FMT_S16, 3), 0);
+    ASSERT_EQ(denoise.Init(32000, 1, SAMPLE_FMT_S16, 3), RESULT_OK);
     const std::vector<short> block(50, 1000);
     std::vector<short> out(400);
     for (int call = 1; call <= 7; ++call) {
         int size = 100;
-        ASSERT_EQ(denoise.Process(BytesOf(block), BytesOf(out), size), 0);
+        ASSERT_EQ(denoise.Process(BytesOf(block), BytesOf(out), size), RESULT_OK);
         EXPECT_EQ(size, call < 7 ? 0 : 640) << "call " << call;
     }
     EXPECT_EQ(denoise.mBuffered, 30);
@@ -78,24 +79,25 @@ TEST(AudioDenoise, StereoOfAnOddNumberOfBytesIs3) {
     const std::vector<short> in(100);
     std::vector<short> out(1000, 77);
     int size = 101;
-    EXPECT_EQ(denoise.Process(BytesOf(in), BytesOf(out), size), 3);
+    EXPECT_EQ(denoise.Process(BytesOf(in), BytesOf(out), size), RESULT_INVALID);
     EXPECT_EQ(size, 101);
     EXPECT_EQ(out, std::vector<short>(1000, 77));
 }
 
-TEST(AudioDenoise, ThreeChannelsAreCopiedExactlyAndAnswer12) {
+TEST(AudioDenoise, ThreeChannelsAreCopiedExactlyAndReturn12) {
     AudioDenoise denoise;
     denoise.Init(32000, 3, SAMPLE_FMT_FLT, 3);
     std::vector<float> in = {0.5F, NAN, -INFINITY, 1e38F, -0.0F};
     std::vector<float> out(5);
-    int size = 19;  // not even whole samples
-    EXPECT_EQ(denoise.Process(BytesOf(in), BytesOf(out), size), 12);
+    int size = 19;  // not a multiple of the sample size
+    EXPECT_EQ(denoise.Process(BytesOf(in), BytesOf(out), size), RESULT_PASSED_THROUGH);
     EXPECT_EQ(size, 19);
     EXPECT_EQ(std::memcmp(in.data(), out.data(), 19), 0);
     EXPECT_NE(denoise.mNsL, nullptr);
     EXPECT_EQ(denoise.mInR, nullptr) << "only for stereo";
     denoise.Clear();
-    EXPECT_EQ(denoise.Process(BytesOf(in), BytesOf(out), size), 12) << "also when not initialised";
+    EXPECT_EQ(denoise.Process(BytesOf(in), BytesOf(out), size), RESULT_PASSED_THROUGH)
+        << "even when not initialised";
 }
 
 TEST(AudioDenoise, Config7OnStereoSetsLevel3OnBothChannelsAndIsTrue) {
@@ -138,7 +140,7 @@ TEST(AudioDenoise, ConfigBeforeInitAndAfterClearIsFalse) {
     EXPECT_FALSE(denoise.Config(1));
 }
 
-TEST(AudioDenoise, AMonoUnitThatWasStereoBeforeAnswersConfigAsAnyMonoUnit) {
+TEST(AudioDenoise, AMonoUnitThatWasStereoBeforeRejectsConfigLikeAnyMonoUnit) {
     AudioDenoise denoise;
     denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
     denoise.Init(32000, 1, SAMPLE_FMT_S16, 3);
@@ -146,18 +148,18 @@ TEST(AudioDenoise, AMonoUnitThatWasStereoBeforeAnswersConfigAsAnyMonoUnit) {
     EXPECT_EQ(denoise.mNsR, nullptr);
 }
 
-TEST(AudioDenoise, Format6SucceedsAndItsFramesComeFromTheUntouchedOutputBuffers) {
+TEST(AudioDenoise, Format6IsAcceptedAndItsOutputIsTheUntouchedOutputBuffer) {
     for (const SampleFmt fmt : {SAMPLE_FMT_S16P, SAMPLE_FMT_FLTP}) {
         for (const int channels : {1, 2}) {
             AudioDenoise denoise;
-            ASSERT_EQ(denoise.Init(32000, channels, fmt, 3), 0);
+            ASSERT_EQ(denoise.Init(32000, channels, fmt, 3), RESULT_OK);
             EXPECT_TRUE(denoise.IsInited());
             const int bytes = (fmt == SAMPLE_FMT_S16P ? 2 : 4) * channels;
             std::memset(denoise.mOutL.get(), 5, 320U * static_cast<std::size_t>(bytes / channels));
             std::vector<char> in(static_cast<std::size_t>(700 * bytes), 99);
             std::vector<char> out(in.size() + 4000, 7);
             int size = static_cast<int>(in.size());
-            EXPECT_EQ(denoise.Process(in.data(), out.data(), size), 0);
+            EXPECT_EQ(denoise.Process(in.data(), out.data(), size), RESULT_OK);
             ASSERT_EQ(size, 640 * bytes);
             const int width = bytes / channels;
             for (int i = 0; i < size; ++i) {
@@ -170,74 +172,78 @@ TEST(AudioDenoise, Format6SucceedsAndItsFramesComeFromTheUntouchedOutputBuffers)
 
 TEST(AudioDenoise, InitRefusesRatesAndChannelsBelow1AndOtherFormatsWith3) {
     AudioDenoise denoise;
-    EXPECT_EQ(denoise.Init(0, 1, SAMPLE_FMT_S16, 3), 3);
-    EXPECT_EQ(denoise.Init(-32000, 1, SAMPLE_FMT_S16, 3), 3);
-    EXPECT_EQ(denoise.Init(32000, 0, SAMPLE_FMT_S16, 3), 3);
-    EXPECT_EQ(denoise.Init(32000, -1, SAMPLE_FMT_S16, 3), 3);
+    EXPECT_EQ(denoise.Init(0, 1, SAMPLE_FMT_S16, 3), RESULT_INVALID);
+    EXPECT_EQ(denoise.Init(-32000, 1, SAMPLE_FMT_S16, 3), RESULT_INVALID);
+    EXPECT_EQ(denoise.Init(32000, 0, SAMPLE_FMT_S16, 3), RESULT_INVALID);
+    EXPECT_EQ(denoise.Init(32000, -1, SAMPLE_FMT_S16, 3), RESULT_INVALID);
     for (const int fmt : {-1, 0, 2, 4, 5, 7, 9, 10, -50}) {
-        EXPECT_EQ(denoise.Init(32000, 1, static_cast<SampleFmt>(fmt), 3), 3) << fmt;
+        EXPECT_EQ(denoise.Init(32000, 1, static_cast<SampleFmt>(fmt), 3), RESULT_INVALID) << fmt;
         EXPECT_FALSE(denoise.IsInited());
     }
 }
 
-TEST(AudioDenoise, AChannelWithoutItsSuppressorIsNotInitialised) {
+TEST(AudioDenoise, AChannelWithoutASuppressorReturns4) {
     std::vector<char> bytes(8);
     for (const int channels : {1, 2}) {
         AudioDenoise denoise;
         denoise.Init(32000, channels, SAMPLE_FMT_S16, 3);
         (channels == 1 ? denoise.mNsL : denoise.mNsR).reset();
         int size = 8;
-        EXPECT_EQ(denoise.Process(bytes.data(), bytes.data(), size), 4) << channels;
+        EXPECT_EQ(denoise.Process(bytes.data(), bytes.data(), size), RESULT_NOT_INITIALISED)
+            << channels;
     }
 }
 
 TEST(AudioDenoise, ARefusedInitIsNotInitialisedButKeepsItsChannels) {
     AudioDenoise denoise;
     denoise.Init(32000, 1, SAMPLE_FMT_S16, 3);
-    EXPECT_EQ(denoise.Init(0, 3, SAMPLE_FMT_S16, 3), 3);
+    EXPECT_EQ(denoise.Init(0, 3, SAMPLE_FMT_S16, 3), RESULT_INVALID);
     EXPECT_FALSE(denoise.IsInited());
     std::vector<char> bytes(3);
     int size = 3;
-    EXPECT_EQ(denoise.Process(bytes.data(), bytes.data(), size), 4) << "12 with three channels";
+    EXPECT_EQ(denoise.Process(bytes.data(), bytes.data(), size), RESULT_NOT_INITIALISED)
+        << "12 with three channels";
 }
 
-TEST(AudioDenoise, ChecksComeInTheOrderNullSizeChannelsAlignmentInitialised) {
+TEST(AudioDenoise, TheOrderOfChecksIsNullSizeChannelsAlignmentInitialised) {
     AudioDenoise denoise;
     std::vector<char> in(100);
     std::vector<char> out(4000);
     const auto code = [&](const char* from, char* to, int size) {
         return denoise.Process(from, to, size);
     };
-    EXPECT_EQ(code(nullptr, out.data(), 4), 2);
-    EXPECT_EQ(code(in.data(), nullptr, 4), 2);
-    EXPECT_EQ(code(in.data(), out.data(), 0), 2);
-    EXPECT_EQ(code(in.data(), out.data(), -4), 2);
-    EXPECT_EQ(code(in.data(), out.data(), 4), 4) << "before Init";
+    EXPECT_EQ(code(nullptr, out.data(), 4), RESULT_BAD_ARGUMENT);
+    EXPECT_EQ(code(in.data(), nullptr, 4), RESULT_BAD_ARGUMENT);
+    EXPECT_EQ(code(in.data(), out.data(), 0), RESULT_BAD_ARGUMENT);
+    EXPECT_EQ(code(in.data(), out.data(), -4), RESULT_BAD_ARGUMENT);
+    EXPECT_EQ(code(in.data(), out.data(), 4), RESULT_NOT_INITIALISED) << "before Init";
     denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
     denoise.Clear();
-    EXPECT_EQ(code(in.data(), out.data(), 3), 3) << "misaligned comes before not initialised";
-    EXPECT_EQ(code(in.data(), out.data(), 4), 4);
+    EXPECT_EQ(code(in.data(), out.data(), 3), RESULT_INVALID)
+        << "alignment is checked before initialisation";
+    EXPECT_EQ(code(in.data(), out.data(), 4), RESULT_NOT_INITIALISED);
     denoise.Init(32000, 5, SAMPLE_FMT_S16, 3);
-    EXPECT_EQ(code(in.data(), out.data(), 3), 12) << "many channels come before alignment";
-    EXPECT_EQ(code(nullptr, out.data(), 3), 2);
+    EXPECT_EQ(code(in.data(), out.data(), 3), RESULT_PASSED_THROUGH)
+        << "the channel count is checked before alignment";
+    EXPECT_EQ(code(nullptr, out.data(), 3), RESULT_BAD_ARGUMENT);
 }
 
-TEST(AudioDenoise, AlignmentIsAgainstChannelsOnlyAndARemainderOfBytesIsIgnored) {
+TEST(AudioDenoise, AlignmentIsCheckedAgainstTheChannelsOnlyAndALeftoverOfBytesIsIgnored) {
     AudioDenoise denoise;
     denoise.Init(32000, 2, SAMPLE_FMT_FLT, 3);
     const std::vector<char> in(100);
     std::vector<char> out(8000);
-    int size = 14;  // one frame of 8 bytes, and 6 more
-    EXPECT_EQ(denoise.Process(in.data(), out.data(), size), 0);
+    int size = 14;  // one stereo frame of 8 bytes and 6 more bytes
+    EXPECT_EQ(denoise.Process(in.data(), out.data(), size), RESULT_OK);
     EXPECT_EQ(size, 0);
     EXPECT_EQ(denoise.mBuffered, 1);
     size = 6;  // no whole sample
-    EXPECT_EQ(denoise.Process(in.data(), out.data(), size), 0);
+    EXPECT_EQ(denoise.Process(in.data(), out.data(), size), RESULT_OK);
     EXPECT_EQ(size, 0);
     EXPECT_EQ(denoise.mBuffered, 1);
 }
 
-TEST(AudioDenoise, ACallCanReturnMoreThanItIsGivenByUpToOneSampleShortOfAFrame) {
+TEST(AudioDenoise, ACallCanReturnUpTo319SamplesMoreThanItTakes) {
     AudioDenoise denoise;
     denoise.Init(32000, 1, SAMPLE_FMT_S16, 3);
     EXPECT_EQ(Process(denoise, std::vector<short>(319)).size(), 0U);
@@ -271,16 +277,16 @@ void ChunksDoNotMatter(int channels) {
     }
 }
 
-TEST(AudioDenoise, TheOutputDoesNotDependOnTheBlocksOfMono16Bit) {
+TEST(AudioDenoise, TheOutputDoesNotDependOnTheBlockSizesOfMono16Bit) {
     ChunksDoNotMatter<short>(1);
 }
-TEST(AudioDenoise, TheOutputDoesNotDependOnTheBlocksOfStereo16Bit) {
+TEST(AudioDenoise, TheOutputDoesNotDependOnTheBlockSizesOfStereo16Bit) {
     ChunksDoNotMatter<short>(2);
 }
-TEST(AudioDenoise, TheOutputDoesNotDependOnTheBlocksOfMonoFloat) {
+TEST(AudioDenoise, TheOutputDoesNotDependOnTheBlockSizesOfMonoFloat) {
     ChunksDoNotMatter<float>(1);
 }
-TEST(AudioDenoise, TheOutputDoesNotDependOnTheBlocksOfStereoFloat) {
+TEST(AudioDenoise, TheOutputDoesNotDependOnTheBlockSizesOfStereoFloat) {
     ChunksDoNotMatter<float>(2);
 }
 
@@ -303,11 +309,11 @@ TEST(AudioDenoise, StereoIsTwoMonoStreams) {
     StereoIsTwoMonos<float>();
 }
 
-TEST(AudioDenoise, At8000And16000HzAFrameHolds80Or160FreshSamplesAndZeros) {
+TEST(AudioDenoise, At8000And16000HzABlockHolds80Or160NewSamplesAndZeros) {
     for (const int rate : {8000, 16000}) {
         const auto fresh = static_cast<std::size_t>(rate / 100);
         AudioDenoise denoise;
-        ASSERT_EQ(denoise.Init(rate, 1, SAMPLE_FMT_S16, 3), 0);
+        ASSERT_EQ(denoise.Init(rate, 1, SAMPLE_FMT_S16, 3), RESULT_OK);
         BareSuppressor bare(rate, 3);
         const std::vector<short> in = Speech<short>(static_cast<int>(fresh) * 100);
         std::vector<short> expected;
@@ -322,16 +328,16 @@ TEST(AudioDenoise, At8000And16000HzAFrameHolds80Or160FreshSamplesAndZeros) {
     }
 }
 
-TEST(AudioDenoise, ARateThatTheSuppressorRefusesComesOutAsSilenceInWholeFrames) {
+TEST(AudioDenoise, ARateThatTheSuppressorRefusesComesOutAsSilenceInBlocksOf10Ms) {
     for (const int rate : {100, 11025, 22050, 31999, 32001, 44100, 48000, 96000, 1000000}) {
         for (const int channels : {1, 2}) {
             AudioDenoise denoise;
-            ASSERT_EQ(denoise.Init(rate, channels, SAMPLE_FMT_S16, 3), 0);
+            ASSERT_EQ(denoise.Init(rate, channels, SAMPLE_FMT_S16, 3), RESULT_OK);
             const auto frame = static_cast<std::size_t>(rate / 100 * channels);
             const std::vector<short> in(frame * 3 + static_cast<std::size_t>(channels), 1000);
             std::vector<short> out(in.size() + frame, 77);
             int size = ByteCount(in);
-            ASSERT_EQ(denoise.Process(BytesOf(in), BytesOf(out), size), 0);
+            ASSERT_EQ(denoise.Process(BytesOf(in), BytesOf(out), size), RESULT_OK);
             ASSERT_EQ(size, static_cast<int>(frame * 3 * sizeof(short)) +
                                 (rate == 100 ? 2 * channels : 0))
                 << rate;
@@ -342,30 +348,41 @@ TEST(AudioDenoise, ARateThatTheSuppressorRefusesComesOutAsSilenceInWholeFrames) 
     }
 }
 
-TEST(AudioDenoise, ABlockWhoseFramesAnIntCannotCountIs2) {
+TEST(AudioDenoise, ABlockWhoseOutputSizeOverflowsAnIntReturns2) {
     AudioDenoise denoise;
     denoise.Init(32000, 1, SAMPLE_FMT_S16, 3);
     Process(denoise, std::vector<short>(319));
     char byte = 0;
     int size = INT32_MAX - 600;  // nothing is read
-    EXPECT_EQ(denoise.Process(&byte, &byte, size), 2);
+    EXPECT_EQ(denoise.Process(&byte, &byte, size), RESULT_BAD_ARGUMENT);
     EXPECT_EQ(size, INT32_MAX - 600);
     EXPECT_EQ(denoise.mBuffered, 319);
 }
 
-TEST(AudioDenoise, TheHighestRateTakesNoMoreMemoryThanAnyOther) {
+TEST(AudioDenoise, TheHighestRateAllocatesNoMoreThanAnyOther) {
     AudioDenoise denoise;
-    ASSERT_EQ(denoise.Init(INT32_MAX, 2, SAMPLE_FMT_FLT, 3), 0);
+    ASSERT_EQ(denoise.Init(INT32_MAX, 2, SAMPLE_FMT_FLT, 3), RESULT_OK);
     EXPECT_EQ(denoise.mFrameLen, 21474836);
     EXPECT_EQ(Process(denoise, std::vector<float>(2000, 0.5F)).size(), 0U);
     EXPECT_EQ(denoise.mBuffered, 1000);
     EXPECT_TRUE(denoise.Reset());
 }
 
-TEST(AudioDenoise, ARateBelow100HzHasEmptyFramesAndReturnsNothing) {
+TEST(AudioDenoise, At48000HzSamplesBeyondABlockOf320AreNotStored) {
+    AudioDenoise denoise;
+    ASSERT_EQ(denoise.Init(48000, 1, SAMPLE_FMT_S16, 3), RESULT_OK);
+    denoise.mInL = std::make_unique<char[]>(2 * 960);
+    std::memset(denoise.mInL.get() + 2 * 320, 0x55, 2 * 640);
+    Process(denoise, std::vector<short>(300, 1000));
+    Process(denoise, std::vector<short>(180, 1000));
+    EXPECT_EQ(denoise.mBuffered, 0) << "480 samples are 10 ms";
+    EXPECT_EQ(std::count(denoise.mInL.get() + 2 * 320, denoise.mInL.get() + 2 * 960, 0x55), 1280);
+}
+
+TEST(AudioDenoise, ARateBelow100HzHasEmptyBlocksAndReturnsNothing) {
     for (const int rate : {1, 50, 99}) {
         AudioDenoise denoise;
-        ASSERT_EQ(denoise.Init(rate, 2, SAMPLE_FMT_FLT, 3), 0);
+        ASSERT_EQ(denoise.Init(rate, 2, SAMPLE_FMT_FLT, 3), RESULT_OK);
         EXPECT_EQ(Process(denoise, std::vector<float>(1000, 0.5F)).size(), 0U) << rate;
         EXPECT_EQ(denoise.mBuffered, 0);
     }
@@ -374,13 +391,13 @@ TEST(AudioDenoise, ARateBelow100HzHasEmptyFramesAndReturnsNothing) {
 TEST(AudioDenoise, ALevelThatTheSuppressorRefusesComesOutAsSilence) {
     for (const int level : {4, 100, -1}) {
         AudioDenoise denoise;
-        ASSERT_EQ(denoise.Init(32000, 1, SAMPLE_FMT_S16, level), 0);
+        ASSERT_EQ(denoise.Init(32000, 1, SAMPLE_FMT_S16, level), RESULT_OK);
         EXPECT_EQ(Process(denoise, std::vector<short>(640, 1000)), std::vector<short>(640));
         EXPECT_FALSE(denoise.Config(3)) << "there is no suppressor";
     }
 }
 
-TEST(AudioDenoise, AnInitWithoutClearStartsAStreamAnew) {
+TEST(AudioDenoise, ASecondInitWithoutClearRestartsTheStream) {
     const std::vector<short> in = Speech<short>(kFrame * 20);
     AudioDenoise reused;
     reused.Init(32000, 2, SAMPLE_FMT_FLT, 1);
@@ -391,7 +408,7 @@ TEST(AudioDenoise, AnInitWithoutClearStartsAStreamAnew) {
     EXPECT_EQ(Process(reused, in), Process(fresh, in));
 }
 
-TEST(AudioDenoise, ResetDropsWhatWaitsAndSilencesTheFiltersButKeepsTheNoiseEstimate) {
+TEST(AudioDenoise, ResetDropsBufferedSamplesAndZeroesTheFiltersButKeepsTheNoiseEstimate) {
     const std::vector<short> in = Speech<short>(kFrame * 20);
     AudioDenoise denoise;
     denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
@@ -438,11 +455,11 @@ TEST(AudioDenoise, ClearReleasesEverythingAndInitStartsAgain) {
     EXPECT_EQ(denoise.mNsL, nullptr);
     EXPECT_EQ(denoise.mNsR, nullptr);
     EXPECT_TRUE(denoise.Clear());
-    EXPECT_EQ(denoise.Init(32000, 1, SAMPLE_FMT_S16, 3), 0);
+    EXPECT_EQ(denoise.Init(32000, 1, SAMPLE_FMT_S16, 3), RESULT_OK);
     EXPECT_EQ(denoise.mNsR, nullptr);
 }
 
-TEST(AudioDenoise, TheFrameBuffersOfANewStreamAreZeros) {
+TEST(AudioDenoise, TheBlockBuffersOfANewStreamAreZeros) {
     AudioDenoise denoise;
     denoise.Init(32000, 2, SAMPLE_FMT_FLT, 3);
     const std::vector<char> silence(1280);
@@ -451,12 +468,12 @@ TEST(AudioDenoise, TheFrameBuffersOfANewStreamAreZeros) {
     }
 }
 
-TEST(AudioDenoise, SplitLRAppendsAtTheWaitingSamples) {
+TEST(AudioDenoise, SplitLRAppendsToTheBufferedSamples) {
     AudioDenoise denoise;
     denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
     short frames[6] = {1, -1, 2, -2, 3, -3};
-    EXPECT_EQ(denoise.SplitLR(reinterpret_cast<char*>(frames), 1), 0);
-    EXPECT_EQ(denoise.SplitLR(reinterpret_cast<char*>(frames + 2), 2), 0);
+    EXPECT_EQ(denoise.SplitLR(reinterpret_cast<char*>(frames), 1), RESULT_OK);
+    EXPECT_EQ(denoise.SplitLR(reinterpret_cast<char*>(frames + 2), 2), RESULT_OK);
     EXPECT_EQ(denoise.mBuffered, 3);
     const short left[3] = {1, 2, 3};
     const short right[3] = {-1, -2, -3};
@@ -464,62 +481,62 @@ TEST(AudioDenoise, SplitLRAppendsAtTheWaitingSamples) {
     EXPECT_EQ(std::memcmp(denoise.mInR.get(), right, 6), 0);
 }
 
-TEST(AudioDenoise, SplitLROfAnotherFormatCopiesNothingButStillCounts) {
+TEST(AudioDenoise, SplitLROfAnUnknownFormatCopiesNothingButCountsTheSamples) {
     AudioDenoise denoise;
     denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
     denoise.mFmt = SAMPLE_FMT_S32;
     int frames[4] = {1, 2, 3, 4};
-    EXPECT_EQ(denoise.SplitLR(reinterpret_cast<char*>(frames), 2), 0);
+    EXPECT_EQ(denoise.SplitLR(reinterpret_cast<char*>(frames), 2), RESULT_OK);
     EXPECT_EQ(denoise.mBuffered, 2);
     EXPECT_EQ(std::memcmp(denoise.mInL.get(), std::vector<char>(640).data(), 640), 0);
 }
 
-TEST(AudioDenoise, SplitLROfPlanarFormatsCopiesAllTheSame) {
+TEST(AudioDenoise, SplitLROfPlanarFormatsCopiesAsIfInterleaved) {
     for (const SampleFmt fmt : {SAMPLE_FMT_S16P, SAMPLE_FMT_FLTP}) {
         AudioDenoise denoise;
         denoise.Init(32000, 2, fmt, 3);
         char frames[8] = {1, 2, 3, 4, 5, 6, 7, 8};
-        EXPECT_EQ(denoise.SplitLR(frames, 1), 0);
+        EXPECT_EQ(denoise.SplitLR(frames, 1), RESULT_OK);
         EXPECT_EQ(denoise.mInL[0], 1);
         EXPECT_EQ(denoise.mInR[0], fmt == SAMPLE_FMT_S16P ? 3 : 5);
     }
 }
 
-TEST(AudioDenoise, SplitLRStaysInsideTheFrameBuffersAndAnyBlockAfterItToo) {
+TEST(AudioDenoise, SplitLRAndLaterBlocksStayInsideTheBlockBuffers) {
     AudioDenoise denoise;
     denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
     std::vector<short> frames(2000, 1000);
-    EXPECT_EQ(denoise.SplitLR(BytesOf(frames), 300), 0);
-    EXPECT_EQ(denoise.SplitLR(BytesOf(frames), 700), 0) << "20 of them fit";
+    EXPECT_EQ(denoise.SplitLR(BytesOf(frames), 300), RESULT_OK);
+    EXPECT_EQ(denoise.SplitLR(BytesOf(frames), 700), RESULT_OK) << "20 of them fit";
     EXPECT_EQ(denoise.mBuffered, 1000);
-    EXPECT_EQ(denoise.SplitLR(BytesOf(frames), 1), 0);
+    EXPECT_EQ(denoise.SplitLR(BytesOf(frames), 1), RESULT_OK);
     EXPECT_EQ(Process(denoise, std::vector<short>(100)).size(), 640U);
     EXPECT_LE(denoise.mBuffered, 320);
     EXPECT_EQ(denoise.Reset(), true);
-    EXPECT_EQ(denoise.SplitLR(BytesOf(frames), -400), 0) << "none";
+    EXPECT_EQ(denoise.SplitLR(BytesOf(frames), -400), RESULT_OK) << "none";
     EXPECT_EQ(denoise.mBuffered, 0);
     AudioDenoise fresh;
-    EXPECT_EQ(fresh.SplitLR(BytesOf(frames), 10), 0);
+    EXPECT_EQ(fresh.SplitLR(BytesOf(frames), 10), RESULT_OK);
     EXPECT_EQ(fresh.mBuffered, 10);
 }
 
-TEST(AudioDenoise, CombineLRInterleavesTheProcessedFrames) {
+TEST(AudioDenoise, CombineLRInterleavesTheProcessedBlocks) {
     AudioDenoise denoise;
     denoise.Init(32000, 2, SAMPLE_FMT_FLT, 3);
     reinterpret_cast<float*>(denoise.mOutL.get())[1] = 0.5F;
     reinterpret_cast<float*>(denoise.mOutR.get())[1] = -0.5F;
     float out[5] = {9, 9, 9, 9, 9};
-    EXPECT_EQ(denoise.CombineLR(reinterpret_cast<char*>(out), 2), 0);
+    EXPECT_EQ(denoise.CombineLR(reinterpret_cast<char*>(out), 2), RESULT_OK);
     EXPECT_EQ(std::vector<float>(out, out + 5), (std::vector<float>{0, 0, 0.5F, -0.5F, 9}));
     std::vector<float> all(800, 9.0F);
-    EXPECT_EQ(denoise.CombineLR(BytesOf(all), 400), 0);
+    EXPECT_EQ(denoise.CombineLR(BytesOf(all), 400), RESULT_OK);
     EXPECT_EQ(all[639], 0.0F);
-    EXPECT_EQ(all[640], 9.0F) << "a frame holds no more";
+    EXPECT_EQ(all[640], 9.0F) << "a block holds 320 samples";
     AudioDenoise fresh;
-    EXPECT_EQ(fresh.CombineLR(reinterpret_cast<char*>(out), 2), 0);
+    EXPECT_EQ(fresh.CombineLR(reinterpret_cast<char*>(out), 2), RESULT_OK);
 }
 
-TEST(AudioDenoise, BlocksAtOddAddressesAreProcessedAsAnyOther) {
+TEST(AudioDenoise, BlocksAtOddAddressesGiveTheSameOutput) {
     const std::vector<short> in = Speech<short>(kFrame * 4);
     AudioDenoise denoise;
     AudioDenoise twin;
@@ -529,7 +546,7 @@ TEST(AudioDenoise, BlocksAtOddAddressesAreProcessedAsAnyOther) {
     std::vector<char> out(bytes.size() + 2000);
     std::memcpy(bytes.data() + 1, in.data(), in.size() * 2);
     int size = ByteCount(in);
-    ASSERT_EQ(denoise.Process(bytes.data() + 1, out.data() + 1, size), 0);
+    ASSERT_EQ(denoise.Process(bytes.data() + 1, out.data() + 1, size), RESULT_OK);
     const std::vector<short> expected = Process(twin, in);
     ASSERT_EQ(size, ByteCount(expected));
     EXPECT_EQ(std::memcmp(out.data() + 1, expected.data(), static_cast<std::size_t>(size)), 0);

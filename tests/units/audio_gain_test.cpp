@@ -5,6 +5,7 @@
 #include <cmath>
 #include <vector>
 
+#include "common/result_code.h"
 #include "support/bytes.h"
 #include "units/gain_curve.h"
 
@@ -14,13 +15,13 @@ namespace {
 
 AudioGain Ready(SampleFmt fmt) {
     AudioGain gain;
-    EXPECT_EQ(gain.Init(fmt), 0);
+    EXPECT_EQ(gain.Init(fmt), RESULT_OK);
     return gain;
 }
 
 template <typename Sample>
 std::vector<Sample> Processed(AudioGain& gain, std::vector<Sample> samples) {
-    EXPECT_EQ(gain.Process(BytesOf(samples), ByteCount(samples)), 0);
+    EXPECT_EQ(gain.Process(BytesOf(samples), ByteCount(samples)), RESULT_OK);
     return samples;
 }
 
@@ -43,25 +44,25 @@ TEST(AudioGain, InitTakes1And6As16BitAnd3And8AsFloat) {
     EXPECT_EQ(Ready(SAMPLE_FMT_FLTP).mFmt, 3);
 }
 
-TEST(AudioGain, InitRefusesEveryOtherFormatWith3AndKeepsTheEarlierKindAndGain) {
+TEST(AudioGain, InitRefusesEveryOtherFormatWith3AndKeepsTheEarlierFormatAndGain) {
     for (const int fmt : {-1, 0, 2, 4, 5, 7, 9, 10, -100, 1000}) {
         AudioGain gain = Ready(SAMPLE_FMT_FLT);
         gain.SetGain(0.25F);
-        EXPECT_EQ(gain.Init(static_cast<SampleFmt>(fmt)), 3) << fmt;
+        EXPECT_EQ(gain.Init(static_cast<SampleFmt>(fmt)), RESULT_INVALID) << fmt;
         EXPECT_FALSE(gain.IsInited());
         EXPECT_EQ(gain.mFmt, 3);
         EXPECT_EQ(gain.mGain, 0.25F);
     }
 }
 
-TEST(AudioGain, InitPutsTheGainBackTo0_8) {
+TEST(AudioGain, InitResetsTheGainTo0_8) {
     AudioGain gain;
     gain.SetGain(0.1F);
     gain.Init(SAMPLE_FMT_S16);
     EXPECT_EQ(gain.mGain, 0.8F);
 }
 
-TEST(AudioGain, ClearLeavesGain0AndNoKind) {
+TEST(AudioGain, ClearLeavesGain0AndNoFormat) {
     AudioGain gain = Ready(SAMPLE_FMT_S16);
     EXPECT_TRUE(gain.Clear());
     EXPECT_FALSE(gain.IsInited());
@@ -69,7 +70,7 @@ TEST(AudioGain, ClearLeavesGain0AndNoKind) {
     EXPECT_EQ(gain.mFmt, -1);
 }
 
-TEST(AudioGain, SetGainClampsTo0To1AndTakesNaNAs0) {
+TEST(AudioGain, SetGainClampsTo0To1AndStoresNaNAs0) {
     AudioGain gain;
     const auto stored = [&gain](float g) {
         EXPECT_TRUE(gain.SetGain(g));
@@ -100,10 +101,10 @@ TEST(AudioGain, AClearedUnitLeavesTheBufferBitIdenticalThroughTheThreeArgumentPr
     AudioGain gain = Ready(SAMPLE_FMT_S16);
     gain.Clear();
     std::vector<short> samples = kSomeS16;
-    EXPECT_EQ(gain.Process(BytesOf(samples), ByteCount(samples), SAMPLE_FMT_S16), 0);
+    EXPECT_EQ(gain.Process(BytesOf(samples), ByteCount(samples), SAMPLE_FMT_S16), RESULT_OK);
     EXPECT_EQ(samples, kSomeS16);
     std::vector<float> floats = kSomeFloat;
-    EXPECT_EQ(gain.Process(BytesOf(floats), ByteCount(floats), SAMPLE_FMT_FLT), 0);
+    EXPECT_EQ(gain.Process(BytesOf(floats), ByteCount(floats), SAMPLE_FMT_FLT), RESULT_OK);
     EXPECT_TRUE(SameBits(floats, kSomeFloat));
 }
 
@@ -118,7 +119,7 @@ TEST(AudioGain, TheDefaultGainMapsFullScale32767To32744AndMinus32768NoLowerThanI
     AudioGain gain = Ready(SAMPLE_FMT_S16);
     const std::vector<short> mapped = Processed(gain, std::vector<short>{32767, -32768});
     EXPECT_EQ(mapped[0], 32744);
-    // (-32768 + 9830) * 438 - 9830 * 2389 = -33530714, over 1024 and down.
+    // (-32768 + 9830) * 438 - 9830 * 2389 = -33530714, shifted right by 10.
     EXPECT_EQ(mapped[1], -32745);
 }
 
@@ -128,100 +129,100 @@ TEST(AudioGain, FloatInputBeyondFullScaleIsClampedToExactly1) {
               (std::vector<float>{1, -1, 1}));
 }
 
-TEST(AudioGain, ThreeBytesOn16BitsAreOneSampleAndTheLastByteIsLeftAlone) {
+TEST(AudioGain, ThreeBytesOf16BitAreOneSampleAndTheLastByteIsUnchanged) {
     AudioGain gain = Ready(SAMPLE_FMT_S16);
     std::vector<short> samples = {1000, 1000};
-    EXPECT_EQ(gain.Process(BytesOf(samples), 3), 0);
+    EXPECT_EQ(gain.Process(BytesOf(samples), 3), RESULT_OK);
     EXPECT_EQ(samples, (std::vector<short>{1000 * 2389 >> 10, 1000}));
     std::vector<float> floats = {0.1F, 0.1F};
     AudioGain flt = Ready(SAMPLE_FMT_FLT);
-    EXPECT_EQ(flt.Process(BytesOf(floats), 7), 0);
+    EXPECT_EQ(flt.Process(BytesOf(floats), 7), RESULT_OK);
     EXPECT_NE(floats[0], 0.1F);
     EXPECT_EQ(floats[1], 0.1F);
 }
 
-TEST(AudioGain, SmallerThanASampleIsNothingAndSucceeds) {
+TEST(AudioGain, ASizeBelowOneSampleChangesNothingAndReturns0) {
     AudioGain gain = Ready(SAMPLE_FMT_S16);
     char byte = 77;
-    EXPECT_EQ(gain.Process(&byte, 1), 0);
+    EXPECT_EQ(gain.Process(&byte, 1), RESULT_OK);
     EXPECT_EQ(byte, 77);
 }
 
-TEST(AudioGain, ThreeArgumentProcessWithAPlanarFormatAnswers11AndLeavesTheBuffer) {
+TEST(AudioGain, ThreeArgumentProcessOfAPlanarFormatReturns11AndLeavesTheBuffer) {
     AudioGain gain = Ready(SAMPLE_FMT_S16P);
     for (const int fmt : {6, 8, -1, 0, 2, 4, 5, 7, 9, 100}) {
         std::vector<short> samples = kSomeS16;
         EXPECT_EQ(gain.Process(BytesOf(samples), ByteCount(samples), static_cast<SampleFmt>(fmt)),
-                  11)
+                  RESULT_UNSUPPORTED_FORMAT)
             << fmt;
         EXPECT_EQ(samples, kSomeS16);
     }
 }
 
-TEST(AudioGain, ThreeArgumentProcessNeedsNoInitAndGoesByItsOwnKind) {
+TEST(AudioGain, ThreeArgumentProcessNeedsNoInitAndUsesItsOwnFormat) {
     AudioGain fresh;  // gain 0.8
     std::vector<short> samples = {1000};
-    EXPECT_EQ(fresh.Process(BytesOf(samples), 2, SAMPLE_FMT_S16), 0);
+    EXPECT_EQ(fresh.Process(BytesOf(samples), 2, SAMPLE_FMT_S16), RESULT_OK);
     EXPECT_EQ(samples[0], 1000 * 2389 >> 10);
     AudioGain flt = Ready(SAMPLE_FMT_FLT);
     samples = {1000};
-    EXPECT_EQ(flt.Process(BytesOf(samples), 2, SAMPLE_FMT_S16), 0);
+    EXPECT_EQ(flt.Process(BytesOf(samples), 2, SAMPLE_FMT_S16), RESULT_OK);
     EXPECT_EQ(samples[0], 1000 * 2389 >> 10);
 }
 
-TEST(AudioGain, ThreeArgumentProcessOfNothingTouchesNothing) {
+TEST(AudioGain, ThreeArgumentProcessOfNoBytesChangesNothing) {
     AudioGain gain;
     short sample = 1000;
     const char* bytes = reinterpret_cast<const char*>(&sample);
     for (const int size : {0, 1, -1, -2, -1000, INT32_MIN}) {
-        EXPECT_EQ(gain.Process(bytes, size, SAMPLE_FMT_S16), 0) << size;
-        EXPECT_EQ(gain.Process(bytes, size, SAMPLE_FMT_FLT), 0) << size;
+        EXPECT_EQ(gain.Process(bytes, size, SAMPLE_FMT_S16), RESULT_OK) << size;
+        EXPECT_EQ(gain.Process(bytes, size, SAMPLE_FMT_FLT), RESULT_OK) << size;
     }
-    EXPECT_EQ(gain.Process(nullptr, 8, SAMPLE_FMT_FLT), 0);
+    EXPECT_EQ(gain.Process(nullptr, 8, SAMPLE_FMT_FLT), RESULT_OK);
     EXPECT_EQ(sample, 1000);
 }
 
-TEST(AudioGain, ABadArgumentIs2BeforeNotInitialisedIs4) {
+TEST(AudioGain, ABadArgumentReturns2BeforeNotInitialisedReturns4) {
     AudioGain gain;
     short sample = 5;
     const char* bytes = reinterpret_cast<const char*>(&sample);
-    EXPECT_EQ(gain.Process(nullptr, 2), 2);
-    EXPECT_EQ(gain.Process(bytes, 0), 2);
-    EXPECT_EQ(gain.Process(bytes, -2), 2);
-    EXPECT_EQ(gain.Process(bytes, 2), 4);
+    EXPECT_EQ(gain.Process(nullptr, 2), RESULT_BAD_ARGUMENT);
+    EXPECT_EQ(gain.Process(bytes, 0), RESULT_BAD_ARGUMENT);
+    EXPECT_EQ(gain.Process(bytes, -2), RESULT_BAD_ARGUMENT);
+    EXPECT_EQ(gain.Process(bytes, 2), RESULT_NOT_INITIALISED);
     gain.Init(SAMPLE_FMT_S16);
-    EXPECT_EQ(gain.Process(nullptr, 2), 2);
-    EXPECT_EQ(gain.Process(bytes, 0), 2);
-    EXPECT_EQ(gain.Process(bytes, 2), 0);
+    EXPECT_EQ(gain.Process(nullptr, 2), RESULT_BAD_ARGUMENT);
+    EXPECT_EQ(gain.Process(bytes, 0), RESULT_BAD_ARGUMENT);
+    EXPECT_EQ(gain.Process(bytes, 2), RESULT_OK);
 }
 
-TEST(AudioGain, AnInitialisedUnitOfNoKnownKindLeavesTheBufferAndAnswers0) {
+TEST(AudioGain, AnInitialisedUnitWithoutAFormatLeavesTheBufferAndReturns0) {
     AudioGain gain = Ready(SAMPLE_FMT_S16);
     gain.mFmt = -1;
     EXPECT_EQ(Processed(gain, kSomeS16), kSomeS16);
 }
 
-TEST(AudioGain, ABlockAtAnOddAddressIsMappedAsAnyOther) {
+TEST(AudioGain, ABlockAtAnOddAddressIsMappedLikeAnyOther) {
     AudioGain gain = Ready(SAMPLE_FMT_S16);
     const std::vector<short> expected = Processed(gain, kSomeS16);
     std::vector<char> bytes(1 + kSomeS16.size() * sizeof(short));
     std::memcpy(bytes.data() + 1, kSomeS16.data(), bytes.size() - 1);
-    EXPECT_EQ(gain.Process(bytes.data() + 1, static_cast<int>(bytes.size()) - 1), 0);
+    EXPECT_EQ(gain.Process(bytes.data() + 1, static_cast<int>(bytes.size()) - 1), RESULT_OK);
     EXPECT_EQ(std::memcmp(bytes.data() + 1, expected.data(), bytes.size() - 1), 0);
 }
 
-TEST(AudioGain, TheAlternativeCurveIsReachedThroughItsPrivateOperations) {
+TEST(AudioGain, TheAlternativeCurveIsAvailableThroughPrivateOperations) {
     AudioGain gain;
     gain.SetGain(0.75F);
     float sample = 0.375F;
-    EXPECT_EQ(gain.ProcessCore(&sample, 4), 0);
+    EXPECT_EQ(gain.ProcessCore(&sample, 4), RESULT_OK);
     EXPECT_EQ(sample, 0.625F);
     short value = 100;
-    EXPECT_EQ(gain.ProcessCore(&value, 2), 0);
+    EXPECT_EQ(gain.ProcessCore(&value, 2), RESULT_OK);
     EXPECT_EQ(value, 200);
     gain.SetGain(0.0F);
-    EXPECT_EQ(gain.ProcessCore(&sample, 4), 0);
-    EXPECT_EQ(gain.ProcessCore(&value, 2), 0);
+    EXPECT_EQ(gain.ProcessCore(&sample, 4), RESULT_OK);
+    EXPECT_EQ(gain.ProcessCore(&value, 2), RESULT_OK);
     EXPECT_EQ(sample, 0.625F);
     EXPECT_EQ(value, 200);
 }

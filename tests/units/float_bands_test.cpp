@@ -13,7 +13,7 @@ using namespace audio_filter::internal;
 
 namespace {
 
-/// One all-pass section in plain words: `previousIn` and `previousOut` are its memory.
+/// One all-pass section; `previousIn` and `previousOut` are its memory.
 std::vector<double> Section(const std::vector<double>& x, double c, double& previousIn,
                             double& previousOut) {
     std::vector<double> y(x.size());
@@ -78,7 +78,7 @@ std::vector<float> PlainMerge(const Bands& bands, double* m1, double* m2) {
     return out;
 }
 
-TEST(FloatBands, SplitAndMergeFollowThePlainModelToTheBitOverManyFrames) {
+TEST(FloatBands, SplitAndMergeFollowThePlainModelToTheBitOverManyBlocks) {
     std::mt19937 random = SeededRandom();
     std::array<std::array<double, 6>, 4> m = {};
     std::array<std::array<double, 6>, 4> plain = {};
@@ -101,7 +101,7 @@ TEST(FloatBands, SplitAndMergeFollowThePlainModelToTheBitOverManyFrames) {
     }
 }
 
-TEST(FloatBands, AFrameOfZerosGivesZerosAndLeavesAllMemoriesAtZero) {
+TEST(FloatBands, ABlockOfZerosGivesZerosAndLeavesAllMemoriesAtZero) {
     std::array<std::array<double, 6>, 4> m = {};
     const std::vector<float> zeros(320);
     Bands bands;
@@ -116,7 +116,8 @@ TEST(FloatBands, AFrameOfZerosGivesZerosAndLeavesAllMemoriesAtZero) {
 
 TEST(FloatBands, OddSamplesGoThroughSetAAndEvenOnesThroughSetB) {
     std::vector<float> in(320);
-    in[1] = 1.0F;  // an impulse in branch 1: the first value out is the product of set A
+    in[1] =
+        1.0F;  // an impulse in branch 1: the first output is the product of the coefficients of set A
     Bands bands;
     std::array<double, 6> m1 = {};
     std::array<double, 6> m2 = {};
@@ -167,7 +168,7 @@ TEST(FloatBands, TheLargestFloatsAreBoundedAt3_4e38) {
     }
 }
 
-TEST(FloatBands, SplitAndMergeTogetherKeepTheLevelOfASine) {
+TEST(FloatBands, SplitThenMergeKeepsTheLevelOfASine) {
     std::array<std::array<double, 6>, 4> m = {};
     double in = 0.0;
     double out = 0.0;

@@ -73,7 +73,7 @@ TEST(GainCurveS16, TheDefaultGainMapsMinus1ToMinus3And1To2) {
     EXPECT_EQ(mapped[32768 + 1], 2);
 }
 
-TEST(GainCurveS16, IsOddUpToTheShiftAndNeverFallsAndStaysInRange) {
+TEST(GainCurveS16, IsOddUpToTheShiftMonotonicAndInRange) {
     for (int number = 0; number < kGains; ++number) {
         const std::vector<short> mapped = MappedS16(GainNumber(number));
         for (int x = 1; x <= 32767; ++x) {
@@ -105,7 +105,7 @@ TEST(GainCurveFloat, FollowsThePlainModelToTheBitAt33Gains) {
     }
 }
 
-TEST(GainCurveFloat, TheDefaultGainHasKnee0_3AndAnOffsetThatIsTheRoundedProduct) {
+TEST(GainCurveFloat, TheDefaultGainHasKnee0_3AndTheRoundedProductAsOffset) {
     const GainCurveFloat curve = MakeGainCurveFloat(0.8F);
     EXPECT_EQ(curve.knee, 0.3F);
     EXPECT_EQ(curve.innerSlope, (1.0F - 0.3F) / 0.3F);
@@ -122,7 +122,7 @@ TEST(GainCurveFloat, TheOffsetIsNotAlwaysOneMinusTheKnee) {
     EXPECT_GT(different, 0);
 }
 
-TEST(GainCurveFloat, TheKneeItselfTakesTheInnerSlope) {
+TEST(GainCurveFloat, AtTheKneeTheInnerSlopeApplies) {
     const GainCurveFloat curve = MakeGainCurveFloat(0.37F);
     const std::vector<float> mapped = MappedFloat(0.37F, {curve.knee, -curve.knee});
     EXPECT_EQ(mapped[0], curve.knee * curve.innerSlope);
@@ -145,7 +145,7 @@ TEST(GainCurveFloat, NaNComesOutAsMinus1AndInfinitiesAsFullScale) {
     EXPECT_EQ(MappedFloat(0.8F, {NAN, infinity, -infinity}), (std::vector<float>{-1, 1, -1}));
 }
 
-TEST(ThreeSlopeGain, At16BitsShiftsAndHalvesTowardsZero) {
+TEST(ThreeSlopeGain, In16BitShiftsAndHalvesTowardsZero) {
     // Gain 0.5: shift 5461, edges 21845 and -21846.
     std::vector<short> samples = {100,   5461,  5462,   21845,  21846,
                                   32767, -5462, -21846, -21847, -32768};
@@ -161,7 +161,7 @@ TEST(ThreeSlopeGain, InFloatShiftsByAThirdOfTheGain) {
     EXPECT_EQ(samples, (std::vector<float>{0.25F, 0.5F, 0.625F, 0.875F, -0.625F, -0.875F, 1, -1}));
 }
 
-TEST(ThreeSlopeGain, At16BitsTheShiftIsComputedInSinglePrecision) {
+TEST(ThreeSlopeGain, In16BitTheShiftIsComputedInSinglePrecision) {
     std::vector<short> samples = {5000};
     ApplyThreeSlopeGain(0x1.8006p-14F, PcmView<short>(samples.data(), 1));
     EXPECT_EQ(samples[0], 5001);  // shift 1; in double it is 0

@@ -20,10 +20,10 @@ using namespace audio_filter::internal;
 
 namespace {
 
-/// Longer than two of the widest vectors in use, whatever is left over.
+/// Longer than two of the widest vectors, with every remainder.
 constexpr std::size_t kLongest = 70;
 
-/// Samples at an address that is `shift` past an aligned one, with bytes around them to be kept.
+/// Samples `shift` bytes past an aligned address, between guard bytes.
 template <typename Sample>
 class Unaligned {
 public:
@@ -48,7 +48,7 @@ private:
     std::vector<char> mBytes;
 };
 
-/// Where float arithmetic is peculiar, and the bounds of the kernels with their neighbours.
+/// Special floats, and the bounds of the kernels with their neighbours.
 std::vector<float> SpecialFloats() {
     using Limits = std::numeric_limits<float>;
     std::vector<float> specials = {0.0F,
@@ -82,7 +82,7 @@ std::vector<Sample> RandomSamples(std::mt19937& random, std::size_t size) {
     std::vector<Sample> samples(size);
     for (Sample& sample : samples) {
         if constexpr (sizeof(Sample) == 2) {
-            // Small ones, too, for the phases' silence.
+            // Small ones too, for the silence of the phase check.
             sample = static_cast<short>(RandomInt(random, -32768, 32767) >>
                                         (4 * RandomInt(random, 0, 3)));
         } else {
@@ -127,7 +127,7 @@ void AtEveryLevelLengthAndAddress(Visit visit) {
     }
 }
 
-TEST(Kernels, ThePlainestLevelComesFirstAndTheLastIsInUse) {
+TEST(Kernels, TheBaselineLevelComesFirstAndTheLastIsInUse) {
     ASSERT_GE(KernelLevels().size(), 1U);
     EXPECT_STREQ(KernelLevels().front().level, "plain");
     EXPECT_EQ(&BestKernels(), &KernelLevels().back());
@@ -149,14 +149,14 @@ void GainsLikeThePlainOne(const Curve& curve,
         });
 }
 
-TEST(Kernels, GainOfEveryLengthUpTo70AtAnyAddressIsThePlainOne) {
+TEST(Kernels, GainOfEveryLengthUpTo70AtAnyAddressEqualsThePlainKernel) {
     for (const float gain : Gains()) {
         GainsLikeThePlainOne(MakeGainCurveS16(gain), &Kernels::gainS16);
         GainsLikeThePlainOne(MakeGainCurveFloat(gain), &Kernels::gainFloat);
     }
 }
 
-TEST(Kernels, GainOfAll65536SamplesIsThePlainOne) {
+TEST(Kernels, GainOfAll65536SamplesEqualsThePlainKernel) {
     for (const Kernels& level : KernelLevels()) {
         for (const float gain : Gains()) {
             std::vector<short> expected = AllShorts();
@@ -168,7 +168,7 @@ TEST(Kernels, GainOfAll65536SamplesIsThePlainOne) {
     }
 }
 
-TEST(Kernels, NoneOfThe8192CurvesOfTheGainLeaves16Bits) {
+TEST(Kernels, All8192GainCurvesStayWithin16Bits) {
     for (int knee = 8192; knee <= 16383; ++knee) {
         const int lifted = 32767 - knee;
         const int outer = knee * 1024 / lifted;
@@ -178,7 +178,7 @@ TEST(Kernels, NoneOfThe8192CurvesOfTheGainLeaves16Bits) {
     }
 }
 
-TEST(Kernels, GainOfEvery1021thFloatIsThePlainOneToTheBit) {
+TEST(Kernels, GainOfEvery1021stFloatEqualsThePlainKernelToTheBit) {
     std::vector<float> all;
     for (std::uint64_t bits = 0; bits <= 0xFFFFFFFFU; bits += 1021) {
         all.push_back(std::bit_cast<float>(static_cast<std::uint32_t>(bits)));
@@ -230,14 +230,14 @@ void MixesLikeThePlainOne(void (*Kernels::*mix)(const short*, std::size_t, std::
     }
 }
 
-TEST(Kernels, MixingOfEveryLengthUpTo70AtAnyAddressIsThePlainOne) {
+TEST(Kernels, MixingOfEveryLengthUpTo70AtAnyAddressEqualsThePlainKernel) {
     EntersLikeThePlainOne(&Kernels::toMixerS16);
     EntersLikeThePlainOne(&Kernels::toMixerFloat);
     MixesLikeThePlainOne(&Kernels::mixS16);
     MixesLikeThePlainOne(&Kernels::mixFloat);
 }
 
-TEST(Kernels, MixingOfAll65536SamplesWithOtherOnesIsThePlainOne) {
+TEST(Kernels, MixingOfAll65536SamplesWithOthersEqualsThePlainKernel) {
     constexpr std::size_t kStride = 65536;
     for (const Kernels& level : KernelLevels()) {
         for (const int other : {-32768, -32767, -12345, -1, 0, 1, 77, 32766, 32767}) {
@@ -273,7 +273,7 @@ void CountsLikeThePlainOne(const Kernels& level, const std::vector<Sample>& samp
     }
 }
 
-TEST(Kernels, PhasesOfEveryLengthUpTo70FramesAtAnyAddressAreThePlainOnes) {
+TEST(Kernels, PhasesOfEveryLengthUpTo70FramesAtAnyAddressEqualThePlainKernel) {
     AtEveryLevelLengthAndAddress(
         [](const Kernels& level, std::mt19937& random, std::size_t frames, std::size_t shift) {
             ASSERT_NO_FATAL_FAILURE(CountsLikeThePlainOne(
@@ -283,7 +283,7 @@ TEST(Kernels, PhasesOfEveryLengthUpTo70FramesAtAnyAddressAreThePlainOnes) {
         });
 }
 
-TEST(Kernels, PhasesOfAll65536SamplesBesideOtherOnesAreThePlainOnes) {
+TEST(Kernels, PhasesOfAll65536SamplesPairedWithOthersEqualThePlainKernel) {
     for (const Kernels& level : KernelLevels()) {
         for (const int other : {-32768, -492, -491, -1, 0, 1, 491, 492, 32767}) {
             std::vector<short> samples;
@@ -296,7 +296,7 @@ TEST(Kernels, PhasesOfAll65536SamplesBesideOtherOnesAreThePlainOnes) {
     }
 }
 
-TEST(Kernels, PhasesOfBlocksLongerThanATallyAreThePlainOnes) {
+TEST(Kernels, PhasesOfBlocksBeyondThe16BitTallyEqualThePlainKernel) {
     std::mt19937 random = SeededRandom();
     for (const Kernels& level : KernelLevels()) {
         for (const std::size_t frames : {2047U, 2048U, 2049U, 100'003U}) {
@@ -310,8 +310,8 @@ TEST(Kernels, PhasesOfBlocksLongerThanATallyAreThePlainOnes) {
     }
 }
 
-TEST(Kernels, NoFloatTellsTheSingleBoundOfSilenceFromTheDoubleOne) {
-    // The comparisons are monotonic: they agree everywhere if they do about the bound.
+TEST(Kernels, TheSingleAndDoubleBoundsOfSilenceAgreeForEveryFloat) {
+    // The comparisons are monotonic, so agreement around the bound is agreement everywhere.
     const auto bound = std::bit_cast<std::uint32_t>(0.016F);
     for (std::uint32_t bits = bound - 1'000'000; bits <= bound + 1'000'000; ++bits) {
         const auto value = std::bit_cast<float>(bits);
@@ -320,7 +320,7 @@ TEST(Kernels, NoFloatTellsTheSingleBoundOfSilenceFromTheDoubleOne) {
     }
 }
 
-TEST(Kernels, PhasesOfEveryPairOfSpecialFloatsAreThePlainOnes) {
+TEST(Kernels, PhasesOfEveryPairOfSpecialFloatsEqualThePlainKernel) {
     const std::vector<float> specials = SpecialFloats();
     std::vector<float> samples;
     for (const float left : specials) {

@@ -10,7 +10,7 @@ using namespace audio_filter::internal;
 
 namespace {
 
-/// The limiter segment by segment, from its table of slopes and starts.
+/// The limiter from its table of segment slopes and starts.
 int PlainLimit(int sum) {
     const int a = std::abs(sum);
     const int within = a % 32768;
@@ -43,7 +43,7 @@ TEST(MixLimiter, EverySumOfSixteenSourcesIsOddAndNeverReachesFullScale) {
     }
 }
 
-TEST(MixLimiter, NeverFallsBelowFiveTimesFullScale) {
+TEST(MixLimiter, IsMonotonicBelowFiveTimesFullScale) {
     for (int sum = 1; sum < 163840; ++sum) {
         ASSERT_GE(LimitSum(sum), LimitSum(sum - 1)) << sum;
     }
@@ -83,7 +83,7 @@ TEST(MixerSamples, FloatsBeyondFullScaleWrapThrough16Bits) {
     EXPECT_EQ(ToMixerSample(65536.0F), 0);
 }
 
-TEST(MixerSamples, WhatIsNotFiniteOrNot32BitsWideEntersAs0) {
+TEST(MixerSamples, SamplesThatAreNotFiniteOrDoNotFit32BitsEnterAs0) {
     const float infinity = std::numeric_limits<float>::infinity();
     EXPECT_EQ(ToMixerSample(NAN), 0);
     EXPECT_EQ(ToMixerSample(infinity), 0);
@@ -91,24 +91,27 @@ TEST(MixerSamples, WhatIsNotFiniteOrNot32BitsWideEntersAs0) {
     EXPECT_EQ(ToMixerSample(65540.0F), 0);
     EXPECT_EQ(ToMixerSample(-65540.0F), 0);
     EXPECT_EQ(ToMixerSample(3e38F), 0);
+    // 2^31 exactly once scaled. A constant expression cannot overflow in the conversion.
+    constexpr short kAtTheBound = ToMixerSample(65538.0F);
+    EXPECT_EQ(kAtTheBound, 0);
     // The last float whose product still fits, 2147483392, and its low 16 bits.
     EXPECT_EQ(ToMixerSample(65537.9921875F), -256);
     EXPECT_EQ(ToMixerSample(-65537.9921875F), 256);
 }
 
-TEST(MixerSamples, AFloatLeavesAsAFractionOf32767AndStaysBelowFullScale) {
+TEST(MixerSamples, AFloatLeavesDividedBy32767AndStaysBelowFullScale) {
     EXPECT_EQ(FromMixerSample<float>(28671), 28671.0F / 32767.0F);
     EXPECT_LT(static_cast<double>(FromMixerSample<float>(32766)), 0.99999999);
     EXPECT_GT(static_cast<double>(FromMixerSample<float>(-32766)), -0.99999999);
 }
 
-TEST(MixerSamples, A16BitSampleEntersAndLeavesAsItIs) {
+TEST(MixerSamples, A16BitSampleEntersAndLeavesUnchanged) {
     EXPECT_EQ(ToMixerSample(static_cast<short>(-32768)), -32768);
     EXPECT_EQ(FromMixerSample<short>(-123), -123);
 }
 
 TEST(MixerSamples, TheScalingIsDoneInSinglePrecision) {
-    // 32766 / 32767 as a float lies below the quotient: only its rounded product is whole again.
+    // 32766 / 32767 rounds down to a float; only the rounded product is an integer again.
     int different = 0;
     for (int n = -32767; n <= 32767; ++n) {
         const float x = static_cast<float>(n) / 32767.0F;

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <vector>
 
+#include "common/result_code.h"
 #include "support/bare_float_suppressor.h"
 #include "support/bare_suppressor.h"
 #include "support/bytes.h"
@@ -21,7 +22,8 @@ std::vector<Sample> ProcessFrames(NSWrap& wrap, const std::vector<Sample>& in) {
     std::vector<Sample> out(in.size());
     for (std::size_t at = 0; at + 320 <= in.size(); at += 320) {
         EXPECT_EQ(
-            wrap.Process(BytesOf(in) + at * sizeof(Sample), BytesOf(out) + at * sizeof(Sample)), 0);
+            wrap.Process(BytesOf(in) + at * sizeof(Sample), BytesOf(out) + at * sizeof(Sample)),
+            RESULT_OK);
     }
     return out;
 }
@@ -32,7 +34,7 @@ std::vector<Sample> Speech(int frames) {
     return As<Sample>(NoisySpeech(random, static_cast<std::size_t>(frames) * 320, 32000.0));
 }
 
-TEST(NSWrap, InitTakesRates8000_16000_32000AndFormats1And3AndLevels0To3) {
+TEST(NSWrap, InitTakes8000_16000_32000HzFormats1And3AndLevels0To3) {
     for (const int rate : {8000, 16000, 32000}) {
         for (const SampleFmt fmt : {SAMPLE_FMT_S16, SAMPLE_FMT_FLT}) {
             for (int level = 0; level < 4; ++level) {
@@ -68,7 +70,8 @@ TEST(NSWrap, ARateOutsideTheThreeStoresTheArgumentsAndHasAnInstanceButNoBuffers)
         EXPECT_NE(wrap.mNs, nullptr);
         EXPECT_EQ(wrap.mLowIn, nullptr);
         short frame[320] = {};
-        EXPECT_EQ(wrap.Process(reinterpret_cast<char*>(frame), reinterpret_cast<char*>(frame)), -1);
+        EXPECT_EQ(wrap.Process(reinterpret_cast<char*>(frame), reinterpret_cast<char*>(frame)),
+                  RESULT_FAILURE);
     }
 }
 
@@ -81,44 +84,44 @@ TEST(NSWrap, PlanarAndOtherFormatsHaveAnInstanceButNoBuffersAndFailEveryProcess)
         EXPECT_TRUE(wrap.setLevel(2));
         EXPECT_FALSE(wrap.Reset());
         std::vector<float> out(320, 7.0F);
-        EXPECT_EQ(wrap.Process(BytesOf(out), BytesOf(out)), -1);
+        EXPECT_EQ(wrap.Process(BytesOf(out), BytesOf(out)), RESULT_FAILURE);
         EXPECT_EQ(out, std::vector<float>(320, 7.0F));
     }
 }
 
-TEST(NSWrap, BeforeInitAndAfterClearProcessIsMinus1AndSetLevelFalse) {
+TEST(NSWrap, BeforeInitAndAfterClearProcessReturnsMinus1AndSetLevelFalse) {
     NSWrap wrap;
     std::vector<short> frame(320, 7);
-    EXPECT_EQ(wrap.Process(BytesOf(frame), BytesOf(frame)), -1);
+    EXPECT_EQ(wrap.Process(BytesOf(frame), BytesOf(frame)), RESULT_FAILURE);
     EXPECT_FALSE(wrap.setLevel(1));
     EXPECT_FALSE(wrap.Reset());
     ASSERT_TRUE(wrap.Init(32000, SAMPLE_FMT_S16, 3));
     EXPECT_FALSE(wrap.mInited) << "no Init sets it";
     EXPECT_TRUE(wrap.Clear());
     EXPECT_FALSE(wrap.mInited);
-    EXPECT_EQ(wrap.Process(BytesOf(frame), BytesOf(frame)), -1);
+    EXPECT_EQ(wrap.Process(BytesOf(frame), BytesOf(frame)), RESULT_FAILURE);
     EXPECT_FALSE(wrap.setLevel(1));
-    EXPECT_TRUE(wrap.Reset()) << "the stored format still is one";
+    EXPECT_TRUE(wrap.Reset()) << "the stored format is still processed";
     EXPECT_EQ(frame, std::vector<short>(320, 7));
     EXPECT_TRUE(wrap.Clear());
 }
 
-TEST(NSWrap, NullBuffersAreMinus1) {
+TEST(NSWrap, NullBuffersReturnMinus1) {
     NSWrap wrap;
     wrap.Init(32000, SAMPLE_FMT_S16, 3);
     std::vector<short> frame(320, 7);
-    EXPECT_EQ(wrap.Process(nullptr, BytesOf(frame)), -1);
-    EXPECT_EQ(wrap.Process(BytesOf(frame), nullptr), -1);
+    EXPECT_EQ(wrap.Process(nullptr, BytesOf(frame)), RESULT_FAILURE);
+    EXPECT_EQ(wrap.Process(BytesOf(frame), nullptr), RESULT_FAILURE);
     EXPECT_EQ(frame, std::vector<short>(320, 7));
 }
 
-TEST(NSWrap, SetLevelTakes0To3AndActsOnTheSuppressorOnly) {
+TEST(NSWrap, SetLevelTakes0To3AndLeavesTheStoredLevel) {
     NSWrap wrap;
     wrap.Init(32000, SAMPLE_FMT_S16, 3);
     for (int level = -2; level < 7; ++level) {
         EXPECT_EQ(wrap.setLevel(level), level >= 0 && level <= 3) << level;
     }
-    EXPECT_EQ(wrap.mLevel, 3) << "as Init was given it";
+    EXPECT_EQ(wrap.mLevel, 3) << "as given to Init";
     const std::vector<short> in = Speech<short>(60);
     BareSuppressor bare(32000, 3);
     wrap.Init(32000, SAMPLE_FMT_S16, 3);
@@ -134,7 +137,7 @@ TEST(NSWrap, SetLevelTakes0To3AndActsOnTheSuppressorOnly) {
     }
 }
 
-TEST(NSWrap, SixteenBitFramesAreTheBareChainAtEveryRateAndLevel) {
+TEST(NSWrap, SixteenBitBlocksEqualTheBareSuppressorAtEveryRateAndLevel) {
     const std::vector<short> in = Speech<short>(60);
     for (const int rate : {8000, 16000, 32000}) {
         for (int level = 0; level < 4; ++level) {
@@ -150,7 +153,7 @@ TEST(NSWrap, SixteenBitFramesAreTheBareChainAtEveryRateAndLevel) {
     }
 }
 
-TEST(NSWrap, AFloatFrameOfZerosStaysZeroWithAllMemoriesAtZero) {
+TEST(NSWrap, AFloatBlockOfZerosStaysZeroWithAllMemoriesAtZero) {
     NSWrap wrap;
     wrap.Init(32000, SAMPLE_FMT_FLT, 3);
     const std::vector<float> zeros(320 * 5);
@@ -162,7 +165,7 @@ TEST(NSWrap, AFloatFrameOfZerosStaysZeroWithAllMemoriesAtZero) {
     }
 }
 
-TEST(NSWrap, FullScaleFloatSpeechComesBackInRangeWithAHighBandOfExactly0) {
+TEST(NSWrap, FullScaleFloatSpeechStaysInRangeWithAHighBandOfExactly0) {
     std::vector<float> speech = Speech<float>(100);
     float peak = 0.0F;
     for (const float sample : speech) {
@@ -175,7 +178,7 @@ TEST(NSWrap, FullScaleFloatSpeechComesBackInRangeWithAHighBandOfExactly0) {
     wrap.Init(32000, SAMPLE_FMT_FLT, 0);
     for (std::size_t at = 0; at < speech.size(); at += 320) {
         float out[320];
-        ASSERT_EQ(wrap.Process(BytesOf(speech) + at * 4, reinterpret_cast<char*>(out)), 0);
+        ASSERT_EQ(wrap.Process(BytesOf(speech) + at * 4, reinterpret_cast<char*>(out)), RESULT_OK);
         const auto* low = reinterpret_cast<const float*>(wrap.mLowOut.get());
         const auto* high = reinterpret_cast<const float*>(wrap.mHighOut.get());
         for (int i = 0; i < 160; ++i) {
@@ -199,7 +202,7 @@ void ASecondInitKeepsTheFilterMemoriesAndRestartsTheSuppressor() {
     EXPECT_EQ(wrap.mLowIn.get(), buffer);
     EXPECT_EQ(std::memcmp(wrap.mAnalysisState1.get(), memory.data(), bytes), 0);
 
-    // With silent filters on both sides, the restarted suppressor is a new one.
+    // With zero filter memories, a restarted suppressor equals a new one.
     EXPECT_TRUE(wrap.Reset());
     NSWrap fresh;
     fresh.Init(32000, kFormat<Sample>, 3);
@@ -224,10 +227,10 @@ void ResetSilencesTheFiltersOnly() {
         EXPECT_EQ(std::vector<char>(memory->get(), memory->get() + bytes),
                   std::vector<char>(bytes));
     }
-    EXPECT_FALSE(SameBits(ProcessFrames(wrap, in), first)) << "the noise estimate has been kept";
+    EXPECT_FALSE(SameBits(ProcessFrames(wrap, in), first)) << "the noise estimate is kept";
 }
 
-TEST(NSWrap, ResetSilencesTheFiltersAndKeepsTheSuppressorsState) {
+TEST(NSWrap, ResetZeroesTheFiltersAndKeepsTheSuppressorState) {
     ResetSilencesTheFiltersOnly<short>();
     ResetSilencesTheFiltersOnly<float>();
 }
@@ -248,17 +251,17 @@ TEST(NSWrap, AChangeOfFormatStartsWithBuffersOfZeros) {
     EXPECT_EQ(ProcessFrames(wrap, s16), ProcessFrames(fresh16, s16));
 }
 
-TEST(NSWrap, AnInitThatFailsWithAnotherFormatLeavesNothingToProcessInIt) {
+TEST(NSWrap, AFailedInitWithAnotherFormatProcessesNothing) {
     NSWrap wrap;
     wrap.Init(32000, SAMPLE_FMT_S16, 3);
     EXPECT_FALSE(wrap.Init(44100, SAMPLE_FMT_FLT, 3));
     std::vector<float> frame(320, 0.5F);
-    EXPECT_EQ(wrap.Process(BytesOf(frame), BytesOf(frame)), -1);
+    EXPECT_EQ(wrap.Process(BytesOf(frame), BytesOf(frame)), RESULT_FAILURE);
     EXPECT_TRUE(wrap.Reset());
     EXPECT_TRUE(wrap.setLevel(0));
 }
 
-TEST(NSWrap, MemoriesOutliveADetourThroughAFormatThatIsNotProcessed) {
+TEST(NSWrap, FilterMemoriesSurviveAnInitWithAnUnprocessedFormat) {
     const std::vector<short> in = Speech<short>(10);
     NSWrap wrap;
     wrap.Init(32000, SAMPLE_FMT_S16, 3);
@@ -269,7 +272,7 @@ TEST(NSWrap, MemoriesOutliveADetourThroughAFormatThatIsNotProcessed) {
     EXPECT_EQ(std::memcmp(wrap.mSynthesisState2.get(), memory.data(), 24), 0);
 }
 
-TEST(NSWrap, AFrameInPlaceAndAtAnOddAddressIsProcessedAsAnyOther) {
+TEST(NSWrap, ABlockInPlaceAtAnOddAddressIsProcessedLikeAnyOther) {
     const std::vector<short> in = Speech<short>(5);
     NSWrap wrap;
     wrap.Init(32000, SAMPLE_FMT_S16, 3);
@@ -279,12 +282,12 @@ TEST(NSWrap, AFrameInPlaceAndAtAnOddAddressIsProcessedAsAnyOther) {
     for (std::size_t at = 0; at < in.size(); at += 320) {
         char bytes[641];
         std::memcpy(bytes + 1, in.data() + at, 640);
-        ASSERT_EQ(wrap.Process(bytes + 1, bytes + 1), 0);
+        ASSERT_EQ(wrap.Process(bytes + 1, bytes + 1), RESULT_OK);
         ASSERT_EQ(std::memcmp(bytes + 1, expected.data() + at, 640), 0);
     }
 }
 
-TEST(NSWrap, SamplesThatAreNotFiniteDoNotPoisonTheStream) {
+TEST(NSWrap, SamplesThatAreNotFiniteCountAsZeros) {
     NSWrap wrap;
     wrap.Init(32000, SAMPLE_FMT_FLT, 3);
     std::vector<float> in = Speech<float>(40);
@@ -298,7 +301,7 @@ TEST(NSWrap, SamplesThatAreNotFiniteDoNotPoisonTheStream) {
     EXPECT_TRUE(SameBits(ProcessFrames(wrap, in), ProcessFrames(twin, zeroed)));
 }
 
-TEST(NSWrap, AFrameOfTheLargestFiniteSamplesIsForgottenWithinASecond) {
+TEST(NSWrap, ABlockOfTheLargestFiniteSamplesLeavesNoTraceAfterASecond) {
     NSWrap wrap;
     wrap.Init(32000, SAMPLE_FMT_FLT, 3);
     std::vector<float> in = Speech<float>(150);
@@ -314,8 +317,8 @@ TEST(NSWrap, AFrameOfTheLargestFiniteSamplesIsForgottenWithinASecond) {
     }
 }
 
-/// Speech that dies away into nothing and comes back, with vanishing values between: most frames go
-/// the ordinary way, many are left early.
+/// Speech interrupted by silence and by values whose squares underflow: some blocks take the early
+/// exit, most do not.
 std::vector<float> SpeechAndSilence() {
     std::mt19937 random = SeededRandom();
     std::vector<float> signal = NoisySpeech(random, 320 * 400, 32000.0);
@@ -324,14 +327,14 @@ std::vector<float> SpeechAndSilence() {
         if (frame % 40 >= 15) {
             signal[i] = 0.0F;
         }
-        if (frame % 40 >= 25 && frame % 40 < 35) {  // around the value whose square vanishes
+        if (frame % 40 >= 25 && frame % 40 < 35) {  // around the value whose square underflows
             signal[i] = std::ldexp(std::uniform_real_distribution<float>(-1.0F, 1.0F)(random), -89);
         }
     }
     return signal;
 }
 
-TEST(NSWrap, FloatFramesAreTheFloatChainDrivenByHandAtEveryRateThroughSpeechAndSilence) {
+TEST(NSWrap, FloatBlocksEqualTheBareFloatSuppressorAtEveryRateThroughSpeechAndSilence) {
     const std::vector<float> in = SpeechAndSilence();
     for (const int rate : {8000, 16000, 32000}) {
         NSWrap wrap;
@@ -343,7 +346,7 @@ TEST(NSWrap, FloatFramesAreTheFloatChainDrivenByHandAtEveryRateThroughSpeechAndS
         for (std::size_t at = 0; at < in.size(); at += 320) {
             std::vector<float> out(320);
             std::vector<float> expected(320);
-            ASSERT_EQ(wrap.Process(BytesOf(in) + at * 4, BytesOf(out)), 0);
+            ASSERT_EQ(wrap.Process(BytesOf(in) + at * 4, BytesOf(out)), RESULT_OK);
             bare.Process(in.data() + at, expected.data());
             ASSERT_TRUE(SameBits(out, expected)) << rate << " Hz, frame " << at / 320;
             early += bare.leftEarly ? 1 : 0;
@@ -356,7 +359,7 @@ TEST(NSWrap, FloatFramesAreTheFloatChainDrivenByHandAtEveryRateThroughSpeechAndS
     }
 }
 
-TEST(NSWrap, ARateThatIsRefusedAfterAGoodInitIsStoredAndTheStreamGoesOnAsItWas) {
+TEST(NSWrap, ARefusedRateAfterAGoodInitIsStoredAndTheStreamContinues) {
     const std::vector<short> in = Speech<short>(20);
     NSWrap wrap;
     NSWrap twin;

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <vector>
 
+#include "common/result_code.h"
 #include "support/bytes.h"
 #include "support/seed.h"
 #include "units/plain_detectors.h"
@@ -14,7 +15,7 @@ namespace {
 
 PhaseCheck Ready(int rate = 48000, bool planar = false) {
     PhaseCheck check;
-    EXPECT_EQ(check.Init(rate, planar), 0);
+    EXPECT_EQ(check.Init(rate, planar), RESULT_OK);
     return check;
 }
 
@@ -41,13 +42,13 @@ int Check2(PhaseCheck& check, std::vector<Sample>& samples) {
 TEST(PhaseCheck, InitTakes8000To48000Hz) {
     for (const int rate : {8000, 16000, 44100, 48000}) {
         PhaseCheck check;
-        EXPECT_EQ(check.Init(rate, false), 0) << rate;
+        EXPECT_EQ(check.Init(rate, false), RESULT_OK) << rate;
         EXPECT_TRUE(check.IsInited());
         EXPECT_EQ(check.mMaxScore, rate * 10);
     }
     for (const int rate : {7999, 48001, 0, -8000, 96000, INT32_MIN, INT32_MAX}) {
         PhaseCheck check = Ready();
-        EXPECT_EQ(check.Init(rate, false), -1) << rate;
+        EXPECT_EQ(check.Init(rate, false), RESULT_FAILURE) << rate;
         EXPECT_FALSE(check.IsInited());
         EXPECT_EQ(check.mSampleRate, 48000);
     }
@@ -56,9 +57,9 @@ TEST(PhaseCheck, InitTakes8000To48000Hz) {
 TEST(PhaseCheck, SixteenBitFrame491Minus491IsSilent) {
     PhaseCheck check = Ready();
     std::vector<short> frame = {491, -491};
-    EXPECT_EQ(Check(check, frame), 0);
+    EXPECT_EQ(Check(check, frame), RESULT_OK);
     EXPECT_EQ(check.GetSilenceRatio(), 1.0F);
-    EXPECT_EQ(Check2(check, frame), 0);
+    EXPECT_EQ(Check2(check, frame), RESULT_OK);
     EXPECT_EQ(check.mScore2, 0);
 }
 
@@ -96,10 +97,10 @@ TEST(PhaseCheck, CheckAt48000HzStartsNegatingAfterMoreThan24000FramesWereCounted
     std::vector<short> block = opposed;
     Check(check, block);  // 12000 frames
     EXPECT_EQ(block, opposed);
-    Check(check, block);  // 24000: not more than half a second's worth
+    Check(check, block);  // 24000: not more than half a second
     EXPECT_EQ(block, opposed);
     std::vector<short> one = {10000, -10000};
-    Check(check, one);  // 24001, still judged by what the call before left
+    Check(check, one);  // 24001, but the share is that of the call before
     EXPECT_EQ(one[0], 10000);
     Check(check, one);
     EXPECT_EQ(one, (std::vector<short>{-10000, -10000}));
@@ -135,39 +136,39 @@ TEST(PhaseCheck, Check2At48000HzStartsAbove288000AndStopsAt144000) {
     EXPECT_EQ(same[0], 10000);
 }
 
-TEST(PhaseCheck, AnOddCountIsMinus1AndLeavesTheBuffer) {
+TEST(PhaseCheck, AnOddCountReturnsMinus1AndLeavesTheBuffer) {
     PhaseCheck check = Ready();
     check.mOpposedShare = 1.0F;
     check.mScore2 = check.mMaxScore;
     std::vector<short> samples = {1000, 2000, 3000};
     std::vector<float> floats = {0.1F, 0.2F, 0.3F};
     for (const int count : {1, 3, -1, -3, INT32_MAX}) {
-        EXPECT_EQ(check.Check(samples.data(), count), -1) << count;
-        EXPECT_EQ(check.Check2(samples.data(), count), -1) << count;
-        EXPECT_EQ(check.Check(floats.data(), count), -1) << count;
-        EXPECT_EQ(check.Check2(floats.data(), count), -1) << count;
+        EXPECT_EQ(check.Check(samples.data(), count), RESULT_FAILURE) << count;
+        EXPECT_EQ(check.Check2(samples.data(), count), RESULT_FAILURE) << count;
+        EXPECT_EQ(check.Check(floats.data(), count), RESULT_FAILURE) << count;
+        EXPECT_EQ(check.Check2(floats.data(), count), RESULT_FAILURE) << count;
     }
     EXPECT_EQ(samples, (std::vector<short>{1000, 2000, 3000}));
     EXPECT_EQ(floats, (std::vector<float>{0.1F, 0.2F, 0.3F}));
     EXPECT_EQ(check.mTotal, 0U);
 }
 
-TEST(PhaseCheck, NotInitialisedIsMinus1AndLeavesTheBuffer) {
+TEST(PhaseCheck, NotInitialisedReturnsMinus1AndLeavesTheBuffer) {
     PhaseCheck check;
     std::vector<short> samples = {1000, 2000};
     std::vector<float> floats = {0.1F, 0.2F};
-    EXPECT_EQ(Check(check, samples), -1);
-    EXPECT_EQ(Check2(check, samples), -1);
-    EXPECT_EQ(Check(check, floats), -1);
-    EXPECT_EQ(Check2(check, floats), -1);
+    EXPECT_EQ(Check(check, samples), RESULT_FAILURE);
+    EXPECT_EQ(Check2(check, samples), RESULT_FAILURE);
+    EXPECT_EQ(Check(check, floats), RESULT_FAILURE);
+    EXPECT_EQ(Check2(check, floats), RESULT_FAILURE);
     EXPECT_EQ(samples, (std::vector<short>{1000, 2000}));
 }
 
-TEST(PhaseCheck, ANullBufferThatShouldHoldSamplesIsMinus1) {
+TEST(PhaseCheck, ANullBufferWithACountReturnsMinus1) {
     PhaseCheck check = Ready();
-    EXPECT_EQ(check.Check(static_cast<short*>(nullptr), 2), -1);
-    EXPECT_EQ(check.Check2(static_cast<float*>(nullptr), 2), -1);
-    EXPECT_EQ(check.Check(static_cast<float*>(nullptr), 0), 0);
+    EXPECT_EQ(check.Check(static_cast<short*>(nullptr), 2), RESULT_FAILURE);
+    EXPECT_EQ(check.Check2(static_cast<float*>(nullptr), 2), RESULT_FAILURE);
+    EXPECT_EQ(check.Check(static_cast<float*>(nullptr), 0), RESULT_OK);
     EXPECT_EQ(check.mTotal, 0U);
 }
 
@@ -177,18 +178,18 @@ TEST(PhaseCheck, NegativeEvenCountsDoNothing) {
     short s16 = 1000;
     float flt = 0.5F;
     for (const int count : {-2, -1000, INT32_MIN}) {
-        EXPECT_EQ(check.Check(&s16, count), 0);
-        EXPECT_EQ(check.Check2(&s16, count), 0);
-        EXPECT_EQ(check.Check(&flt, count), 0);
-        EXPECT_EQ(check.Check2(&flt, count), 0);
+        EXPECT_EQ(check.Check(&s16, count), RESULT_OK);
+        EXPECT_EQ(check.Check2(&s16, count), RESULT_OK);
+        EXPECT_EQ(check.Check(&flt, count), RESULT_OK);
+        EXPECT_EQ(check.Check2(&flt, count), RESULT_OK);
     }
     EXPECT_EQ(s16, 1000);
-    EXPECT_EQ(check.mInPhaseRate, 0.0F) << "no rate of no frames";
-    EXPECT_FALSE(check.mInvert) << "no decision either";
+    EXPECT_EQ(check.mInPhaseRate, 0.0F) << "not renewed";
+    EXPECT_FALSE(check.mInvert) << "not decided";
     EXPECT_EQ(check.mTotal, 0U);
 }
 
-TEST(PhaseCheck, ANewUnitHasAValueInEveryField) {
+TEST(PhaseCheck, EveryFieldOfANewUnitIsInitialised) {
     PhaseCheck check;
     EXPECT_FALSE(check.IsInited());
     EXPECT_FALSE(check.mPlanar);
@@ -204,10 +205,10 @@ TEST(PhaseCheck, ANewUnitHasAValueInEveryField) {
     EXPECT_EQ(check.mTotal + check.mInPhase + check.mOpposed + check.mSilence, 0U);
 }
 
-TEST(PhaseCheck, CountZeroOnAFreshUnitStoresTheIeeeResultsOf0Over0InThe16BitRates) {
+TEST(PhaseCheck, CountZeroOnANewUnitStoresNaNInThe16BitRates) {
     PhaseCheck check = Ready();
     short sample = 0;
-    EXPECT_EQ(check.Check(&sample, 0), 0);
+    EXPECT_EQ(check.Check(&sample, 0), RESULT_OK);
     EXPECT_TRUE(std::isnan(check.mInPhaseRate));
     EXPECT_TRUE(std::isnan(check.mOpposedRate));
     EXPECT_TRUE(std::isnan(check.mSilenceRate));
@@ -215,19 +216,19 @@ TEST(PhaseCheck, CountZeroOnAFreshUnitStoresTheIeeeResultsOf0Over0InThe16BitRate
     EXPECT_EQ(check.GetInPhaseRatio(), 0.0F);
     PhaseCheck flt = Ready();
     float value = 0.0F;
-    EXPECT_EQ(flt.Check(&value, 0), 0);
+    EXPECT_EQ(flt.Check(&value, 0), RESULT_OK);
     EXPECT_EQ(flt.mInPhaseRate, 0.0F);
 }
 
-TEST(PhaseCheck, Check2OfCountZeroDecidesByTheScoreLikeAnyOtherCall) {
+TEST(PhaseCheck, Check2WithCountZeroStillDecidesByTheScore) {
     PhaseCheck check = Ready();
-    check.mScore2 = 288001;  // above six seconds' worth
+    check.mScore2 = 288001;  // more than six seconds
     short sample = 0;
-    EXPECT_EQ(check.Check2(&sample, 0), 0);
+    EXPECT_EQ(check.Check2(&sample, 0), RESULT_OK);
     EXPECT_TRUE(check.mInvert);
     check.mScore2 = 144000;
     float value = 0.0F;
-    EXPECT_EQ(check.Check2(&value, 0), 0);
+    EXPECT_EQ(check.Check2(&value, 0), RESULT_OK);
     EXPECT_FALSE(check.mInvert);
 }
 
@@ -236,7 +237,7 @@ TEST(PhaseCheck, PlanarCount8HasTheFrames0And4_1And5_2And6_3And7) {
     check.mOpposedShare = 1.0F;
     // In phase, opposed, silent, opposed; then all of the left half negated.
     std::vector<short> samples = {1000, 2000, 3, -4000, 500, -600, 7, 800};
-    EXPECT_EQ(Check(check, samples), 0);
+    EXPECT_EQ(Check(check, samples), RESULT_OK);
     EXPECT_EQ(samples, (std::vector<short>{-1000, -2000, -3, 4000, 500, -600, 7, 800}));
     EXPECT_EQ(check.mInPhase, 1U);
     EXPECT_EQ(check.mOpposed, 2U);
@@ -247,7 +248,7 @@ TEST(PhaseCheck, InterleavedFramesAreSamples2iAnd2iPlus1) {
     PhaseCheck check = Ready(8000, false);
     check.mOpposedShare = 1.0F;
     std::vector<short> samples = {1000, 500, 2000, -600, 3, 7, -4000, 800};
-    EXPECT_EQ(Check(check, samples), 0);
+    EXPECT_EQ(Check(check, samples), RESULT_OK);
     EXPECT_EQ(samples, (std::vector<short>{-1000, 500, -2000, -600, -3, 7, 4000, 800}));
     EXPECT_EQ(check.mInPhase, 1U);
     EXPECT_EQ(check.mOpposed, 2U);
@@ -275,7 +276,7 @@ TEST(PhaseCheck, CorrectionTurnsAFloatZeroIntoMinusZero) {
     EXPECT_EQ(samples[1], 0.5F);
 }
 
-TEST(PhaseCheck, FramesAreJudgedByTheirValuesBeforeTheCorrectionOfTheCall) {
+TEST(PhaseCheck, FramesCountByTheirValuesBeforeTheCorrection) {
     PhaseCheck check = Ready();
     check.mOpposedShare = 0.9F;
     std::vector<short> opposed = Stereo<short>(10, 10000, -10000);
@@ -296,7 +297,7 @@ TEST(PhaseCheck, TheDecisionComparesTheShareWith0_7InDoublePrecision) {
     EXPECT_EQ(samples[0], -10);
 }
 
-TEST(PhaseCheck, TheScoreRisesForFramesThatLeaveOpposed) {
+TEST(PhaseCheck, TheScoreCountsFramesThatLeaveOpposed) {
     PhaseCheck check = Ready();
     std::vector<short> opposed = Stereo<short>(5, 10000, -10000);
     Check(check, opposed);
@@ -311,22 +312,22 @@ TEST(PhaseCheck, TheScoreRisesForFramesThatLeaveOpposed) {
     check.mOpposedShare = 0.9F;
     opposed = Stereo<short>(20, 10000, -10000);
     Check(check, opposed);
-    EXPECT_EQ(check.mScore, 0) << "bounded below, once a call";
+    EXPECT_EQ(check.mScore, 0) << "bounded below once per call";
 }
 
-TEST(PhaseCheck, AScoreAbove20SecondsWorthRestartsTheStatisticsAfterTheRates) {
+TEST(PhaseCheck, AScoreAbove20SecondsRestartsTheStatisticsAfterTheRates) {
     PhaseCheck check = Ready(8000);
     check.mScore = 160000 - 4;
     std::vector<short> opposed = Stereo<short>(4, 10000, -10000);
     Check(check, opposed);
-    EXPECT_EQ(check.mScore, 160000) << "exactly the bound is not above it";
+    EXPECT_EQ(check.mScore, 160000) << "the bound itself does not restart";
     EXPECT_EQ(check.mTotal, 4U);
     opposed = Stereo<short>(4, 10000, -10000);
     Check(check, opposed);
     EXPECT_EQ(check.mScore, 0);
     EXPECT_EQ(check.mTotal, 0U);
     EXPECT_EQ(check.mOpposed, 0U);
-    EXPECT_EQ(check.mOpposedRate, 1.0F) << "rates are those before the restart";
+    EXPECT_EQ(check.mOpposedRate, 1.0F) << "the rates are from before the restart";
     EXPECT_EQ(check.GetOpposedPhaseRatio(), 0.0F);
 }
 
@@ -368,7 +369,7 @@ TEST(PhaseCheck, The16BitShareComesFromRoundedRatesAndTheFloatShareFromTheCounts
     EXPECT_GT(different, 0);
 }
 
-TEST(PhaseCheck, AtAnOddRateHalfASecondIsHalfAFrameMore) {
+TEST(PhaseCheck, At8001HzMoreThan4000_5FramesAreHalfASecond) {
     PhaseCheck check = Ready(8001);
     std::vector<short> opposed = Stereo<short>(4000, 10000, -10000);
     Check(check, opposed);
@@ -392,7 +393,7 @@ TEST(PhaseCheck, ClearKeepsTheRatesAndTheScore) {
     EXPECT_EQ(check.mScore, 30000);
     EXPECT_EQ(check.mOpposedRate, 1.0F);
     EXPECT_EQ(check.mOpposedShare, 1.0F);
-    EXPECT_EQ(check.Init(48000, true), 0);
+    EXPECT_EQ(check.Init(48000, true), RESULT_OK);
     EXPECT_EQ(check.mScore, 0);
     EXPECT_EQ(check.mOpposedRate, 0.0F);
     EXPECT_EQ(check.mOpposedShare, 0.0F);
@@ -423,13 +424,13 @@ TEST(PhaseCheck, TheScoreOfCheck2IsBoundedAfterEveryFrame) {
     EXPECT_EQ(check.mScore2, 79999);
 }
 
-TEST(PhaseCheck, ABlockAtAnOddAddressIsReadAndWrittenAsAnyOther) {
+TEST(PhaseCheck, ABlockAtAnOddAddressIsReadAndWrittenLikeAnyOther) {
     char bytes[13] = {};
     const short s16[4] = {1000, 2000, -3000, 4000};
     std::memcpy(bytes + 1, s16, sizeof(s16));
     PhaseCheck check = Ready();
     check.mOpposedShare = 1.0F;
-    EXPECT_EQ(check.Check(reinterpret_cast<short*>(bytes + 1), 4), 0);
+    EXPECT_EQ(check.Check(reinterpret_cast<short*>(bytes + 1), 4), RESULT_OK);
     short corrected[4] = {};
     std::memcpy(corrected, bytes + 1, sizeof(corrected));
     EXPECT_EQ(corrected[0], -1000);
@@ -447,7 +448,7 @@ void FollowsThePlainCounter(bool planar) {
     int corrected = 0;
     int restarts = 0;
     for (int call = 0; call < 420; ++call) {
-        // Long enough in one polarity for the other to exhaust the score, then both.
+        // Long runs of one polarity, then of the other, then a mix.
         const int opposedPercent = call < 260 ? 98 : call < 380 ? 2 : 60;
         std::vector<Sample> samples(2 * static_cast<std::size_t>(RandomInt(random, 0, 12000)));
         const std::size_t frames = samples.size() / 2;
@@ -467,7 +468,7 @@ void FollowsThePlainCounter(bool planar) {
         std::vector<Sample> expected = samples;
         const std::vector<Sample> before = samples;
         const bool second = RandomInt(random, 0, 1) == 1;
-        ASSERT_EQ(second ? Check2(check, samples) : Check(check, samples), 0);
+        ASSERT_EQ(second ? Check2(check, samples) : Check(check, samples), RESULT_OK);
         const std::uint64_t totalBefore = plain.total;
         plain.Run(expected, second);
         ASSERT_TRUE(SameBits(samples, expected)) << "call " << call;

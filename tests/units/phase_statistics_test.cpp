@@ -38,7 +38,7 @@ TEST(PhaseStatistics, SixteenBitSilenceIncludes491InBothChannels) {
     EXPECT_FALSE(silent(-491, -492));
 }
 
-TEST(PhaseStatistics, EqualSignsAreInPhaseOppositeOnesOpposedAndAZeroIsNeither) {
+TEST(PhaseStatistics, EqualSignsAreInPhaseOppositeSignsOpposedAndAZeroNeither) {
     EXPECT_TRUE(IsInPhase<short>(500, 1));
     EXPECT_TRUE(IsInPhase<short>(-500, -1));
     EXPECT_FALSE(IsInPhase<short>(500, -1));

@@ -9,7 +9,7 @@
 
 #include "units/phase_check.h"
 
-/// Both detectors of PhaseCheck as their description reads, frame by frame.
+/// Reference model of both detectors of PhaseCheck, frame by frame.
 struct PlainDetectors {
     int rate = 0;
     bool planar = false;
@@ -19,7 +19,7 @@ struct PlainDetectors {
     bool invert = false;
 
     template <typename Sample>
-    static int Judge(Sample l, Sample r) {  // 0 silent, 1 in phase, 2 opposed
+    static int Classify(Sample l, Sample r) {  // 0 silent, 1 in phase, 2 opposed
         const double bound = std::is_same_v<Sample, short> ? 491.5 : 0.016;
         if (std::abs(static_cast<double>(l)) < bound && std::abs(static_cast<double>(r)) < bound) {
             return 0;
@@ -36,7 +36,7 @@ struct PlainDetectors {
         for (std::size_t i = 0; i < frames; ++i) {
             Sample& left = planar ? s[i] : s[2 * i];
             const Sample right = planar ? s[i + frames] : s[2 * i + 1];
-            const int what = Judge(left, right);
+            const int what = Classify(left, right);
             if (second) {
                 const bool opposite = static_cast<double>(left) * static_cast<double>(right) < 0;
                 score2 += what == 2 && opposite ? 1 : what == 1 ? -1 : 0;

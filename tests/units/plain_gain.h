@@ -5,8 +5,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-// The curves of AudioGain sample by sample and in plain words, with their own ways of truncating
-// and shifting: for the tests to compare with.
+// Reference model of the AudioGain curves, sample by sample, with its own truncation and shifts.
 
 /// The 16-bit curve.
 inline short PlainGain(float gain, int x) {

@@ -11,8 +11,8 @@
 
 using namespace audio_filter::internal;
 
-/// The kernels of the units sample by sample, branch by branch: what every level of the real ones
-/// is compared with.
+/// Reference kernels, sample by sample and with branches. Every level of the real ones is compared
+/// with them.
 namespace plain {
 
 template <typename Sample, typename Curve>
@@ -46,7 +46,7 @@ inline void Gain(const GainCurveFloat& curve, PcmView<float> samples) {
     });
 }
 
-/// The limiter by its table of slopes and starts.
+/// The limiter from its table of segment slopes and starts.
 inline short Limit(int sum) {
     constexpr int kShift[5] = {3, 6, 9, 12, 15};
     constexpr int kOffset[5] = {0, 28672, 32256, 32704, 32760};

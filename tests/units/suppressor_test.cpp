@@ -43,11 +43,14 @@ TEST(Suppressor, Takes8000_16000_32000HzAndRefuses48000AndTheRest) {
     }
 }
 
-TEST(Suppressor, TakesPolicies0To3) {
+TEST(Suppressor, TakesLevels0To3AndInitResetsTheLevelTo0) {
     const std::unique_ptr<Suppressor> suppressor = Ready(32000);
     for (int level = -2; level < 7; ++level) {
         EXPECT_EQ(suppressor->SetLevel(level), level >= 0 && level <= 3) << level;
     }
+    EXPECT_EQ(suppressor->mPolicy, 3);
+    EXPECT_TRUE(suppressor->Init(32000));
+    EXPECT_EQ(suppressor->mPolicy, 0);
 }
 
 TEST(Suppressor, RoundsToTheNearest16BitValueHalvesAwayFromZeroAndSaturates) {
@@ -64,10 +67,9 @@ TEST(Suppressor, RoundsToTheNearest16BitValueHalvesAwayFromZeroAndSaturates) {
     EXPECT_EQ(RoundToS16(-1e9F), -32768);
 }
 
-/// Where a sample lies in the analysis buffer decides how much of it counts, to the last bit: at
-/// every place, the values around the one whose weighted square vanishes are told apart as the
-/// suppressor itself does, which shows in its high band: delayed and untouched only if it left
-/// early.
+/// The window weights each place of the analysis buffer differently. At every place, values around
+/// the one whose weighted square underflows must give the suppressor's own decision, which shows in
+/// its high band: only an early exit delays it without changing it.
 void TellsVanishingFramesApartAsTheSuppressorDoes(int rate) {
     const std::size_t fresh = rate == 8000 ? 80 : 160;
     const std::size_t old = rate == 8000 ? 48 : 96;
@@ -120,17 +122,17 @@ void TellsVanishingFramesApartAsTheSuppressorDoes(int rate) {
     EXPECT_GT(normal, 100);
 }
 
-TEST(Suppressor, TellsVanishingFramesApartAsTheSuppressorDoesAt32000Hz) {
+TEST(Suppressor, DetectsTheEarlyExitOfUnderflowingBlocksAt32000Hz) {
     TellsVanishingFramesApartAsTheSuppressorDoes(32000);
 }
-TEST(Suppressor, TellsVanishingFramesApartAsTheSuppressorDoesAt16000Hz) {
+TEST(Suppressor, DetectsTheEarlyExitOfUnderflowingBlocksAt16000Hz) {
     TellsVanishingFramesApartAsTheSuppressorDoes(16000);
 }
-TEST(Suppressor, TellsVanishingFramesApartAsTheSuppressorDoesAt8000Hz) {
+TEST(Suppressor, DetectsTheEarlyExitOfUnderflowingBlocksAt8000Hz) {
     TellsVanishingFramesApartAsTheSuppressorDoes(8000);
 }
 
-TEST(Suppressor, AFloatFrameLeftEarlyReturnsTheHighBandOf96SamplesAgo) {
+TEST(Suppressor, AnEarlyExitOfAFloatBlockReturnsTheHighBandOf96SamplesAgo) {
     const std::unique_ptr<Suppressor> suppressor = Ready(32000);
     std::mt19937 random = SeededRandom();
     const Band<float> silence = {};
@@ -146,7 +148,7 @@ TEST(Suppressor, AFloatFrameLeftEarlyReturnsTheHighBandOf96SamplesAgo) {
     }
 }
 
-TEST(Suppressor, AFloatFrameOnTheOrdinaryPathHasAHighBandOfExactly0) {
+TEST(Suppressor, AFloatBlockWithoutAnEarlyExitHasAHighBandOfExactly0) {
     const std::unique_ptr<Suppressor> suppressor = Ready(32000);
     std::mt19937 random = SeededRandom();
     for (int frame = 0; frame < 50; ++frame) {
@@ -217,7 +219,7 @@ TEST(Suppressor, At8000HzSamplesFrom80OnComeOutAsZeros) {
     }
 }
 
-TEST(Suppressor, AFrameThatOverflowsItComesOutAsZerosAndTheNextOnesRunAsAfterARestart) {
+TEST(Suppressor, ABlockThatOverflowsItComesOutAsZerosAndRestartsIt) {
     const std::unique_ptr<Suppressor> suppressor = Ready(32000, 2);
     const std::unique_ptr<Suppressor> fresh = Ready(32000, 2);
     std::mt19937 random = SeededRandom();
@@ -246,7 +248,7 @@ TEST(Suppressor, AFrameThatOverflowsItComesOutAsZerosAndTheNextOnesRunAsAfterARe
     }
 }
 
-TEST(SuppressorBands, SixteenBitSplitAndMergeAreThePackagesFilters) {
+TEST(SuppressorBands, SixteenBitSplitAndMergeAreThePackagedFilters) {
     std::mt19937 random = SeededRandom();
     std::array<std::array<std::int32_t, 6>, 8> m = {};
     for (int frame = 0; frame < 20; ++frame) {

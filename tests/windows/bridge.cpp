@@ -1,5 +1,4 @@
-// Between the suppressor's ELF objects, which call and are called as on Linux, and a Windows
-// program.
+// Adapts the suppressor's ELF objects, which use the Linux calling convention, to a Windows program.
 
 #include <cmath>
 #include <cstddef>
@@ -9,7 +8,7 @@
 
 struct NsHandleT;
 
-// What the objects offer.
+// Functions that the objects export.
 #define ELF extern "C" __attribute__((sysv_abi))
 
 ELF NsHandleT* elf_WebRtcNs_Create();
@@ -56,7 +55,7 @@ void WebRtcSpl_SynthesisQMF(const std::int16_t* lowBand, const std::int16_t* hig
 }
 }
 
-// What the objects need.
+// Functions that the objects import.
 
 ELF double elf_cos(double x) {
     return std::cos(x);

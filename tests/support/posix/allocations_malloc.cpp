@@ -1,4 +1,4 @@
-// malloc and its kin, noted and passed on to the C library's own, or to a sanitizer's.
+// The malloc family, counted and passed on to the C library or to a sanitizer.
 
 #include <dlfcn.h>
 
@@ -18,9 +18,8 @@
 
 namespace {
 
-/// Whether the packaged suppressor asks, which writes to what it gets without looking whether it is
-/// there.
-bool AsksInBlindTrust(const void* caller) {
+/// Whether the caller is the packaged suppressor, which writes without checking the result of malloc.
+bool IsUncheckedCaller(const void* caller) {
     Dl_info of = {};
     return dladdr(caller, &of) != 0 && std::strstr(of.dli_fname, "libwebrtc") != nullptr;
 }
@@ -37,7 +36,7 @@ void NEXT(free)(void* memory);
 
 EXPORTED void* malloc(std::size_t size) {
     if (Allocations::Note()) {
-        if (!AsksInBlindTrust(__builtin_return_address(0))) {
+        if (!IsUncheckedCaller(__builtin_return_address(0))) {
             return nullptr;
         }
         Allocations::FailTheNextInstead();

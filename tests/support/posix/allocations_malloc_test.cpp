@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(AllocationsPosix, OfMallocAndReallocAndCallocAndAlignedMemoryAreCounted) {
+TEST(AllocationsPosix, OfMallocReallocCallocAndAlignedAllocAreCounted) {
     Allocations allocations;
     void* volatile memory = std::malloc(10);
     memory = std::realloc(memory, 100'000);

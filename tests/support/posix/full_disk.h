@@ -4,7 +4,7 @@
 
 #include <csignal>
 
-/// Lets no file grow beyond a size for as long as it lives: a disk that is full for a while.
+/// Simulates a full disk: while it exists, no file grows beyond a size.
 class FullDisk {
 public:
     explicit FullDisk(rlim_t bytes) : mHandler(std::signal(SIGXFSZ, SIG_IGN)) {

@@ -1,18 +1,18 @@
 #pragma once
 
-/// Counts what this thread asks of the system that may make it wait, from the construction of one
-/// on: pthread mutexes, waits for conditions and naps. Stands in for the C library's, and so
-/// belongs into an executable without a sanitizer. One at a time.
+/// Counts this thread's blocking calls while it exists: pthread mutexes, waits on conditions and
+/// sleeps. Replaces the C library's functions, so the executable cannot have a sanitizer. One object
+/// at a time.
 class LockCalls {
 public:
-    /// @param one the mutex to be counted by itself, at this address; null for none
+    /// @param one address of a mutex to count separately; null for none
     explicit LockCalls(const void* one = nullptr);
     ~LockCalls();
     LockCalls(const LockCalls&) = delete;
     LockCalls& operator=(const LockCalls&) = delete;
 
     int Locks() const;     ///< mutexes taken
-    int OfTheOne() const;  ///< of these, the one
+    int OfTheOne() const;  ///< locks of that mutex
     int Waits() const;
-    bool IsTheOneDestroyed() const;  ///< with success, which takes a mutex that nobody holds
+    bool IsTheOneDestroyed() const;  ///< successfully, so while nobody held it
 };

@@ -2,8 +2,8 @@
 
 #include <io.h>
 
-/// How many files this process holds open. stdio keeps track of every stream, so no leak checker
-/// sees one that is forgotten.
+/// The number of open files of this process. stdio references every stream, so leak checkers do not
+/// report one left open.
 inline long OpenFileCount() {
     constexpr int kMostFiles = 2048;
     long open = 0;
