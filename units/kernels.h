@@ -26,6 +26,9 @@ struct Kernels {
     PhaseCounts (*countPhasesS16)(PcmView<short> samples, const StereoLayout& layout, bool negate);
     PhaseCounts (*countPhasesFloat)(PcmView<float> samples, const StereoLayout& layout,
                                     bool negate);
+
+    /// Conversion of the suppressor's output: RoundToS16 of every sample.
+    void (*roundToS16)(std::span<const float> samples, short* out);
 };
 
 /// The levels that this machine supports, the baseline first.

@@ -6,6 +6,7 @@
 
 #include "units/kernels.h"
 #include "units/mix_limiter.h"
+#include "units/round_to_s16.h"
 
 namespace audio_filter::internal {
 

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <utility>
 
+#include "units/kernels.h"
 #include "units/suppressor_block.h"
 #include "units/webrtc_ns.h"
 
@@ -82,8 +83,8 @@ void Suppressor::Process(const short* low, const short* high, short* lowOut, sho
     Band lowResult = {};
     Band highResult = {};
     Run(lowIn.data(), highIn.data(), lowResult.data(), highResult.data());
-    std::transform(lowResult.begin(), lowResult.end(), lowOut, RoundToS16);
-    std::transform(highResult.begin(), highResult.end(), highOut, RoundToS16);
+    BestKernels().roundToS16(lowResult, lowOut);
+    BestKernels().roundToS16(highResult, highOut);
 }
 
 void Suppressor::Process(const float* low, const float* high, float* lowOut, float* highOut) {
@@ -115,14 +116,6 @@ void Suppressor::Run(const float* low, const float* high, float* lowOut, float* 
     float* const out[2] = {lowOut, highOut};
     WebRtcNs_Analyze(mHandle.get(), low);
     WebRtcNs_Process(mHandle.get(), in, 2, out);
-}
-
-short RoundToS16(float sample) {
-    // Not std::round: some C libraries add a half, which turns 0.49999997 into 1.
-    const float bounded = std::min(std::max(-32768.0F, sample), 32767.0F);
-    const int whole = static_cast<int>(bounded);
-    const float rest = bounded - static_cast<float>(whole);
-    return static_cast<short>(whole + (rest >= 0.5F ? 1 : 0) - (rest <= -0.5F ? 1 : 0));
 }
 
 void SplitBands(const short* samples, short* low, short* high, std::int32_t* memory1,

@@ -56,9 +56,6 @@ private:
     AnalysisWindow mWindow;
 };
 
-/// Rounds to the nearest 16-bit value, halves away from zero, and saturates.
-short RoundToS16(float sample);
-
 /// Splits kBlockSamples samples into two bands; each memory holds six values.
 void SplitBands(const short* samples, short* low, short* high, std::int32_t* memory1,
                 std::int32_t* memory2);

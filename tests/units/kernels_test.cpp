@@ -334,4 +334,58 @@ TEST(Kernels, PhasesOfEveryPairOfSpecialFloatsEqualThePlainKernel) {
     }
 }
 
+std::vector<short> RoundedBy(const Kernels& level, const std::vector<float>& samples) {
+    std::vector<short> rounded(samples.size() + 1, 0x5A5A);
+    level.roundToS16(samples, rounded.data());
+    EXPECT_EQ(rounded.back(), 0x5A5A) << level.level;
+    rounded.pop_back();
+    return rounded;
+}
+
+std::vector<short> RoundedPlainly(const std::vector<float>& samples) {
+    std::vector<short> rounded;
+    for (const float sample : samples) {
+        rounded.push_back(plain::Round(sample));
+    }
+    return rounded;
+}
+
+TEST(Kernels, RoundingIsToTheNearest16BitValueHalvesAwayFromZeroAndSaturates) {
+    const std::vector<float> samples = {0.5F,  -0.5F,    0.49999997F, -0.49999997F, 2.5F,
+                                        -3.5F, 32766.5F, 32767.5F,    1e9F,         -32768.4F,
+                                        -1e9F, INFINITY, -INFINITY,   NAN,          -0.0F};
+    const std::vector<short> expected = {1,     -1,     0,      0,     3,      -4,     32767, 32767,
+                                         32767, -32768, -32768, 32767, -32768, -32768, 0};
+    for (const Kernels& level : KernelLevels()) {
+        EXPECT_EQ(RoundedBy(level, samples), expected) << level.level;
+        for (std::size_t i = 0; i < samples.size(); ++i) {  // as remainders of a vector
+            EXPECT_EQ(RoundedBy(level, {samples[i]}).front(), expected[i]) << samples[i];
+        }
+    }
+}
+
+TEST(Kernels, RoundingOfEveryLengthUpTo140EqualsThePlainKernel) {
+    std::mt19937 random = SeededRandom();
+    for (const Kernels& level : KernelLevels()) {
+        for (std::size_t length = 0; length <= 2 * kLongest; ++length) {
+            std::vector<float> samples(length);
+            for (float& sample : samples) {
+                sample = static_cast<float>(RandomInt(random, -70000 * 8, 70000 * 8)) / 16.0F;
+            }
+            ASSERT_EQ(RoundedBy(level, samples), RoundedPlainly(samples)) << level.level;
+        }
+    }
+}
+
+TEST(Kernels, RoundingOfEvery1021stFloatEqualsThePlainKernel) {
+    std::vector<float> all;
+    for (std::uint64_t bits = 0; bits <= 0xFFFFFFFFU; bits += 1021) {
+        all.push_back(std::bit_cast<float>(static_cast<std::uint32_t>(bits)));
+    }
+    const std::vector<short> expected = RoundedPlainly(all);
+    for (const Kernels& level : KernelLevels()) {
+        ASSERT_TRUE(RoundedBy(level, all) == expected) << level.level;
+    }
+}
+
 }  // namespace

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 
@@ -44,6 +45,14 @@ inline void Gain(const GainCurveFloat& curve, PcmView<float> samples) {
         }
         return std::min(1.0F, std::max(-1.0F, y));  // a NaN becomes -1
     });
+}
+
+/// To nearest, halves away from zero, saturated; -32768 for NaN.
+inline short Round(float sample) {
+    if (std::isnan(sample)) {
+        return -32768;
+    }
+    return static_cast<short>(std::lround(std::clamp(sample, -32768.0F, 32767.0F)));
 }
 
 /// The limiter from its table of segment slopes and starts.
