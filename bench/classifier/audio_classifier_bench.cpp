@@ -11,7 +11,7 @@
 namespace {
 
 /// Processes a block of 320 samples.
-void Hear(AudioClassifier& classifier, Blocks<short>& blocks) {
+void RunBlock(AudioClassifier& classifier, Blocks<short>& blocks) {
     benchmark::DoNotOptimize(classifier.MusicCheck(reinterpret_cast<unsigned char*>(blocks.Next()),
                                                    static_cast<unsigned int>(blocks.Bytes())));
 }
@@ -22,7 +22,7 @@ void Classifier(benchmark::State& state) {
     AudioClassifier classifier;
     classifier.Init(1, static_cast<int>(state.range(0)), SAMPLE_FMT_S16);
     for (auto _ : state) {
-        Hear(classifier, blocks);
+        RunBlock(classifier, blocks);
     }
 }
 BENCHMARK(Classifier)->ArgName("rate")->Arg(32000)->Arg(44100)->Arg(48000);
@@ -34,7 +34,7 @@ void ClassifierOrdinaryCall(benchmark::State& state) {
     classifier.Init(1, static_cast<int>(state.range(0)), SAMPLE_FMT_S16);
     for (auto _ : state) {
         classifier.mGathered = 0;
-        Hear(classifier, blocks);
+        RunBlock(classifier, blocks);
     }
 }
 BENCHMARK(ClassifierOrdinaryCall)->ArgName("rate")->Arg(32000)->Arg(44100)->Arg(48000);
@@ -63,7 +63,7 @@ void ClassifierAnalysingCall(benchmark::State& state) {
     classifier.Init(1, static_cast<int>(state.range(0)), SAMPLE_FMT_S16);
     for (double step = 0.3; step < 3.1 && !classifier.GetRealTimeCheckRet(); step += 0.01) {
         Gather(classifier, step);
-        Hear(classifier, blocks);
+        RunBlock(classifier, blocks);
     }
     if (!classifier.GetRealTimeCheckRet()) {
         state.SkipWithError("no steady tone is music");
@@ -71,7 +71,7 @@ void ClassifierAnalysingCall(benchmark::State& state) {
     const unsigned int full = Full(classifier);
     for (auto _ : state) {
         classifier.mGathered = full;
-        Hear(classifier, blocks);
+        RunBlock(classifier, blocks);
     }
 }
 BENCHMARK(ClassifierAnalysingCall)->ArgName("rate")->Arg(32000)->Arg(44100)->Arg(48000);

@@ -22,7 +22,7 @@
 namespace {
 
 constexpr int kRate = 32000;
-constexpr std::size_t kFrame = 320;
+constexpr std::size_t kBlock = 320;
 
 using Suppress = std::function<void(const short*, short*)>;
 
@@ -35,7 +35,7 @@ Suppress Ours() {
     const auto denoise = std::make_shared<AudioDenoise>();
     denoise->Init(kRate, 1, SAMPLE_FMT_S16, 3);
     return [denoise](const short* in, short* out) {
-        int size = kFrame * sizeof(short);
+        int size = kBlock * sizeof(short);
         denoise->Process(reinterpret_cast<const char*>(in), reinterpret_cast<char*>(out), size);
     };
 }
@@ -46,19 +46,19 @@ Suppress Apm() {
     apm->noise_suppression()->Enable(true);
     return [apm](const short* in, short* out) {
         webrtc::AudioFrame frame;
-        frame.UpdateFrame(0, 0, in, kFrame, kRate, webrtc::AudioFrame::kNormalSpeech,
+        frame.UpdateFrame(0, 0, in, kBlock, kRate, webrtc::AudioFrame::kNormalSpeech,
                           webrtc::AudioFrame::kVadUnknown, 1);
         apm->ProcessStream(&frame);
-        std::copy(frame.data_, frame.data_ + kFrame, out);
+        std::copy(frame.data_, frame.data_ + kBlock, out);
     };
 }
 
 Suppress Speex() {
-    SpeexPreprocessState* state = speex_preprocess_state_init(kFrame, kRate);
+    SpeexPreprocessState* state = speex_preprocess_state_init(kBlock, kRate);
     int on = 1;
     speex_preprocess_ctl(state, SPEEX_PREPROCESS_SET_DENOISE, &on);
     return [state](const short* in, short* out) {
-        std::copy(in, in + kFrame, out);
+        std::copy(in, in + kBlock, out);
         speex_preprocess_run(state, out);
     };
 }
@@ -77,10 +77,10 @@ int main(int argc, char** argv) {
                                                : Speex();
     std::ifstream in(argv[2], std::ios::binary);
     std::ofstream out(argv[3], std::ios::binary);
-    short frame[kFrame];
-    short result[kFrame];
-    while (in.read(reinterpret_cast<char*>(frame), sizeof(frame))) {
-        suppress(frame, result);
+    short block[kBlock];
+    short result[kBlock];
+    while (in.read(reinterpret_cast<char*>(block), sizeof(block))) {
+        suppress(block, result);
         out.write(reinterpret_cast<const char*>(result), sizeof(result));
     }
     return out.flush() ? 0 : 1;

@@ -27,7 +27,7 @@ public:
             case 2: Analyse(); break;
             case 3: Spectrum(); break;
             case 4: Emphasis(); break;
-            case 5: Frames(); break;
+            case 5: Segments(); break;
             case 6: Vote(); break;
             case 7: SplitChannels(); break;
             case 8: Numbers(); break;
@@ -158,11 +158,11 @@ private:
     }
 
     /// Segments and their energies.
-    void Frames() {
+    void Segments() {
         Floats signal = SomeFloats(mScript.Count(400));
         const auto length = static_cast<unsigned short>(mScript.Within(0, 300));
         const auto hop = static_cast<unsigned short>(mScript.Within(0, 100));
-        float** frames =
+        float** segments =
             mUnit->frameSeg(signal.data(), static_cast<unsigned short>(signal.size()), length, hop);
         const unsigned count = mUnit->mFrameCount;
         const int spare = static_cast<int>(signal.size()) - length;
@@ -173,15 +173,15 @@ private:
             for (std::size_t i = 0; i < length && j * hop + i < signal.size(); ++i) {
                 expected[i] = signal[j * hop + i] * window[i];
             }
-            ExpectSameNumbers(frames[j], expected);
+            ExpectSameNumbers(segments[j], expected);
         }
-        const float share = mUnit->lowEnergyFrameRate(frames, length, count, mScript.AnyFloat());
+        const float share = mUnit->lowEnergyFrameRate(segments, length, count, mScript.AnyFloat());
         ASSERT_TRUE(count == 0 ? std::isnan(share) : share >= 0.0F && share <= 1.0F);
         float thresholds[4] = {mScript.AnyFloat(), 0.25F, 0.125F, mScript.AnyFloat()};
         algoParam param = mUnit->getAlgoParam(static_cast<unsigned short>(mScript.AnyInt()));
-        mUnit->musicCheckByLowEnergyFrameRate(frames, length, count, thresholds,
+        mUnit->musicCheckByLowEnergyFrameRate(segments, length, count, thresholds,
                                               param.lowEnergyCentres);
-        mUnit->array2dDelete(reinterpret_cast<void**>(frames), count);
+        mUnit->array2dDelete(reinterpret_cast<void**>(segments), count);
     }
 
     void Vote() {

@@ -20,7 +20,7 @@ namespace {
 class PlainChannel {
 public:
     PlainChannel(int rate, SampleFmt fmt, int level)
-        : mFrame(rate / 100), mWidth(fmt == SAMPLE_FMT_S16 || fmt == SAMPLE_FMT_S16P ? 2 : 4) {
+        : mBlock(rate / 100), mWidth(fmt == SAMPLE_FMT_S16 || fmt == SAMPLE_FMT_S16P ? 2 : 4) {
         Silence();
         mWrap.Init(rate, fmt, level);
     }
@@ -37,14 +37,14 @@ public:
     /// Takes one sample. @return 10 ms of output once they are complete, else nothing
     std::vector<char> Take(const char* sample) {
         mWaiting.insert(mWaiting.end(), sample, sample + mWidth);
-        if (mFrame == 0 || mWaiting.size() < static_cast<std::size_t>(mFrame * mWidth)) {
+        if (mBlock == 0 || mWaiting.size() < static_cast<std::size_t>(mBlock * mWidth)) {
             return {};
         }
         std::copy_n(mWaiting.begin(), std::min(mWaiting.size(), mIn.size()), mIn.begin());
         mWaiting.clear();
         mWrap.Process(mIn.data(), mOut.data());
         std::vector<char> out = mOut;
-        out.resize(static_cast<std::size_t>(mFrame * mWidth), '\0');
+        out.resize(static_cast<std::size_t>(mBlock * mWidth), '\0');
         return out;
     }
 
@@ -55,7 +55,7 @@ private:
         mOut = mIn;
     }
 
-    int mFrame;
+    int mBlock;
     int mWidth;
     std::vector<char> mWaiting;
     std::vector<char> mIn;
@@ -167,13 +167,13 @@ private:
         const std::size_t step = width * Channels();
         std::vector<char> out;
         for (std::size_t at = 0; at + step <= given.size(); at += step) {
-            std::vector<std::vector<char>> frames;
+            std::vector<std::vector<char>> blocks;
             for (std::size_t i = 0; i < mPlain.size(); ++i) {
-                frames.push_back(mPlain[i].Take(&given[at + i * width]));
+                blocks.push_back(mPlain[i].Take(&given[at + i * width]));
             }
-            for (std::size_t sample = 0; sample < frames[0].size(); sample += width) {
-                for (const std::vector<char>& frame : frames) {
-                    out.insert(out.end(), &frame[sample], &frame[sample] + width);
+            for (std::size_t sample = 0; sample < blocks[0].size(); sample += width) {
+                for (const std::vector<char>& block : blocks) {
+                    out.insert(out.end(), &block[sample], &block[sample] + width);
                 }
             }
         }

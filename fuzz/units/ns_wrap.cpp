@@ -90,19 +90,19 @@ private:
     }
 
     void Refuse() {
-        Block frame(320 * sizeof(float));
-        ASSERT_EQ(mWrap.Process(nullptr, frame.Data()), RESULT_FAILURE);
-        ASSERT_EQ(mWrap.Process(frame.Data(), nullptr), RESULT_FAILURE);
+        Block samples(320 * sizeof(float));
+        ASSERT_EQ(mWrap.Process(nullptr, samples.Data()), RESULT_FAILURE);
+        ASSERT_EQ(mWrap.Process(samples.Data(), nullptr), RESULT_FAILURE);
     }
 
     void Process() {
         const bool runs = mBuffers != SAMPLE_FMT_NONE && mBuffers == mFmt;
         const std::size_t bytes = 320 * (mFmt == SAMPLE_FMT_FLT ? sizeof(float) : sizeof(short));
-        const int frames = mScript.OneIn(6) ? mScript.Within(1, 60) : 1;
+        const int blocks = mScript.OneIn(6) ? mScript.Within(1, 60) : 1;
         const bool inPlace = mScript.ConsumeBool();
         const std::size_t shift = mScript.Count(7);
         const std::vector<char> given = mScript.Bytes(bytes, mFmt);
-        for (int frame = 0; frame < frames; ++frame) {
+        for (int i = 0; i < blocks; ++i) {
             Block in(given, shift);
             Block other(bytes, shift);
             Block& out = inPlace ? in : other;

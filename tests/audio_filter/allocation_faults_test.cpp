@@ -77,9 +77,9 @@ private:
 };
 
 bool AnotherThreadGetsIn(AudioFilter& filter) {
-    bool answer = true;
-    std::thread([&] { answer = filter.SetParameter(nullptr, AP_GAIN); }).join();
-    return !answer;
+    bool result = true;
+    std::thread([&] { result = filter.SetParameter(nullptr, AP_GAIN); }).join();
+    return !result;
 }
 
 TEST(AllocationFaults, AFilterWithoutMemoryThrows) {
@@ -118,8 +118,9 @@ int FailInit(const Stream& stream, const Stream* before) {
     const std::vector<char> expected = session.Run(undisturbed->filter);
     return FailEach(make, init, [&](Started& started, int code) {
         EXPECT_TRUE(code == RESULT_OK || code == kThrew);
-        const std::vector<char> answer = session.Run(started.filter, 1);
-        EXPECT_EQ(answer.front(), code == RESULT_OK ? expected.front() : RESULT_NOT_INITIALISED);
+        const std::vector<char> result = session.Run(started.filter, 1);
+        EXPECT_EQ(result.front(),
+                  code == RESULT_OK ? expected.front() : static_cast<char>(RESULT_NOT_INITIALISED));
         EXPECT_EQ(Init(started.filter, stream, AllOn()), RESULT_OK);
         EXPECT_TRUE(session.Run(started.filter) == expected);
     });
@@ -163,12 +164,12 @@ TEST(AllocationFaults, ASetMethodThatThrewHasNotifiedEverySwitchAndCanBeRepeated
         [](Subject& subject, int code) {
             EXPECT_TRUE(AnotherThreadGetsIn(subject.filter));
             EXPECT_TRUE(code == kThrew || subject.events.size() == 3);
-            const auto heard = [&](int event) {
+            const auto notified = [&](int event) {
                 return std::count(subject.events.begin(), subject.events.end(), event) == 1;
             };
-            EXPECT_EQ(subject.filter.mSwitchState[AP_PHASE_CHECK], heard(150003));
-            EXPECT_EQ(subject.filter.mSwitchState[AP_GAIN], !heard(150008));
-            EXPECT_EQ(subject.filter.mSwitchState[AP_MIXING], heard(150009));
+            EXPECT_EQ(subject.filter.mSwitchState[AP_PHASE_CHECK], notified(150003));
+            EXPECT_EQ(subject.filter.mSwitchState[AP_GAIN], !notified(150008));
+            EXPECT_EQ(subject.filter.mSwitchState[AP_MIXING], notified(150009));
             EXPECT_TRUE(subject.filter.SetMethod(&subject.switches));
             EXPECT_EQ(subject.events, (std::vector<int>{150003, 150008, 150009}));
             EXPECT_EQ(subject.switches.size(), 4U);

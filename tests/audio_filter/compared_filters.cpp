@@ -75,9 +75,9 @@ void ComparedFilters::SetParameter(const ProcessParam* param, ProcessType type) 
     ExpectTheSame();
 }
 
-void ComparedFilters::SetListener(bool listens) {
-    mExpected->hasListener = listens;
-    EXPECT_TRUE(mFilter->SetListener(listens ? &mListener : nullptr));
+void ComparedFilters::SetListener(bool isSet) {
+    mExpected->hasListener = isSet;
+    EXPECT_TRUE(mFilter->SetListener(isSet ? &mListener : nullptr));
     ExpectTheSame();
 }
 

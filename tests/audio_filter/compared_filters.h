@@ -23,7 +23,7 @@ public:
     void Clear();
     void SetMethod(const ProcessSwitchMap* switches);
     void SetParameter(const ProcessParam* param, ProcessType type);
-    void SetListener(bool listens);
+    void SetListener(bool isSet);
 
     /// @param call its size, sources and input bytes: `size` of them, unless the call is refused
     ///        before reading. The buffers are made here, as large as the headers require.

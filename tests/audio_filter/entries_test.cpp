@@ -227,15 +227,15 @@ TEST_F(Entries, ABufferOfAnotherFormatThanRequestedIsCopiedAndReturns12) {
     Start(48000, 2, SAMPLE_FMT_S16, {AP_DENOISE});
     std::vector<short> block = Noise(960);
     EXPECT_EQ(Process(block, {kMic}), RESULT_NEEDS_RESAMPLING);
-    const AVParam asked = param;
+    const AVParam requested = param;
     for (std::int32_t AVParam::*field :
          {&AVParam::audioSampleRate, &AVParam::audioChannels, &AVParam::audioSampleFmt}) {
-        param = asked;
+        param = requested;
         param.*field += 1;
         EXPECT_EQ(Resample(block), RESULT_RESAMPLED);
         EXPECT_EQ(Out<short>(), block);
     }
-    param = asked;
+    param = requested;
     EXPECT_EQ(Resample(block), RESULT_RESAMPLED);
     EXPECT_NE(Out<short>(), block);
 }

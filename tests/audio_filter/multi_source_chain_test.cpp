@@ -19,9 +19,9 @@ std::string Number(const void* address) {
     return std::to_string(LogAddress(address));
 }
 
-std::vector<AVSourceType> Kinds(std::initializer_list<int> kinds) {
+std::vector<AVSourceType> Types(std::initializer_list<int> types) {
     std::vector<AVSourceType> sources;
-    for (const int kind : kinds) {
+    for (const int kind : types) {
         sources.push_back(static_cast<AVSourceType>(kind));
     }
     return sources;
@@ -49,10 +49,10 @@ protected:
     }
 
     /// The frames that each checker counts for blocks of 100 frames.
-    std::vector<std::uint64_t> CountedOf(std::initializer_list<int> kinds) {
+    std::vector<std::uint64_t> CountedOf(std::initializer_list<int> types) {
         Start(32000, 2, SAMPLE_FMT_S16, {AP_PHASE_CHECK, AP_MIXING});
-        std::vector<short> samples(200 * kinds.size(), 1000);
-        EXPECT_EQ(Process(samples, Kinds(kinds)), RESULT_OK);
+        std::vector<short> samples(200 * types.size(), 1000);
+        EXPECT_EQ(Process(samples, Types(types)), RESULT_OK);
         return Counted();
     }
 
@@ -62,25 +62,25 @@ protected:
 using Counts = std::vector<std::uint64_t>;
 
 TEST_F(MultiSourceChain, Sources1_5_1AreAnErrorAnd0_2_0RepeatAndAnEmptyListDoesNot) {
-    EXPECT_FALSE(filter->CheckSameSrcType(Kinds({1, 5, 1})));
+    EXPECT_FALSE(filter->CheckSameSrcType(Types({1, 5, 1})));
     EXPECT_EQ(log.Lines(), Lines{"[ERROR]MediaProcessLog:AudioFilter::CheckSameSrcType:683:audio "
                                  "source check get a error type "});
-    EXPECT_TRUE(filter->CheckSameSrcType(Kinds({0, 2, 0})));
-    EXPECT_TRUE(filter->CheckSameSrcType(Kinds({1, 1, 5}))) << "before the unknown type";
+    EXPECT_TRUE(filter->CheckSameSrcType(Types({0, 2, 0})));
+    EXPECT_TRUE(filter->CheckSameSrcType(Types({1, 1, 5}))) << "before the unknown type";
     EXPECT_FALSE(filter->CheckSameSrcType({}));
-    EXPECT_FALSE(filter->CheckSameSrcType(Kinds({3, 2, 1, 0})));
+    EXPECT_FALSE(filter->CheckSameSrcType(Types({3, 2, 1, 0})));
     EXPECT_EQ(log.Lines(), Lines{});
-    EXPECT_FALSE(filter->CheckSameSrcType(Kinds({-1, 0, 0})));
+    EXPECT_FALSE(filter->CheckSameSrcType(Types({-1, 0, 0})));
     EXPECT_EQ(log.Lines().size(), 1U);
 }
 
 TEST_F(MultiSourceChain, PrivateSourceQueriesCountMicrophones) {
-    EXPECT_TRUE(filter->HaveMicSrc(Kinds({0, 2, 0})));
-    EXPECT_TRUE(filter->CheckMultiMicSrc(Kinds({0, 2, 0})));
-    EXPECT_TRUE(filter->HaveMicSrc(Kinds({1, 0})));
-    EXPECT_FALSE(filter->CheckMultiMicSrc(Kinds({1, 0})));
-    EXPECT_FALSE(filter->HaveMicSrc(Kinds({1, 2, 3})));
-    EXPECT_FALSE(filter->CheckMultiMicSrc(Kinds({1, 2, 3})));
+    EXPECT_TRUE(filter->HaveMicSrc(Types({0, 2, 0})));
+    EXPECT_TRUE(filter->CheckMultiMicSrc(Types({0, 2, 0})));
+    EXPECT_TRUE(filter->HaveMicSrc(Types({1, 0})));
+    EXPECT_FALSE(filter->CheckMultiMicSrc(Types({1, 0})));
+    EXPECT_FALSE(filter->HaveMicSrc(Types({1, 2, 3})));
+    EXPECT_FALSE(filter->CheckMultiMicSrc(Types({1, 2, 3})));
 }
 
 TEST_F(MultiSourceChain, TwoMicrophonesAreMixedWithoutAPhaseCheck) {
@@ -107,9 +107,9 @@ TEST_F(MultiSourceChain, AnUnknownSourceTypeBeforeTheRepetitionDoesNotSkipTheChe
 TEST_F(MultiSourceChain, AMonoStreamOrASwitchedOffCheckIsNotPhaseChecked) {
     Start(32000, 1, SAMPLE_FMT_S16, {AP_PHASE_CHECK, AP_MIXING});
     std::vector<short> samples(400, 1000);
-    EXPECT_EQ(Process(samples, Kinds({0, 1})), RESULT_OK);
+    EXPECT_EQ(Process(samples, Types({0, 1})), RESULT_OK);
     Start(32000, 2, SAMPLE_FMT_S16, {AP_MIXING});
-    EXPECT_EQ(Process(samples, Kinds({0, 1})), RESULT_OK);
+    EXPECT_EQ(Process(samples, Types({0, 1})), RESULT_OK);
     EXPECT_EQ(Counted(), (Counts{0, 0, 0}));
 }
 
@@ -119,7 +119,7 @@ TEST_F(MultiSourceChain, WithoutAMicrophoneTheMixIsCopiedWithoutDetectionAndSupp
     const std::vector<short> expected = Mixed(samples, 2);
     size = 1600;
     std::vector<short> result(1600);
-    EXPECT_EQ(filter->Process(BytesOf(samples), BytesOf(result), size, Kinds({1, 2}), param, 0),
+    EXPECT_EQ(filter->Process(BytesOf(samples), BytesOf(result), size, Types({1, 2}), param, 0),
               RESULT_OK);
     EXPECT_EQ(size, 800);
     result.resize(400);
@@ -141,7 +141,7 @@ TEST_F(MultiSourceChain, WithoutAMicrophoneTheMixIsCopiedWithoutDetectionAndSupp
 TEST_F(MultiSourceChain, WithGainTheMixIsGainedInTheWorkBufferAndTheCopyLogsIn) {
     Start(32000, 2, SAMPLE_FMT_FLT, {AP_PHASE_CHECK, AP_GAIN, AP_MIXING});
     std::vector<float> samples(800, 0.1F);
-    EXPECT_EQ(Process(samples, Kinds({1, 2})), RESULT_OK);
+    EXPECT_EQ(Process(samples, Types({1, 2})), RESULT_OK);
     const std::vector<float> result = Out<float>();
     ASSERT_EQ(result.size(), 400U);
     EXPECT_GT(result[0], 0.2F);
@@ -172,7 +172,7 @@ TEST_F(MultiSourceChain, WithAMicrophoneTheSuppressorWritesTheOutputAndGainRunsT
     expected.resize(640);
     size = 2800;
     std::vector<short> result(1400);
-    EXPECT_EQ(filter->Process(BytesOf(samples), BytesOf(result), size, Kinds({0, 1}), param, 0),
+    EXPECT_EQ(filter->Process(BytesOf(samples), BytesOf(result), size, Types({0, 1}), param, 0),
               RESULT_OK);
     EXPECT_EQ(size, 1280);
     result.resize(640);
@@ -192,7 +192,7 @@ TEST_F(MultiSourceChain, At48000HzWithAMicrophoneTheMixIsHandedBackWith9) {
     Start(48000, 1, SAMPLE_FMT_S16, {AP_DENOISE, AP_GAIN, AP_MIXING});
     std::vector<short> samples = Noise(960);
     const std::vector<short> expected = Mixed(samples, 2);
-    EXPECT_EQ(Process(samples, Kinds({1, 0})), RESULT_NEEDS_RESAMPLING);
+    EXPECT_EQ(Process(samples, Types({1, 0})), RESULT_NEEDS_RESAMPLING);
     EXPECT_EQ(Out<short>(), expected);
     EXPECT_EQ(param.audioSampleRate, 32000);
     EXPECT_EQ(param.audioChannels, 1);
@@ -203,7 +203,7 @@ TEST_F(MultiSourceChain, At44100HzTheLevelIs0WhileTheMixIsMusic) {
     Start(44100, 2, SAMPLE_FMT_S16, {AP_DENOISE, AP_MIXING});
     std::vector<short> samples(1764);
     filter->mClassifier.mSmoothedResult = true;
-    EXPECT_EQ(Process(samples, Kinds({0, 1})), RESULT_OK);
+    EXPECT_EQ(Process(samples, Types({0, 1})), RESULT_OK);
     EXPECT_TRUE(filter->mIsMusic);
     EXPECT_EQ(filter->mDenoise.mNsL->mNs->mLevel, 0);
 }
@@ -214,7 +214,7 @@ TEST_F(MultiSourceChain, WithoutAnInitialisedSuppressorTheResultIsTheUntouchedOu
     std::vector<short> samples = Noise(640);
     std::vector<short> result(640, 77);
     size = 1280;
-    EXPECT_EQ(filter->Process(BytesOf(samples), BytesOf(result), size, Kinds({0, 1}), param, 0),
+    EXPECT_EQ(filter->Process(BytesOf(samples), BytesOf(result), size, Types({0, 1}), param, 0),
               RESULT_OK);
     EXPECT_EQ(size, 640);
     EXPECT_EQ(result, std::vector<short>(640, 77));

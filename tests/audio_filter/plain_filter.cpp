@@ -221,7 +221,7 @@ int PlainFilter::Single(Call& call) {
     bool denoised = false;
     if (on[AP_DENOISE] && kind == 0) {
         fromWork = true;
-        Listen(in, size);
+        DetectMusic(in, size);
         if (mRate != 8000 && mRate != 16000 && (mRate < 32000 || mRate > 44100)) {
             return HandBack(call, call.in);
         }
@@ -298,7 +298,7 @@ int PlainFilter::Multi(Call& call) {
     const void* address = call.workAddress;
     const bool microphone = std::count(call.sources.begin(), call.sources.end(), 0) > 0;
     if (on[AP_DENOISE] && microphone) {
-        Listen(mWork.data(), size);
+        DetectMusic(mWork.data(), size);
         if (mRate != 8000 && mRate != 16000 && (mRate < 32000 || mRate > 44100)) {
             return HandBack(call, mWork);
         }
@@ -326,7 +326,7 @@ int PlainFilter::Multi(Call& call) {
     return 0;
 }
 
-void PlainFilter::Listen(char* data, int size) {
+void PlainFilter::DetectMusic(char* data, int size) {
     if (mRate >= 32000 && mRate <= 44100 && mClassifier.IsInited()) {
         music = mClassifier.MusicCheck(reinterpret_cast<unsigned char*>(data),
                                        static_cast<unsigned int>(size));

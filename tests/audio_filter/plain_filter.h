@@ -65,7 +65,7 @@ private:
                 const char* opening);
     int Single(Call& call);
     int Multi(Call& call);
-    void Listen(char* data, int size);
+    void DetectMusic(char* data, int size);
     int HandBack(Call& call, const std::vector<char>& from);
 
     bool mInited = false;

@@ -14,7 +14,7 @@
 
 namespace {
 
-struct Asked {
+struct Counts {
     std::size_t allocations = 0;
     int locks = 0;
     int waits = 0;
@@ -22,7 +22,7 @@ struct Asked {
 };
 
 /// Ten seconds of blocks of 10 ms with everything on, and the counts of the calls.
-Asked TenSeconds(int rate, int channels, SampleFmt fmt, std::vector<AVSourceType> sources) {
+Counts TenSeconds(int rate, int channels, SampleFmt fmt, std::vector<AVSourceType> sources) {
     const auto filter = std::make_unique<AudioFilter>();
     ProcessSwitchMap switches = {
         {AP_DENOISE, true}, {AP_PHASE_CHECK, true}, {AP_GAIN, true}, {AP_MIXING, true}};
@@ -37,7 +37,7 @@ Asked TenSeconds(int rate, int channels, SampleFmt fmt, std::vector<AVSourceType
     std::vector<char> in(samples * width);
     std::vector<char> out(samples * width + 320 * 8);
     AVParam param;
-    Asked asked;
+    Counts counts;
     for (std::size_t block = 0; block < 1000; ++block) {
         std::copy(bytes + block * in.size(), bytes + (block + 1) * in.size(), in.begin());
         // The caller makes the source list, so it is made before counting.
@@ -50,12 +50,12 @@ Asked TenSeconds(int rate, int channels, SampleFmt fmt, std::vector<AVSourceType
         if (code == RESULT_NEEDS_RESAMPLING) {
             filter->ProcessResample(in.data(), out.data(), size, std::move(one), param, 0);
         }
-        asked.allocations += allocations.Stop();
-        asked.locks += calls.Locks();
-        asked.waits += calls.Waits();
-        asked.calls += code == RESULT_NEEDS_RESAMPLING ? 2 : 1;
+        counts.allocations += allocations.Stop();
+        counts.locks += calls.Locks();
+        counts.waits += calls.Waits();
+        counts.calls += code == RESULT_NEEDS_RESAMPLING ? 2 : 1;
     }
-    return asked;
+    return counts;
 }
 
 TEST(ProcessingPath, AllocatesNothingAndBlocksOnlyOnItsOwnLock) {
@@ -65,13 +65,13 @@ TEST(ProcessingPath, AllocatesNothingAndBlocksOnlyOnItsOwnLock) {
         for (const int channels : {1, 2}) {
             for (const SampleFmt fmt : {SAMPLE_FMT_S16, SAMPLE_FMT_FLT}) {
                 for (const auto& sources : {microphone, three}) {
-                    const Asked asked = TenSeconds(rate, channels, fmt, sources);
+                    const Counts counts = TenSeconds(rate, channels, fmt, sources);
                     const std::string stream = std::to_string(rate) + " Hz, " +
                                                std::to_string(channels) + " channels, format " +
                                                std::to_string(fmt);
-                    EXPECT_EQ(asked.allocations, 0U) << stream;
-                    EXPECT_EQ(asked.locks, asked.calls) << stream;
-                    EXPECT_EQ(asked.waits, 0) << stream;
+                    EXPECT_EQ(counts.allocations, 0U) << stream;
+                    EXPECT_EQ(counts.locks, counts.calls) << stream;
+                    EXPECT_EQ(counts.waits, 0) << stream;
                 }
             }
         }

@@ -135,16 +135,16 @@ private:
     }
 
     void Entry() {
-        using Kind = ComparedFilters::Entry;
-        const Kind entry =
-            OneOf<Kind>(mRandom, {Kind::kProcess, Kind::kProcess, Kind::kProcess, Kind::kProcess,
-                                  Kind::kProcessResample, Kind::kSyncProcessDelay});
+        using Entry = ComparedFilters::Entry;
+        const Entry entry = OneOf<Entry>(
+            mRandom, {Entry::kProcess, Entry::kProcess, Entry::kProcess, Entry::kProcess,
+                      Entry::kProcessResample, Entry::kSyncProcessDelay});
         PlainFilter::Call call;
         call.sources = RandomSources();
         call.size = RandomSize(static_cast<int>(call.sources.size()));
         call.nullIn = Chance(mRandom, 1);
         call.nullOut = Chance(mRandom, 1);
-        call.inPlace = entry != Kind::kProcessResample && Chance(mRandom, 20);
+        call.inPlace = entry != Entry::kProcessResample && Chance(mRandom, 20);
         call.in = RandomBytes(std::max(call.size, 0));
         call.param.audioSampleRate = mFilters.Filter().mProcessRate;
         call.param.audioChannels = mFilters.Filter().mChannels;

@@ -119,15 +119,15 @@ TEST(AllocationFaults, TheRoutinesOfTheAnalysisThrowWithoutALeak) {
         const std::unique_ptr<float[]> magnitudes(classifier.fft(emphasised.get(), 1024, 62));
         const std::unique_ptr<float[]> spectrum(new float[32000]());
         const std::unique_ptr<float[]> rates(classifier.subBandEnergyRate(spectrum.get()));
-        float** frames = classifier.frameSeg(emphasised.get(), 1024, 256, 128);
+        float** segments = classifier.frameSeg(emphasised.get(), 1024, 256, 128);
         const auto count = classifier.mFrameCount;
         int code = 0;
         try {
-            classifier.lowEnergyFrameRate(frames, 256, count, 0.5F);
+            classifier.lowEnergyFrameRate(segments, 256, count, 0.5F);
         } catch (const std::bad_alloc&) {
             code = kThrew;
         }
-        classifier.array2dDelete(reinterpret_cast<void**>(frames), count);
+        classifier.array2dDelete(reinterpret_cast<void**>(segments), count);
         return code;
     };
     const auto check = [&steps](AudioClassifier& classifier, int) {

@@ -26,16 +26,16 @@ protected:
         return std::vector<float>(array, array + count);
     }
 
-    std::vector<std::vector<float>> Frames(std::vector<float> signal, unsigned short length,
-                                           unsigned short hop) {
+    std::vector<std::vector<float>> Segments(std::vector<float> signal, unsigned short length,
+                                             unsigned short hop) {
         float** rows = classifier.frameSeg(signal.data(),
                                            static_cast<unsigned short>(signal.size()), length, hop);
-        std::vector<std::vector<float>> frames;
+        std::vector<std::vector<float>> segments;
         for (unsigned i = 0; i < classifier.mFrameCount; ++i) {
-            frames.emplace_back(rows[i], rows[i] + length);
+            segments.emplace_back(rows[i], rows[i] + length);
         }
         classifier.array2dDelete(reinterpret_cast<void**>(rows), classifier.mFrameCount);
-        return frames;
+        return segments;
     }
 
     AudioClassifier classifier;
@@ -150,43 +150,43 @@ TEST_F(AudioClassifierRoutines, HadmanMultiMultipliesInPlace) {
     EXPECT_EQ(data[2], 3.0F);
 }
 
-TEST_F(AudioClassifierRoutines, FrameSegOf9SamplesInFramesOf4EveryHop2IsThreeWindowedFrames) {
+TEST_F(AudioClassifierRoutines, FrameSegOf9SamplesWithLength4AndHop2IsThreeWindowedSegments) {
     const std::vector<float> signal = {1, 2, 3, 4, 5, 6, 7, 8, 9};
     const std::vector<float> window = Values(classifier.hammingWindow(4, 1.0F), 4);
-    const auto frames = Frames(signal, 4, 2);
-    ASSERT_EQ(frames.size(), 3U);
+    const auto segments = Segments(signal, 4, 2);
+    ASSERT_EQ(segments.size(), 3U);
     for (std::size_t k = 0; k < 3; ++k) {
         for (std::size_t i = 0; i < 4; ++i) {
-            EXPECT_EQ(frames[k][i], signal[2 * k + i] * window[i]);
+            EXPECT_EQ(segments[k][i], signal[2 * k + i] * window[i]);
         }
     }
 }
 
-TEST_F(AudioClassifierRoutines, FrameSegOf100SamplesInFramesOf1024HasNoFrame) {
-    EXPECT_TRUE(Frames(std::vector<float>(100, 1.0F), 1024, 512).empty());
+TEST_F(AudioClassifierRoutines, FrameSegOf100SamplesWithLength1024HasNoSegment) {
+    EXPECT_TRUE(Segments(std::vector<float>(100, 1.0F), 1024, 512).empty());
     EXPECT_EQ(classifier.mFrameCount, 0);
     EXPECT_EQ(classifier.mWindow.size(), 1024U);
 }
 
-TEST_F(AudioClassifierRoutines, FrameSegOf600SamplesInAFrameOf1024PadsWith424Zeros) {
-    const auto frames = Frames(std::vector<float>(600, 1.0F), 1024, 512);
-    ASSERT_EQ(frames.size(), 1U);
-    EXPECT_NE(frames[0][599], 0.0F);
+TEST_F(AudioClassifierRoutines, FrameSegOf600SamplesWithLength1024PadsWith424Zeros) {
+    const auto segments = Segments(std::vector<float>(600, 1.0F), 1024, 512);
+    ASSERT_EQ(segments.size(), 1U);
+    EXPECT_NE(segments[0][599], 0.0F);
     for (std::size_t i = 600; i < 1024; ++i) {
-        ASSERT_EQ(frames[0][i], 0.0F);
+        ASSERT_EQ(segments[0][i], 0.0F);
     }
 }
 
-TEST_F(AudioClassifierRoutines, FrameSegWithoutAHopHasNoFrame) {
-    EXPECT_TRUE(Frames(std::vector<float>(10, 1.0F), 4, 0).empty());
+TEST_F(AudioClassifierRoutines, FrameSegWithoutAHopHasNoSegment) {
+    EXPECT_TRUE(Segments(std::vector<float>(10, 1.0F), 4, 0).empty());
 }
 
 TEST_F(AudioClassifierRoutines, TheWindowIsRebuiltOnlyForAnotherLength) {
-    Frames(std::vector<float>(16, 1.0F), 8, 4);
+    Segments(std::vector<float>(16, 1.0F), 8, 4);
     classifier.mWindow[0] = 7.0F;
-    EXPECT_EQ(Frames(std::vector<float>(16, 1.0F), 8, 4)[0][0], 7.0F);
-    Frames(std::vector<float>(16, 1.0F), 9, 4);
-    EXPECT_NE(Frames(std::vector<float>(16, 1.0F), 8, 4)[0][0], 7.0F);
+    EXPECT_EQ(Segments(std::vector<float>(16, 1.0F), 8, 4)[0][0], 7.0F);
+    Segments(std::vector<float>(16, 1.0F), 9, 4);
+    EXPECT_NE(Segments(std::vector<float>(16, 1.0F), 8, 4)[0][0], 7.0F);
 }
 
 TEST_F(AudioClassifierRoutines, FftReturnsHalfTheSizeAnd1Magnitudes) {
@@ -237,9 +237,9 @@ TEST_F(AudioClassifierRoutines, LowEnergyFrameRateCountsStrictlyBelowTheLimit) {
     float quiet[] = {1.0F, 0.0F};
     float same[] = {1.0F, 1.0F};
     float loud[] = {3.0F, 0.0F};
-    float* frames[] = {quiet, same, loud};  // energies 1, 2, 9 with the mean 4
-    EXPECT_EQ(classifier.lowEnergyFrameRate(frames, 2, 3, 0.5F), 1.0F / 3.0F);
-    EXPECT_EQ(classifier.lowEnergyFrameRate(frames, 2, 3, 0.51F), 2.0F / 3.0F);
+    float* segments[] = {quiet, same, loud};  // energies 1, 2, 9 with the mean 4
+    EXPECT_EQ(classifier.lowEnergyFrameRate(segments, 2, 3, 0.5F), 1.0F / 3.0F);
+    EXPECT_EQ(classifier.lowEnergyFrameRate(segments, 2, 3, 0.51F), 2.0F / 3.0F);
     EXPECT_TRUE(std::isnan(classifier.lowEnergyFrameRate(nullptr, 2, 0, 0.5F)));
 }
 

@@ -52,13 +52,13 @@ void ExpectSame(const Block& a, const Block& b, std::size_t length) {
 
 TEST(Butterflies, AllStagesOf1To1024ElementsEqualPlainLoops) {
     std::mt19937 random = SeededRandom();
-    const TwiddleFactors rotations(1024);
+    const TwiddleFactors factors(1024);
     for (std::size_t length = 1; length <= 1024; length *= 2) {
         Block block(random, length);
         Block plain = block;
-        AllStages(block, length, rotations.Table());
+        AllStages(block, length, factors.Table());
         for (std::size_t half = 1; half < length; half *= 2) {
-            plain.PlainStage(half, rotations.Table());
+            plain.PlainStage(half, factors.Table());
         }
         ExpectSame(block, plain, length);
     }
@@ -66,20 +66,20 @@ TEST(Butterflies, AllStagesOf1To1024ElementsEqualPlainLoops) {
 
 TEST(Butterflies, TwoStagesAtATimeOf4To4096ElementsEqualPlainLoops) {
     std::mt19937 random = SeededRandom();
-    const TwiddleFactors rotations(4096);
+    const TwiddleFactors factors(4096);
     for (std::size_t quarter = 1; quarter <= 1024; quarter *= 2) {
         Block block(random, 4 * quarter);
         Block plain = block;
-        TwoStages(block, quarter, rotations.Table());
-        plain.PlainStage(quarter, rotations.Table());
-        plain.PlainStage(2 * quarter, rotations.Table());
+        TwoStages(block, quarter, factors.Table());
+        plain.PlainStage(quarter, factors.Table());
+        plain.PlainStage(2 * quarter, factors.Table());
         ExpectSame(block, plain, 4 * quarter);
     }
 }
 
 TEST(Butterflies, FiveStagesOf32RowsEqualATransformPerLane) {
     std::mt19937 random = SeededRandom();
-    const TwiddleFactors rotations(32);
+    const TwiddleFactors factors(32);
     std::vector<Block> lanes;
     Row real[32];
     Row imag[32];
@@ -92,10 +92,10 @@ TEST(Butterflies, FiveStagesOf32RowsEqualATransformPerLane) {
         }
     }
     RowStage(real, imag, 32);
-    TwoRowStages(real, imag, 32, 2, rotations.Table());
-    TwoRowStages(real, imag, 32, 8, rotations.Table());
+    TwoRowStages(real, imag, 32, 2, factors.Table());
+    TwoRowStages(real, imag, 32, 8, factors.Table());
     for (std::size_t lane = 0; lane < kLanes; ++lane) {
-        AllStages(lanes[lane], 32, rotations.Table());
+        AllStages(lanes[lane], 32, factors.Table());
         for (std::size_t row = 0; row < 32; ++row) {
             EXPECT_EQ(real[row][lane], lanes[lane].real[row]);
             EXPECT_EQ(imag[row][lane], lanes[lane].imag[row]);
@@ -106,7 +106,7 @@ TEST(Butterflies, FiveStagesOf32RowsEqualATransformPerLane) {
 TEST(Butterflies, TheLastTwoStagesOfARepetitionCutInEitherHalfEqualPlainLoopsInAnyRangeOfBins) {
     std::mt19937 random = SeededRandom();
     constexpr std::size_t kHalf = 64;
-    const TwiddleFactors rotations(2 * kHalf);
+    const TwiddleFactors factors(2 * kHalf);
     for (const bool second : {false, true}) {
         const Block first(random, 2 * kHalf);
         const Block cut(random, kHalf);
@@ -120,8 +120,8 @@ TEST(Butterflies, TheLastTwoStagesOfARepetitionCutInEitherHalfEqualPlainLoopsInA
             plain.real[place + kHalf] = second ? cut.real[i] : 0.0F;
             plain.imag[place + kHalf] = second ? cut.imag[i] : 0.0F;
         }
-        plain.PlainStage(kHalf, rotations.Table());
-        plain.PlainStage(2 * kHalf, rotations.Table());
+        plain.PlainStage(kHalf, factors.Table());
+        plain.PlainStage(2 * kHalf, factors.Table());
         for (int run = 0; run < 200; ++run) {
             const auto begin = static_cast<std::size_t>(RandomInt(random, 0, 2 * kHalf));
             const auto end =
@@ -132,7 +132,7 @@ TEST(Butterflies, TheLastTwoStagesOfARepetitionCutInEitherHalfEqualPlainLoopsInA
                 expected[k - begin] =
                     std::sqrt(plain.real[k] * plain.real[k] + plain.imag[k] * plain.imag[k]);
             }
-            LastTwoStages(first, kHalf, cut, second, rotations.Table(), begin, end, bins.data());
+            LastTwoStages(first, kHalf, cut, second, factors.Table(), begin, end, bins.data());
             ASSERT_TRUE(SameBits(bins, expected)) << begin << " to " << end;
         }
     }

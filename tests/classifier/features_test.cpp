@@ -31,21 +31,21 @@ TEST(SegmentEnergies,
     std::mt19937 random = SeededRandom();
     std::uniform_real_distribution<float> any(-30000.0F, 30000.0F);
     for (const std::size_t length : {1U, 7U, 63U, 64U, 65U, 130U, 1412U}) {
-        for (std::size_t frames = 0; frames <= 20; ++frames) {
+        for (std::size_t segments = 0; segments <= 20; ++segments) {
             const std::size_t hop = std::max<std::size_t>(length / 2, 1);
             const auto spare = static_cast<std::size_t>(RandomInt(random, 0, 3)) * length;
-            std::vector<float> signal((frames + 1) * hop - std::min((frames + 1) * hop, spare));
+            std::vector<float> signal((segments + 1) * hop - std::min((segments + 1) * hop, spare));
             std::generate(signal.begin(), signal.end(), [&] { return any(random); });
             std::vector<float> window(length);
             HammingWindow(window, 1.0F);
-            std::vector<double> energies(frames, -1.0);
+            std::vector<double> energies(segments, -1.0);
             SegmentEnergies(signal, hop, window, energies);
-            std::vector<float> frame(length);
-            for (std::size_t j = 0; j < frames; ++j) {
-                CutSegment(signal, j, hop, window, frame);
-                const double expected = SegmentEnergy(frame);
+            std::vector<float> segment(length);
+            for (std::size_t j = 0; j < segments; ++j) {
+                CutSegment(signal, j, hop, window, segment);
+                const double expected = SegmentEnergy(segment);
                 ASSERT_TRUE(energies[j] == expected || (length == 1 && std::isnan(energies[j])))
-                    << "segment " << j << " of " << frames << ", " << length << " samples";
+                    << "segment " << j << " of " << segments << ", " << length << " samples";
             }
         }
     }

@@ -95,21 +95,21 @@ TEST(CountSegments, ASignalOf100SamplesHasNoSegmentOf1024AndOneOf600HasOne) {
 TEST(CutSegment, CopiesFromIndexTimesHopAndAppliesTheWindow) {
     const std::vector<float> signal = {1, 2, 3, 4, 5, 6};
     const std::vector<float> window = {1, 10, 100};
-    std::vector<float> frame(3, -1.0F);
-    CutSegment(signal, 1, 2, window, frame);
-    EXPECT_EQ(frame, (std::vector<float>{3, 40, 500}));
+    std::vector<float> segment(3, -1.0F);
+    CutSegment(signal, 1, 2, window, segment);
+    EXPECT_EQ(segment, (std::vector<float>{3, 40, 500}));
 }
 
 TEST(CutSegment, PadsWithZerosBeyondTheSignal) {
     const std::vector<float> signal = {1, 2, 3, 4, 5, 6};
     const std::vector<float> window = {1, 10, 100};
-    std::vector<float> frame(3, -1.0F);
-    CutSegment(signal, 2, 2, window, frame);
-    EXPECT_EQ(frame, (std::vector<float>{5, 60, 0}));
-    CutSegment(signal, 3, 2, window, frame);
-    EXPECT_EQ(frame, (std::vector<float>{0, 0, 0}));
-    CutSegment(signal, 1000, 1000, window, frame);
-    EXPECT_EQ(frame, (std::vector<float>{0, 0, 0}));
+    std::vector<float> segment(3, -1.0F);
+    CutSegment(signal, 2, 2, window, segment);
+    EXPECT_EQ(segment, (std::vector<float>{5, 60, 0}));
+    CutSegment(signal, 3, 2, window, segment);
+    EXPECT_EQ(segment, (std::vector<float>{0, 0, 0}));
+    CutSegment(signal, 1000, 1000, window, segment);
+    EXPECT_EQ(segment, (std::vector<float>{0, 0, 0}));
 }
 
 }  // namespace

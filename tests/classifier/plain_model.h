@@ -101,8 +101,8 @@ struct PlainClassifier {
     bool Full() const { return gathered >= 60 * Hop() + frameLength; }
 
     bool Check(const unsigned char* block, std::size_t bytes) {
-        const std::size_t heard = std::min(channels, 2U);
-        const std::size_t samples = std::min(bytes / channels / Width(), 4 * rate * heard);
+        const std::size_t buffered = std::min(channels, 2U);
+        const std::size_t samples = std::min(bytes / channels / Width(), 4 * rate * buffered);
         Denoise(block, samples);
         if (!Full()) {
             Append(std::min(samples, rate * 4 - gathered));
@@ -116,15 +116,15 @@ struct PlainClassifier {
     }
 
     void Denoise(const unsigned char* block, std::size_t samples) {
-        std::vector<char> heard(block, block + samples * Width());
+        std::vector<char> mono(block, block + samples * Width());
         if (channels == 2) {
             for (std::size_t i = 0; i < samples; ++i) {
-                std::memcpy(&heard[i * Width()], block + 2 * i * Width(), Width());
+                std::memcpy(&mono[i * Width()], block + 2 * i * Width(), Width());
             }
         }
         if (channels <= 2) {
-            int size = static_cast<int>(heard.size());
-            denoise.Process(heard.data(), reinterpret_cast<char*>(denoised.data()), size);
+            int size = static_cast<int>(mono.size());
+            denoise.Process(mono.data(), reinterpret_cast<char*>(denoised.data()), size);
         }
     }
 
@@ -163,10 +163,10 @@ struct PlainClassifier {
     }
 
     bool QuietLikeSpeech(const std::vector<float>& y) const {
-        const std::size_t frames = (gathered - frameLength) / Hop() + 1;
-        std::vector<double> energies(frames, 0.0);
+        const std::size_t segments = (gathered - frameLength) / Hop() + 1;
+        std::vector<double> energies(segments, 0.0);
         double sum = 0.0;
-        for (std::size_t k = 0; k < frames; ++k) {
+        for (std::size_t k = 0; k < segments; ++k) {
             for (std::size_t i = 0; i < frameLength; ++i) {
                 const std::size_t mirrored = std::min(i, frameLength - 1 - i);
                 const float turn = 2.0F * std::acos(-1.0F);
@@ -178,14 +178,14 @@ struct PlainClassifier {
             }
             sum += energies[k];
         }
-        const double mean = sum / static_cast<double>(frames);
+        const double mean = sum / static_cast<double>(segments);
         for (int row = 3; row >= 0; --row) {
             const double limit = mean * (0.5 / (1 << row));
             int low = 0;
             for (const double energy : energies) {
                 low += energy < limit ? 1 : 0;
             }
-            const float rateOfLow = static_cast<float>(low) / static_cast<float>(frames);
+            const float rateOfLow = static_cast<float>(low) / static_cast<float>(segments);
             float nearest = 1.0F;
             float distances[4];
             for (int j = 0; j < 4; ++j) {

@@ -105,7 +105,7 @@ void* WaitUntilCancelled(void* argument) {
     }
 }
 
-/// Whoever sees the flag under the lock knows that the thread is in its wait.
+/// True only while the thread is in its wait, as it sets the flag under the lock.
 bool IsWaiting(CancelledWait& wait) {
     const ProcessAutolock hold(&wait.lock);
     return wait.isWaiting;

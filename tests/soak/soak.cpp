@@ -116,11 +116,11 @@ private:
         if (RandomInt(mRandom, 0, 2) == 0) {
             Change();
         }
-        const int frames = IsFirst() ? kLongest : RandomInt(mRandom, 1, kLongest);
-        const std::int64_t end = mPosition + std::int64_t{frames} * mStream.Frame();
+        const int blocks = IsFirst() ? kLongest : RandomInt(mRandom, 1, kLongest);
+        const std::int64_t end = mPosition + std::int64_t{blocks} * mStream.FramesPer10Ms();
         std::vector<char> whole;
-        for (std::int64_t at = mPosition; at < end; at += mStream.Frame()) {
-            mWhole->Block(mRecording, at, mStream.Frame(), whole);
+        for (std::int64_t at = mPosition; at < end; at += mStream.FramesPer10Ms()) {
+            mWhole->Block(mRecording, at, mStream.FramesPer10Ms(), whole);
         }
         std::vector<char> result;
         for (std::int64_t at = mPosition; at < end;) {
@@ -134,7 +134,8 @@ private:
         const double seconds = static_cast<double>(end - mPosition) / mStream.rate;
         // Phase correction and the level during music change between blocks.
         if (!mStream.opposed && !mFilter->HeardMusic() && !mWhole->HeardMusic()) {
-            Require(result == whole, "blocks of random sizes gave other bytes than whole frames");
+            Require(result == whole,
+                    "blocks of random sizes gave other bytes than blocks of 10 ms");
             mEqualSeconds += seconds;
         }
         mSeconds += seconds;

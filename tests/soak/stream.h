@@ -23,7 +23,7 @@ struct Stream {
     std::vector<AVSourceType> sources;
 
     /// Samples per channel of the smallest block that leaves none buffered in the suppressor.
-    int Frame() const { return (handedBack ? rate : processRate) / 100; }
+    int FramesPer10Ms() const { return (handedBack ? rate : processRate) / 100; }
     int BytesOf(std::int64_t frames) const { return static_cast<int>(frames * channels * width); }
 
     static Stream Random(std::mt19937& random) {

@@ -48,10 +48,10 @@ public:
         WebRtcNs_set_policy(mShadow, policy);
     }
 
-    void Process(const float* frame, float* out) {
+    void Process(const float* block, float* out) {
         Band low;
         Band high;
-        SplitBands(frame, low.data(), high.data(), mMemory[0].data(), mMemory[1].data());
+        SplitBands(block, low.data(), high.data(), mMemory[0].data(), mMemory[1].data());
         for (std::size_t i = 0; i < low.size(); ++i) {
             low[i] *= 32768.0F;
             high[i] *= 32768.0F;

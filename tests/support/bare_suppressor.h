@@ -27,9 +27,9 @@ public:
 
     void SetPolicy(int policy) { WebRtcNs_set_policy(mHandle, policy); }
 
-    void Process(const std::int16_t* frame, std::int16_t* out) {
+    void Process(const std::int16_t* block, std::int16_t* out) {
         std::int16_t bands[2][160];
-        WebRtcSpl_AnalysisQMF(frame, 320, bands[0], bands[1], mMemory[0].data(), mMemory[1].data());
+        WebRtcSpl_AnalysisQMF(block, 320, bands[0], bands[1], mMemory[0].data(), mMemory[1].data());
         float in[2][160];
         float result[2][160] = {};
         for (int band = 0; band < 2; ++band) {

@@ -133,8 +133,8 @@ TEST(Surface, Suppression) {
     NSWrap wrap;
     EXPECT_TRUE(wrap.Init(32000, SAMPLE_FMT_FLT, 1));
     EXPECT_TRUE(wrap.setLevel(2));
-    std::vector<char> frame(1280);
-    EXPECT_EQ(wrap.Process(frame.data(), frame.data()), RESULT_OK);
+    std::vector<char> block(1280);
+    EXPECT_EQ(wrap.Process(block.data(), block.data()), RESULT_OK);
     EXPECT_TRUE(wrap.Reset());
     EXPECT_TRUE(wrap.Clear());
 
@@ -143,10 +143,10 @@ TEST(Surface, Suppression) {
     EXPECT_TRUE(denoise.IsInited());
     EXPECT_TRUE(denoise.Config(1));
     std::vector<char> out(4000);
-    EXPECT_EQ(denoise.SplitLR(frame.data(), 100), RESULT_OK);
+    EXPECT_EQ(denoise.SplitLR(block.data(), 100), RESULT_OK);
     EXPECT_EQ(denoise.CombineLR(out.data(), 100), RESULT_OK);
     int size = 1280;
-    EXPECT_EQ(denoise.Process(frame.data(), out.data(), size), RESULT_OK);
+    EXPECT_EQ(denoise.Process(block.data(), out.data(), size), RESULT_OK);
     EXPECT_EQ(size, 1280);
     EXPECT_TRUE(denoise.Reset());
     EXPECT_TRUE(denoise.Clear());
@@ -211,12 +211,12 @@ TEST(Surface, Classifier) {
     std::unique_ptr<float[]> signal(classifier.emphasis(block.data(), 320, 0.97F));
     std::unique_ptr<float[]> window(classifier.hammingWindow(320, 1.0F));
     classifier.hadmanMulti(signal.get(), window.get(), 320);
-    float** frames = classifier.frameSeg(signal.get(), 320, 64, 32);
+    float** segments = classifier.frameSeg(signal.get(), 320, 64, 32);
     ASSERT_EQ(classifier.mFrameCount, 9);
-    classifier.lowEnergyFrameRate(frames, 64, 9, 0.5F);
-    classifier.musicCheckByLowEnergyFrameRate(frames, 64, 9, param.lowEnergyThresholds,
+    classifier.lowEnergyFrameRate(segments, 64, 9, 0.5F);
+    classifier.musicCheckByLowEnergyFrameRate(segments, 64, 9, param.lowEnergyThresholds,
                                               param.lowEnergyCentres);
-    classifier.array2dDelete(reinterpret_cast<void**>(frames), 9);
+    classifier.array2dDelete(reinterpret_cast<void**>(segments), 9);
     classifier.array2dDelete(classifier.array2dCreate(2, 3, 4), 2);
     std::unique_ptr<float[]> magnitudes(classifier.fft(signal.get(), 320, 63998));
     std::unique_ptr<float[]> ratios(classifier.subBandEnergyRate(magnitudes.get()));

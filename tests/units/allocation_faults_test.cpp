@@ -38,12 +38,12 @@ const std::vector<char>& Noise(SampleFmt fmt) {
 }
 
 /// Ten blocks of 320 samples; bytes of -1 for a call that does not return 0.
-std::vector<char> FramesOf(NSWrap& unit, SampleFmt fmt) {
+std::vector<char> BlocksOf(NSWrap& unit, SampleFmt fmt) {
     const std::vector<char>& in = Noise(fmt);
-    const std::size_t frame = fmt == SAMPLE_FMT_FLT ? 1280 : 640;
-    std::vector<char> out(10 * frame, -1);
+    const std::size_t block = fmt == SAMPLE_FMT_FLT ? 1280 : 640;
+    std::vector<char> out(10 * block, -1);
     for (std::size_t k = 0; k < 10; ++k) {
-        unit.Process(in.data() + k * frame, out.data() + k * frame);
+        unit.Process(in.data() + k * block, out.data() + k * block);
     }
     return out;
 }
@@ -114,13 +114,13 @@ TEST(AllocationFaults, WithoutMemoryForAnInstanceThePackageIsNotCalled) {
 int FailNSWrap(int rate, SampleFmt fmt, SampleFmt before) {
     NSWrap fresh;
     const bool accepted = fresh.Init(rate, fmt, 2);
-    const std::vector<char> expected = FramesOf(fresh, fmt);
+    const std::vector<char> expected = BlocksOf(fresh, fmt);
     return FailEach(
         [&] {
             auto unit = std::make_unique<NSWrap>();
             if (before != SAMPLE_FMT_NONE) {
                 unit->Init(32000, before, 3);
-                FramesOf(*unit, before);
+                BlocksOf(*unit, before);
             }
             return unit;
         },
@@ -135,7 +135,7 @@ int FailNSWrap(int rate, SampleFmt fmt, SampleFmt before) {
             if (before == fmt) {
                 unit.Reset();  // a second Init keeps the filter memories
             }
-            EXPECT_EQ(FramesOf(unit, fmt), expected);
+            EXPECT_EQ(BlocksOf(unit, fmt), expected);
         });
 }
 
@@ -170,8 +170,8 @@ int FailAudioDenoise(int rate, int channels, SampleFmt fmt, int before) {
             EXPECT_TRUE(code == kThrew || code == accepted);
             EXPECT_EQ(unit.IsInited(), code == 0);
             // A channel without a suppressor is initialised and silent.
-            const char answer = BlocksOf(unit, fmt).front();
-            EXPECT_EQ(answer, code != kThrew ? expected.front() : channels > 2 ? 12 : 4);
+            const char code0 = BlocksOf(unit, fmt).front();
+            EXPECT_EQ(code0, code != kThrew ? expected.front() : channels > 2 ? 12 : 4);
             unit.Config(3);
             unit.Reset();
             EXPECT_EQ(unit.Init(rate, channels, fmt, 2), accepted);

@@ -14,7 +14,7 @@
 
 namespace {
 
-constexpr int kFrame = 320;
+constexpr int kBlock = 320;
 
 template <typename Sample>
 constexpr SampleFmt kFormat = std::is_same_v<Sample, short> ? SAMPLE_FMT_S16 : SAMPLE_FMT_FLT;
@@ -51,9 +51,9 @@ TEST(AudioDenoise, Mono16BitAt32000HzEqualsTheBareSuppressorByteForByte) {
         AudioDenoise denoise;
         ASSERT_EQ(denoise.Init(32000, 1, SAMPLE_FMT_S16, level), RESULT_OK);
         BareSuppressor bare(32000, level);
-        const std::vector<short> in = Speech<short>(kFrame * 200);
+        const std::vector<short> in = Speech<short>(kBlock * 200);
         std::vector<short> expected(in.size());
-        for (std::size_t at = 0; at < in.size(); at += kFrame) {
+        for (std::size_t at = 0; at < in.size(); at += kBlock) {
             bare.Process(in.data() + at, expected.data() + at);
         }
         EXPECT_EQ(Process(denoise, in), expected) << level;
@@ -101,7 +101,7 @@ TEST(AudioDenoise, ThreeChannelsAreCopiedExactlyAndReturn12) {
 }
 
 TEST(AudioDenoise, Config7OnStereoSetsLevel3OnBothChannelsAndIsTrue) {
-    const std::vector<short> left = Speech<short>(kFrame * 100);
+    const std::vector<short> left = Speech<short>(kBlock * 100);
     const std::vector<short> right(left.rbegin(), left.rend());
     const std::vector<short> both = Interleaved(left, right);
     AudioDenoise configured;
@@ -113,7 +113,7 @@ TEST(AudioDenoise, Config7OnStereoSetsLevel3OnBothChannelsAndIsTrue) {
 }
 
 TEST(AudioDenoise, Config7OnMonoSetsLevel3AndMinus9Level0AndBothAreFalse) {
-    const std::vector<short> in = Speech<short>(kFrame * 100);
+    const std::vector<short> in = Speech<short>(kBlock * 100);
     AudioDenoise configured;
     configured.Init(32000, 1, SAMPLE_FMT_S16, 0);
     EXPECT_FALSE(configured.Config(7));
@@ -292,7 +292,7 @@ TEST(AudioDenoise, TheOutputDoesNotDependOnTheBlockSizesOfStereoFloat) {
 
 template <typename Sample>
 void StereoIsTwoMonos() {
-    const std::vector<Sample> left = Speech<Sample>(kFrame * 50);
+    const std::vector<Sample> left = Speech<Sample>(kBlock * 50);
     const std::vector<Sample> right(left.rbegin(), left.rend());
     AudioDenoise stereo;
     AudioDenoise first;
@@ -318,10 +318,10 @@ TEST(AudioDenoise, At8000And16000HzABlockHolds80Or160NewSamplesAndZeros) {
         const std::vector<short> in = Speech<short>(static_cast<int>(fresh) * 100);
         std::vector<short> expected;
         for (std::size_t at = 0; at < in.size(); at += fresh) {
-            short frame[320] = {};
+            short block[320] = {};
             short out[320];
-            std::copy_n(in.data() + at, fresh, frame);
-            bare.Process(frame, out);
+            std::copy_n(in.data() + at, fresh, block);
+            bare.Process(block, out);
             expected.insert(expected.end(), out, out + fresh);
         }
         EXPECT_EQ(Process(denoise, in), expected) << rate;
@@ -333,12 +333,12 @@ TEST(AudioDenoise, ARateThatTheSuppressorRefusesComesOutAsSilenceInBlocksOf10Ms)
         for (const int channels : {1, 2}) {
             AudioDenoise denoise;
             ASSERT_EQ(denoise.Init(rate, channels, SAMPLE_FMT_S16, 3), RESULT_OK);
-            const auto frame = static_cast<std::size_t>(rate / 100 * channels);
-            const std::vector<short> in(frame * 3 + static_cast<std::size_t>(channels), 1000);
-            std::vector<short> out(in.size() + frame, 77);
+            const auto block = static_cast<std::size_t>(rate / 100 * channels);
+            const std::vector<short> in(block * 3 + static_cast<std::size_t>(channels), 1000);
+            std::vector<short> out(in.size() + block, 77);
             int size = ByteCount(in);
             ASSERT_EQ(denoise.Process(BytesOf(in), BytesOf(out), size), RESULT_OK);
-            ASSERT_EQ(size, static_cast<int>(frame * 3 * sizeof(short)) +
+            ASSERT_EQ(size, static_cast<int>(block * 3 * sizeof(short)) +
                                 (rate == 100 ? 2 * channels : 0))
                 << rate;
             out.resize(static_cast<std::size_t>(size) / 2);
@@ -398,7 +398,7 @@ TEST(AudioDenoise, ALevelThatTheSuppressorRefusesComesOutAsSilence) {
 }
 
 TEST(AudioDenoise, ASecondInitWithoutClearRestartsTheStream) {
-    const std::vector<short> in = Speech<short>(kFrame * 20);
+    const std::vector<short> in = Speech<short>(kBlock * 20);
     AudioDenoise reused;
     reused.Init(32000, 2, SAMPLE_FMT_FLT, 1);
     Process(reused, std::vector<float>(1000, 0.25F));
@@ -409,7 +409,7 @@ TEST(AudioDenoise, ASecondInitWithoutClearRestartsTheStream) {
 }
 
 TEST(AudioDenoise, ResetDropsBufferedSamplesAndZeroesTheFiltersButKeepsTheNoiseEstimate) {
-    const std::vector<short> in = Speech<short>(kFrame * 20);
+    const std::vector<short> in = Speech<short>(kBlock * 20);
     AudioDenoise denoise;
     denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);
     Process(denoise, Interleaved(in, in));
@@ -537,7 +537,7 @@ TEST(AudioDenoise, CombineLRInterleavesTheProcessedBlocks) {
 }
 
 TEST(AudioDenoise, BlocksAtOddAddressesGiveTheSameOutput) {
-    const std::vector<short> in = Speech<short>(kFrame * 4);
+    const std::vector<short> in = Speech<short>(kBlock * 4);
     AudioDenoise denoise;
     AudioDenoise twin;
     denoise.Init(32000, 2, SAMPLE_FMT_S16, 3);

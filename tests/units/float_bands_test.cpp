@@ -82,22 +82,22 @@ TEST(FloatBands, SplitAndMergeFollowThePlainModelToTheBitOverManyBlocks) {
     std::mt19937 random = SeededRandom();
     std::array<std::array<double, 6>, 4> m = {};
     std::array<std::array<double, 6>, 4> plain = {};
-    for (int frame = 0; frame < 50; ++frame) {
+    for (int block = 0; block < 50; ++block) {
         std::vector<float> in(320);
-        const float scale = frame % 10 == 9 ? 3e38F : frame % 10 == 8 ? 1e-40F : 1.0F;
+        const float scale = block % 10 == 9 ? 3e38F : block % 10 == 8 ? 1e-40F : 1.0F;
         for (float& sample : in) {
             sample = std::uniform_real_distribution<float>(-1.0F, 1.0F)(random) * scale;
         }
         Bands bands;
         SplitBands(in.data(), bands.low.data(), bands.high.data(), m[0].data(), m[1].data());
         const Bands expected = PlainSplit(in, plain[0].data(), plain[1].data());
-        ASSERT_TRUE(SameBits(bands.low, expected.low)) << frame;
-        ASSERT_TRUE(SameBits(bands.high, expected.high)) << frame;
+        ASSERT_TRUE(SameBits(bands.low, expected.low)) << block;
+        ASSERT_TRUE(SameBits(bands.high, expected.high)) << block;
 
         std::vector<float> out(320);
         MergeBands(bands.low.data(), bands.high.data(), out.data(), m[2].data(), m[3].data());
-        ASSERT_TRUE(SameBits(out, PlainMerge(expected, plain[2].data(), plain[3].data()))) << frame;
-        ASSERT_EQ(m, plain) << frame;
+        ASSERT_TRUE(SameBits(out, PlainMerge(expected, plain[2].data(), plain[3].data()))) << block;
+        ASSERT_EQ(m, plain) << block;
     }
 }
 
@@ -172,11 +172,11 @@ TEST(FloatBands, SplitThenMergeKeepsTheLevelOfASine) {
     std::array<std::array<double, 6>, 4> m = {};
     double in = 0.0;
     double out = 0.0;
-    for (int frame = 0; frame < 20; ++frame) {
+    for (int block = 0; block < 20; ++block) {
         std::vector<float> samples(320);
         for (std::size_t i = 0; i < 320; ++i) {
             samples[i] =
-                std::sin(0.2F * static_cast<float>(static_cast<std::size_t>(frame) * 320 + i));
+                std::sin(0.2F * static_cast<float>(static_cast<std::size_t>(block) * 320 + i));
         }
         Bands bands;
         std::vector<float> merged(320);

@@ -18,7 +18,7 @@ template <typename Sample>
 constexpr SampleFmt kFormat = std::is_same_v<Sample, short> ? SAMPLE_FMT_S16 : SAMPLE_FMT_FLT;
 
 template <typename Sample>
-std::vector<Sample> ProcessFrames(NSWrap& wrap, const std::vector<Sample>& in) {
+std::vector<Sample> ProcessBlocks(NSWrap& wrap, const std::vector<Sample>& in) {
     std::vector<Sample> out(in.size());
     for (std::size_t at = 0; at + 320 <= in.size(); at += 320) {
         EXPECT_EQ(
@@ -29,9 +29,9 @@ std::vector<Sample> ProcessFrames(NSWrap& wrap, const std::vector<Sample>& in) {
 }
 
 template <typename Sample>
-std::vector<Sample> Speech(int frames) {
+std::vector<Sample> Speech(int blocks) {
     std::mt19937 random = SeededRandom();
-    return As<Sample>(NoisySpeech(random, static_cast<std::size_t>(frames) * 320, 32000.0));
+    return As<Sample>(NoisySpeech(random, static_cast<std::size_t>(blocks) * 320, 32000.0));
 }
 
 TEST(NSWrap, InitTakes8000_16000_32000HzFormats1And3AndLevels0To3) {
@@ -69,8 +69,8 @@ TEST(NSWrap, ARateOutsideTheThreeStoresTheArgumentsAndHasAnInstanceButNoBuffers)
         EXPECT_EQ(wrap.mSampleRate, rate);
         EXPECT_NE(wrap.mNs, nullptr);
         EXPECT_EQ(wrap.mLowIn, nullptr);
-        short frame[320] = {};
-        EXPECT_EQ(wrap.Process(reinterpret_cast<char*>(frame), reinterpret_cast<char*>(frame)),
+        short block[320] = {};
+        EXPECT_EQ(wrap.Process(reinterpret_cast<char*>(block), reinterpret_cast<char*>(block)),
                   RESULT_FAILURE);
     }
 }
@@ -91,28 +91,28 @@ TEST(NSWrap, PlanarAndOtherFormatsHaveAnInstanceButNoBuffersAndFailEveryProcess)
 
 TEST(NSWrap, BeforeInitAndAfterClearProcessReturnsMinus1AndSetLevelFalse) {
     NSWrap wrap;
-    std::vector<short> frame(320, 7);
-    EXPECT_EQ(wrap.Process(BytesOf(frame), BytesOf(frame)), RESULT_FAILURE);
+    std::vector<short> block(320, 7);
+    EXPECT_EQ(wrap.Process(BytesOf(block), BytesOf(block)), RESULT_FAILURE);
     EXPECT_FALSE(wrap.setLevel(1));
     EXPECT_FALSE(wrap.Reset());
     ASSERT_TRUE(wrap.Init(32000, SAMPLE_FMT_S16, 3));
     EXPECT_FALSE(wrap.mInited) << "no Init sets it";
     EXPECT_TRUE(wrap.Clear());
     EXPECT_FALSE(wrap.mInited);
-    EXPECT_EQ(wrap.Process(BytesOf(frame), BytesOf(frame)), RESULT_FAILURE);
+    EXPECT_EQ(wrap.Process(BytesOf(block), BytesOf(block)), RESULT_FAILURE);
     EXPECT_FALSE(wrap.setLevel(1));
     EXPECT_TRUE(wrap.Reset()) << "the stored format is still processed";
-    EXPECT_EQ(frame, std::vector<short>(320, 7));
+    EXPECT_EQ(block, std::vector<short>(320, 7));
     EXPECT_TRUE(wrap.Clear());
 }
 
 TEST(NSWrap, NullBuffersReturnMinus1) {
     NSWrap wrap;
     wrap.Init(32000, SAMPLE_FMT_S16, 3);
-    std::vector<short> frame(320, 7);
-    EXPECT_EQ(wrap.Process(nullptr, BytesOf(frame)), RESULT_FAILURE);
-    EXPECT_EQ(wrap.Process(BytesOf(frame), nullptr), RESULT_FAILURE);
-    EXPECT_EQ(frame, std::vector<short>(320, 7));
+    std::vector<short> block(320, 7);
+    EXPECT_EQ(wrap.Process(nullptr, BytesOf(block)), RESULT_FAILURE);
+    EXPECT_EQ(wrap.Process(BytesOf(block), nullptr), RESULT_FAILURE);
+    EXPECT_EQ(block, std::vector<short>(320, 7));
 }
 
 TEST(NSWrap, SetLevelTakes0To3AndLeavesTheStoredLevel) {
@@ -125,15 +125,15 @@ TEST(NSWrap, SetLevelTakes0To3AndLeavesTheStoredLevel) {
     const std::vector<short> in = Speech<short>(60);
     BareSuppressor bare(32000, 3);
     wrap.Init(32000, SAMPLE_FMT_S16, 3);
-    for (std::size_t frame = 0; frame < 60; ++frame) {
-        const int level = static_cast<int>(frame / 15);
+    for (std::size_t block = 0; block < 60; ++block) {
+        const int level = static_cast<int>(block / 15);
         wrap.setLevel(level);
         bare.SetPolicy(level);
         short out[320];
         short expected[320];
-        wrap.Process(BytesOf(in) + frame * 640, reinterpret_cast<char*>(out));
-        bare.Process(in.data() + frame * 320, expected);
-        ASSERT_EQ(std::memcmp(out, expected, sizeof(out)), 0) << frame;
+        wrap.Process(BytesOf(in) + block * 640, reinterpret_cast<char*>(out));
+        bare.Process(in.data() + block * 320, expected);
+        ASSERT_EQ(std::memcmp(out, expected, sizeof(out)), 0) << block;
     }
 }
 
@@ -148,7 +148,7 @@ TEST(NSWrap, SixteenBitBlocksEqualTheBareSuppressorAtEveryRateAndLevel) {
             for (std::size_t at = 0; at < in.size(); at += 320) {
                 bare.Process(in.data() + at, expected.data() + at);
             }
-            EXPECT_EQ(ProcessFrames(wrap, in), expected) << rate << " Hz, level " << level;
+            EXPECT_EQ(ProcessBlocks(wrap, in), expected) << rate << " Hz, level " << level;
         }
     }
 }
@@ -157,7 +157,7 @@ TEST(NSWrap, AFloatBlockOfZerosStaysZeroWithAllMemoriesAtZero) {
     NSWrap wrap;
     wrap.Init(32000, SAMPLE_FMT_FLT, 3);
     const std::vector<float> zeros(320 * 5);
-    EXPECT_EQ(ProcessFrames(wrap, zeros), zeros);
+    EXPECT_EQ(ProcessBlocks(wrap, zeros), zeros);
     const std::vector<char> silence(48);
     for (const auto* memory : {&wrap.mAnalysisState1, &wrap.mAnalysisState2, &wrap.mSynthesisState1,
                                &wrap.mSynthesisState2}) {
@@ -193,7 +193,7 @@ void ASecondInitKeepsTheFilterMemoriesAndRestartsTheSuppressor() {
     const std::vector<Sample> in = Speech<Sample>(20);
     NSWrap wrap;
     wrap.Init(32000, kFormat<Sample>, 3);
-    ProcessFrames(wrap, in);
+    ProcessBlocks(wrap, in);
     const std::size_t bytes = std::is_same_v<Sample, short> ? 24 : 48;
     std::vector<char> memory(wrap.mAnalysisState1.get(), wrap.mAnalysisState1.get() + bytes);
     const char* buffer = wrap.mLowIn.get();
@@ -206,7 +206,7 @@ void ASecondInitKeepsTheFilterMemoriesAndRestartsTheSuppressor() {
     EXPECT_TRUE(wrap.Reset());
     NSWrap fresh;
     fresh.Init(32000, kFormat<Sample>, 3);
-    EXPECT_TRUE(SameBits(ProcessFrames(wrap, in), ProcessFrames(fresh, in)));
+    EXPECT_TRUE(SameBits(ProcessBlocks(wrap, in), ProcessBlocks(fresh, in)));
 }
 
 TEST(NSWrap, ASecondInitRestartsTheSuppressorAndKeepsTheFilterMemories) {
@@ -219,7 +219,7 @@ void ResetSilencesTheFiltersOnly() {
     const std::vector<Sample> in = Speech<Sample>(20);
     NSWrap wrap;
     wrap.Init(32000, kFormat<Sample>, 3);
-    const std::vector<Sample> first = ProcessFrames(wrap, in);
+    const std::vector<Sample> first = ProcessBlocks(wrap, in);
     EXPECT_TRUE(wrap.Reset());
     const std::size_t bytes = std::is_same_v<Sample, short> ? 24 : 48;
     for (const auto* memory : {&wrap.mAnalysisState1, &wrap.mAnalysisState2, &wrap.mSynthesisState1,
@@ -227,7 +227,7 @@ void ResetSilencesTheFiltersOnly() {
         EXPECT_EQ(std::vector<char>(memory->get(), memory->get() + bytes),
                   std::vector<char>(bytes));
     }
-    EXPECT_FALSE(SameBits(ProcessFrames(wrap, in), first)) << "the noise estimate is kept";
+    EXPECT_FALSE(SameBits(ProcessBlocks(wrap, in), first)) << "the noise estimate is kept";
 }
 
 TEST(NSWrap, ResetZeroesTheFiltersAndKeepsTheSuppressorState) {
@@ -238,25 +238,25 @@ TEST(NSWrap, ResetZeroesTheFiltersAndKeepsTheSuppressorState) {
 TEST(NSWrap, AChangeOfFormatStartsWithBuffersOfZeros) {
     NSWrap wrap;
     wrap.Init(32000, SAMPLE_FMT_S16, 3);
-    ProcessFrames(wrap, Speech<short>(10));
+    ProcessBlocks(wrap, Speech<short>(10));
     ASSERT_TRUE(wrap.Init(32000, SAMPLE_FMT_FLT, 3));
     const std::vector<float> in = Speech<float>(10);
     NSWrap fresh;
     fresh.Init(32000, SAMPLE_FMT_FLT, 3);
-    EXPECT_TRUE(SameBits(ProcessFrames(wrap, in), ProcessFrames(fresh, in)));
+    EXPECT_TRUE(SameBits(ProcessBlocks(wrap, in), ProcessBlocks(fresh, in)));
     ASSERT_TRUE(wrap.Init(32000, SAMPLE_FMT_S16, 3));
     const std::vector<short> s16 = Speech<short>(10);
     NSWrap fresh16;
     fresh16.Init(32000, SAMPLE_FMT_S16, 3);
-    EXPECT_EQ(ProcessFrames(wrap, s16), ProcessFrames(fresh16, s16));
+    EXPECT_EQ(ProcessBlocks(wrap, s16), ProcessBlocks(fresh16, s16));
 }
 
 TEST(NSWrap, AFailedInitWithAnotherFormatProcessesNothing) {
     NSWrap wrap;
     wrap.Init(32000, SAMPLE_FMT_S16, 3);
     EXPECT_FALSE(wrap.Init(44100, SAMPLE_FMT_FLT, 3));
-    std::vector<float> frame(320, 0.5F);
-    EXPECT_EQ(wrap.Process(BytesOf(frame), BytesOf(frame)), RESULT_FAILURE);
+    std::vector<float> block(320, 0.5F);
+    EXPECT_EQ(wrap.Process(BytesOf(block), BytesOf(block)), RESULT_FAILURE);
     EXPECT_TRUE(wrap.Reset());
     EXPECT_TRUE(wrap.setLevel(0));
 }
@@ -265,7 +265,7 @@ TEST(NSWrap, FilterMemoriesSurviveAnInitWithAnUnprocessedFormat) {
     const std::vector<short> in = Speech<short>(10);
     NSWrap wrap;
     wrap.Init(32000, SAMPLE_FMT_S16, 3);
-    ProcessFrames(wrap, in);
+    ProcessBlocks(wrap, in);
     const std::vector<char> memory(wrap.mSynthesisState2.get(), wrap.mSynthesisState2.get() + 24);
     EXPECT_FALSE(wrap.Init(32000, SAMPLE_FMT_S16P, 3));
     EXPECT_TRUE(wrap.Init(32000, SAMPLE_FMT_S16, 3));
@@ -278,7 +278,7 @@ TEST(NSWrap, ABlockInPlaceAtAnOddAddressIsProcessedLikeAnyOther) {
     wrap.Init(32000, SAMPLE_FMT_S16, 3);
     NSWrap twin;
     twin.Init(32000, SAMPLE_FMT_S16, 3);
-    const std::vector<short> expected = ProcessFrames(twin, in);
+    const std::vector<short> expected = ProcessBlocks(twin, in);
     for (std::size_t at = 0; at < in.size(); at += 320) {
         char bytes[641];
         std::memcpy(bytes + 1, in.data() + at, 640);
@@ -298,7 +298,7 @@ TEST(NSWrap, SamplesThatAreNotFiniteCountAsZeros) {
     }
     NSWrap twin;
     twin.Init(32000, SAMPLE_FMT_FLT, 3);
-    EXPECT_TRUE(SameBits(ProcessFrames(wrap, in), ProcessFrames(twin, zeroed)));
+    EXPECT_TRUE(SameBits(ProcessBlocks(wrap, in), ProcessBlocks(twin, zeroed)));
 }
 
 TEST(NSWrap, ABlockOfTheLargestFiniteSamplesLeavesNoTraceAfterASecond) {
@@ -308,7 +308,7 @@ TEST(NSWrap, ABlockOfTheLargestFiniteSamplesLeavesNoTraceAfterASecond) {
     for (std::size_t i = 320; i < 640; ++i) {
         in[i] = i % 3 == 0 ? -3.4e38F : 3.4e38F;
     }
-    const std::vector<float> out = ProcessFrames(wrap, in);
+    const std::vector<float> out = ProcessBlocks(wrap, in);
     for (const float sample : out) {
         ASSERT_TRUE(std::isfinite(sample));
     }
@@ -323,11 +323,11 @@ std::vector<float> SpeechAndSilence() {
     std::mt19937 random = SeededRandom();
     std::vector<float> signal = NoisySpeech(random, 320 * 400, 32000.0);
     for (std::size_t i = 0; i < signal.size(); ++i) {
-        const std::size_t frame = i / 320;
-        if (frame % 40 >= 15) {
+        const std::size_t block = i / 320;
+        if (block % 40 >= 15) {
             signal[i] = 0.0F;
         }
-        if (frame % 40 >= 25 && frame % 40 < 35) {  // around the value whose square underflows
+        if (block % 40 >= 25 && block % 40 < 35) {  // around the value whose square underflows
             signal[i] = std::ldexp(std::uniform_real_distribution<float>(-1.0F, 1.0F)(random), -89);
         }
     }
@@ -348,7 +348,7 @@ TEST(NSWrap, FloatBlocksEqualTheBareFloatSuppressorAtEveryRateThroughSpeechAndSi
             std::vector<float> expected(320);
             ASSERT_EQ(wrap.Process(BytesOf(in) + at * 4, BytesOf(out)), RESULT_OK);
             bare.Process(in.data() + at, expected.data());
-            ASSERT_TRUE(SameBits(out, expected)) << rate << " Hz, frame " << at / 320;
+            ASSERT_TRUE(SameBits(out, expected)) << rate << " Hz, block " << at / 320;
             early += bare.leftEarly ? 1 : 0;
             earlyAfterOrdinary += bare.leftEarly && !wasEarly ? 1 : 0;
             wasEarly = bare.leftEarly;
@@ -365,11 +365,11 @@ TEST(NSWrap, ARefusedRateAfterAGoodInitIsStoredAndTheStreamContinues) {
     NSWrap twin;
     wrap.Init(32000, SAMPLE_FMT_S16, 3);
     twin.Init(32000, SAMPLE_FMT_S16, 3);
-    EXPECT_EQ(ProcessFrames(wrap, in), ProcessFrames(twin, in));
+    EXPECT_EQ(ProcessBlocks(wrap, in), ProcessBlocks(twin, in));
     EXPECT_FALSE(wrap.Init(44100, SAMPLE_FMT_S16, 0));
     EXPECT_EQ(wrap.mSampleRate, 44100);
     EXPECT_EQ(wrap.mLevel, 0);
-    EXPECT_EQ(ProcessFrames(wrap, in), ProcessFrames(twin, in));
+    EXPECT_EQ(ProcessBlocks(wrap, in), ProcessBlocks(twin, in));
 }
 
 }  // namespace

@@ -56,7 +56,7 @@ TEST(Suppressor, TakesLevels0To3AndInitResetsTheLevelTo0) {
 /// The window weights each place of the analysis buffer differently. At every place, values around
 /// the one whose weighted square underflows must give the suppressor's own decision, which shows in
 /// its high band: only an early exit delays it without changing it.
-void TellsVanishingFramesApartAsTheSuppressorDoes(int rate) {
+void DetectsTheEarlyExitOfUnderflowingBlocks(int rate) {
     const std::size_t fresh = rate == 8000 ? 80 : 160;
     const std::size_t old = rate == 8000 ? 48 : 96;
     AnalysisWindow weights;
@@ -84,7 +84,7 @@ void TellsVanishingFramesApartAsTheSuppressorDoes(int rate) {
                 suppressor->Run(low.data(), high.data(), lowOut.data(), out.data());
                 silent = twin.IsSilentAfter(low.data());
             };
-            for (int frame = 0; frame < 6; ++frame) {
+            for (int block = 0; block < 6; ++block) {
                 run(Noise(random, 1000.0F));
             }
             run({});
@@ -109,13 +109,13 @@ void TellsVanishingFramesApartAsTheSuppressorDoes(int rate) {
 }
 
 TEST(Suppressor, DetectsTheEarlyExitOfUnderflowingBlocksAt32000Hz) {
-    TellsVanishingFramesApartAsTheSuppressorDoes(32000);
+    DetectsTheEarlyExitOfUnderflowingBlocks(32000);
 }
 TEST(Suppressor, DetectsTheEarlyExitOfUnderflowingBlocksAt16000Hz) {
-    TellsVanishingFramesApartAsTheSuppressorDoes(16000);
+    DetectsTheEarlyExitOfUnderflowingBlocks(16000);
 }
 TEST(Suppressor, DetectsTheEarlyExitOfUnderflowingBlocksAt8000Hz) {
-    TellsVanishingFramesApartAsTheSuppressorDoes(8000);
+    DetectsTheEarlyExitOfUnderflowingBlocks(8000);
 }
 
 TEST(Suppressor, AnEarlyExitOfAFloatBlockReturnsTheHighBandOf96SamplesAgo) {
@@ -137,7 +137,7 @@ TEST(Suppressor, AnEarlyExitOfAFloatBlockReturnsTheHighBandOf96SamplesAgo) {
 TEST(Suppressor, AFloatBlockWithoutAnEarlyExitHasAHighBandOfExactly0) {
     const std::unique_ptr<Suppressor> suppressor = Ready(32000);
     std::mt19937 random = SeededRandom();
-    for (int frame = 0; frame < 50; ++frame) {
+    for (int block = 0; block < 50; ++block) {
         const Band<float> low = Noise(random, 1.0F);
         const Band<float> high = Noise(random, 1.0F);
         Band<float> lowOut;
@@ -157,8 +157,8 @@ TEST(Suppressor, TheFloatLowBandIsTheSuppressorsResultOn32768TimesTheInput) {
     WebRtcNs_Init(bare, 16000);
     WebRtcNs_set_policy(bare, 1);
     std::mt19937 random = SeededRandom();
-    for (int frame = 0; frame < 100; ++frame) {
-        const Band<float> low = Noise(random, frame % 20 < 10 ? 0.01F : 0.9F);
+    for (int block = 0; block < 100; ++block) {
+        const Band<float> low = Noise(random, block % 20 < 10 ? 0.01F : 0.9F);
         const Band<float> high = Noise(random, 0.1F);
         Band<float> lowOut;
         Band<float> highOut;
@@ -173,7 +173,7 @@ TEST(Suppressor, TheFloatLowBandIsTheSuppressorsResultOn32768TimesTheInput) {
         WebRtcNs_Analyze(bare, in[0]);
         WebRtcNs_Process(bare, in, 2, out);
         for (std::size_t i = 0; i < kBandSamples; ++i) {
-            ASSERT_EQ(lowOut[i], result[0][i] / 32768.0F) << frame;
+            ASSERT_EQ(lowOut[i], result[0][i] / 32768.0F) << block;
         }
     }
     WebRtcNs_Free(bare);
@@ -182,7 +182,7 @@ TEST(Suppressor, TheFloatLowBandIsTheSuppressorsResultOn32768TimesTheInput) {
 TEST(Suppressor, At8000HzSamplesFrom80OnComeOutAsZeros) {
     const std::unique_ptr<Suppressor> suppressor = Ready(8000);
     std::mt19937 random = SeededRandom();
-    for (int frame = 0; frame < 10; ++frame) {
+    for (int block = 0; block < 10; ++block) {
         const Band<float> low = Noise(random, 1.0F);
         Band<float> lowOut;
         Band<float> highOut;
@@ -216,20 +216,20 @@ TEST(Suppressor, ABlockThatOverflowsItComesOutAsZerosAndRestartsIt) {
         Band<float> low = Noise(random, 0.5F);
         suppressor->Process(low.data(), silence.data(), lowOut.data(), highOut.data());
         low.fill(huge);
-        int frames = 0;
+        int blocks = 0;
         do {
             suppressor->Process(low.data(), silence.data(), lowOut.data(), highOut.data());
-            ASSERT_LT(++frames, 4);
+            ASSERT_LT(++blocks, 4);
         } while (lowOut != silence);
         fresh->Init(32000);
         fresh->SetLevel(2);
-        for (int frame = 0; frame < 100; ++frame) {
+        for (int block = 0; block < 100; ++block) {
             low = Noise(random, 0.5F);
             Band<float> expected;
             Band<float> expectedHigh;
             suppressor->Process(low.data(), silence.data(), lowOut.data(), highOut.data());
             fresh->Process(low.data(), silence.data(), expected.data(), expectedHigh.data());
-            ASSERT_EQ(lowOut, expected) << huge << ", frame " << frame;
+            ASSERT_EQ(lowOut, expected) << huge << ", block " << block;
         }
     }
 }
@@ -237,7 +237,7 @@ TEST(Suppressor, ABlockThatOverflowsItComesOutAsZerosAndRestartsIt) {
 TEST(SuppressorBands, SixteenBitSplitAndMergeAreThePackagedFilters) {
     std::mt19937 random = SeededRandom();
     std::array<std::array<std::int32_t, 6>, 8> m = {};
-    for (int frame = 0; frame < 20; ++frame) {
+    for (int block = 0; block < 20; ++block) {
         std::array<short, kBlockSamples> in;
         for (short& sample : in) {
             sample = static_cast<short>(RandomInt(random, -32768, 32767));
