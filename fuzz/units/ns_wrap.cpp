@@ -82,10 +82,10 @@ private:
         const bool taken = mCreated && level >= 0 && level <= 3;
         ASSERT_EQ(mWrap.setLevel(level), taken);
         if (taken && mS16) {
-            mS16->SetPolicy(level);
+            mS16->SetLevel(level);
         }
         if (taken && mFloat) {
-            mFloat->SetPolicy(level);
+            mFloat->SetLevel(level);
         }
     }
 

@@ -17,9 +17,9 @@ using namespace audio_filter::internal;
 /// becomes zeros and restarts it.
 class BareFloatSuppressor {
 public:
-    BareFloatSuppressor(int rate, int policy) : mNs(WebRtcNs_Create()), mShadow(WebRtcNs_Create()) {
+    BareFloatSuppressor(int rate, int level) : mNs(WebRtcNs_Create()), mShadow(WebRtcNs_Create()) {
         mConstant.fill(1000.0F);
-        Restart(rate, policy);
+        Restart(rate, level);
     }
     ~BareFloatSuppressor() {
         WebRtcNs_Free(mNs);
@@ -29,23 +29,23 @@ public:
     BareFloatSuppressor& operator=(const BareFloatSuppressor&) = delete;
 
     /// The suppressor, but not the band filters.
-    void Restart(int rate, int policy) {
+    void Restart(int rate, int level) {
         mRate = rate;
         mFresh = rate == 8000 ? 80 : 160;
         mFirst = true;
         for (NsHandleT* ns : {mNs, mShadow}) {
             WebRtcNs_Init(ns, static_cast<std::uint32_t>(rate));
         }
-        SetPolicy(policy);
+        SetLevel(level);
     }
 
     /// The band filters, but not the suppressor.
     void SilenceBands() { mMemory = {}; }
 
-    void SetPolicy(int policy) {
-        mPolicy = policy;
-        WebRtcNs_set_policy(mNs, policy);
-        WebRtcNs_set_policy(mShadow, policy);
+    void SetLevel(int level) {
+        mLevel = level;
+        WebRtcNs_set_policy(mNs, level);
+        WebRtcNs_set_policy(mShadow, level);
     }
 
     void Process(const float* block, float* out) {
@@ -69,7 +69,7 @@ public:
                                 [](float sample) { return sample == 1000.0F; });
         mFirst = false;
         if (!std::all_of(lowOut.begin(), lowOut.end(), [](float x) { return std::isfinite(x); })) {
-            Restart(mRate, mPolicy);
+            Restart(mRate, mLevel);
             lowOut.fill(0.0F);
         }
         for (std::size_t i = 0; i < low.size(); ++i) {
@@ -92,7 +92,7 @@ private:
     }
 
     int mRate = 0;
-    int mPolicy = 0;
+    int mLevel = 0;
     std::size_t mFresh = 0;
     NsHandleT* mNs;
     NsHandleT* mShadow;

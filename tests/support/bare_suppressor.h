@@ -9,23 +9,23 @@
 /// else: the reference for results and speed of the library's path.
 class BareSuppressor {
 public:
-    explicit BareSuppressor(int rate, int policy) : mHandle(WebRtcNs_Create()) {
-        Restart(rate, policy);
+    explicit BareSuppressor(int rate, int level) : mHandle(WebRtcNs_Create()) {
+        Restart(rate, level);
     }
     ~BareSuppressor() { WebRtcNs_Free(mHandle); }
     BareSuppressor(const BareSuppressor&) = delete;
     BareSuppressor& operator=(const BareSuppressor&) = delete;
 
     /// The suppressor, but not the band filters.
-    void Restart(int rate, int policy) {
+    void Restart(int rate, int level) {
         WebRtcNs_Init(mHandle, static_cast<std::uint32_t>(rate));
-        WebRtcNs_set_policy(mHandle, policy);
+        WebRtcNs_set_policy(mHandle, level);
     }
 
     /// The band filters, but not the suppressor.
     void SilenceBands() { mMemory = {}; }
 
-    void SetPolicy(int policy) { WebRtcNs_set_policy(mHandle, policy); }
+    void SetLevel(int level) { WebRtcNs_set_policy(mHandle, level); }
 
     void Process(const std::int16_t* block, std::int16_t* out) {
         std::int16_t bands[2][160];

@@ -128,7 +128,7 @@ TEST(NSWrap, SetLevelTakes0To3AndLeavesTheStoredLevel) {
     for (std::size_t block = 0; block < 60; ++block) {
         const int level = static_cast<int>(block / 15);
         wrap.setLevel(level);
-        bare.SetPolicy(level);
+        bare.SetLevel(level);
         short out[320];
         short expected[320];
         wrap.Process(BytesOf(in) + block * 640, reinterpret_cast<char*>(out));
