@@ -36,7 +36,7 @@ TEST(TwiddleFactors, UpTo65536AreOneTablePerSize) {
     }
 }
 
-TEST(TwiddleFactors, BeyondThatBelongToTheCaller) {
+TEST(TwiddleFactors, OfLargerSizesBelongToTheCaller) {
     const auto one = TwiddleFactors::UpTo(131072);
     EXPECT_NE(one, TwiddleFactors::UpTo(131072));
     EXPECT_EQ(one.use_count(), 1);
