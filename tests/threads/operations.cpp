@@ -298,7 +298,7 @@ Subject PoolSubject() {
         EXPECT_EQ(pool->GetFrontInputData(), nullptr);
         EXPECT_EQ(pool->GetMaxDataSize(), 256);
     };
-    subject.calls = 50;
+    subject.calls = 200;
     return subject;
 }
 
