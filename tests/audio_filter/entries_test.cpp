@@ -323,4 +323,60 @@ TEST_F(Entries, SyncProcessDelayLogsEvenWhenTheMixerRefuses) {
                                  "[ASRC delayed]Mix processed"});
 }
 
+TEST_F(Entries, ARefusedSyncProcessDelayOfTwoSourcesAlsoKeepsTheNextBufferFromSuppression) {
+    Start(48000, 1, SAMPLE_FMT_S16, {AP_DENOISE});
+    std::vector<short> block = Noise(960);
+    EXPECT_EQ(Process(block, {kMic}), RESULT_NEEDS_RESAMPLING);
+    std::vector<short> odd(1, 0);
+    EXPECT_EQ(Sync(odd, {kMic, AV_SOURCE_1, AV_SOURCE_2}), RESULT_INVALID);
+    std::vector<short> resampled = Noise(640);
+    EXPECT_EQ(Resample(resampled), RESULT_RESAMPLED);
+    EXPECT_EQ(Out<short>(), resampled);
+}
+
+TEST_F(Entries, ABufferThatTheSuppressorRefusesReportsTheSizeOfOneOfItsTwoSources) {
+    Start(48000, 2, SAMPLE_FMT_S16, {AP_DENOISE});
+    std::vector<short> block = Noise(960);
+    EXPECT_EQ(Process(block, {kMic}), RESULT_NEEDS_RESAMPLING);
+    std::vector<char> bytes(202, 1);
+    size = 202;
+    EXPECT_EQ(
+        filter->ProcessResample(bytes.data(), out.data(), size, {kMic, AV_SOURCE_1}, param, 0),
+        RESULT_INVALID);
+    EXPECT_EQ(size, 101);
+}
+
+TEST_F(Entries, ADelayedMixOfFractionalSamplesReportsTheBytesOfWholeSamples) {
+    Start(32000, 1, SAMPLE_FMT_S16, {AP_MIXING});
+    std::vector<char> bytes(14, 1);
+    size = 14;
+    EXPECT_EQ(filter->SyncProcessDelay(bytes.data(), bytes.data(), size, {kMic, AV_SOURCE_1}),
+              RESULT_INVALID)
+        << "3.5 samples per source";
+    EXPECT_EQ(size, 14);
+    size = 6;
+    EXPECT_EQ(filter->SyncProcessDelay(bytes.data(), bytes.data(), size, {kMic, AV_SOURCE_1}),
+              RESULT_INVALID);
+    EXPECT_EQ(size, 6);
+    Start(32000, 1, SAMPLE_FMT_FLT, {AP_MIXING});
+    size = 14;
+    EXPECT_EQ(filter->SyncProcessDelay(bytes.data(), bytes.data(), size, {kMic, AV_SOURCE_1}),
+              RESULT_INVALID);
+    EXPECT_EQ(size, 12) << "3 float samples";
+}
+
+TEST_F(Entries, SettersACopyingSyncProcessDelayAndABareProcessResampleLogNothing) {
+    Start(48000, 1, SAMPLE_FMT_S16, {AP_MIXING});
+    ProcessParam parameters;
+    filter->SetParameter(&parameters, AP_GAIN);
+    filter->SetParameter(&parameters, AP_MIXING);
+    filter->SetParameter(nullptr, AP_GAIN);
+    filter->SetListener(this);
+    filter->SetLogger(nullptr);
+    std::vector<short> samples = Noise(320);
+    EXPECT_EQ(Sync(samples, {kMic}), RESULT_OK);
+    EXPECT_EQ(Resample(samples), RESULT_RESAMPLED);
+    EXPECT_EQ(log.Lines(), Lines{});
+}
+
 }  // namespace

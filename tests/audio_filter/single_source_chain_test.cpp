@@ -260,4 +260,16 @@ TEST_F(SingleSourceChain, TheOutputIsTheSameAtAnyAddress) {
     }
 }
 
+TEST_F(SingleSourceChain, AStereoBlockOfOddBytesOutputsWhatTheWorkBufferHeldBefore) {
+    Start(32000, 2, SAMPLE_FMT_S16, {AP_DENOISE});
+    std::fill_n(filter->mBuffer, 101, 'w');
+    std::vector<char> in(101, 'i');
+    std::vector<char> result(101 + 1280, 'o');
+    size = 101;
+    EXPECT_EQ(filter->Process(in.data(), result.data(), size, {AV_SOURCE_MICROPHONE}, param, 0),
+              RESULT_OK);
+    EXPECT_EQ(size, 101);
+    EXPECT_EQ(std::string(result.data(), 101), std::string(101, 'w'));
+}
+
 }  // namespace

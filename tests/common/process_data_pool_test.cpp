@@ -399,4 +399,29 @@ TEST(ProcessDataPool, AnIntervalOfMinus1SweepsEveryTime) {
     EXPECT_EQ(pool.mStorage[2].userData, nullptr);
 }
 
+TEST(ProcessDataPool, TheReleasedLastEntryStaysInFrontAndCountsAsUsedUntilANewerOneIsReleased) {
+    Pool pool(2);
+    pool.Get()->SelfRelease();
+    ProcessData* first = pool.Get();
+    ProcessData* last = pool.Get();
+    first->SelfRelease();
+    last->SelfRelease();
+    EXPECT_EQ(pool.GetFrontInputData(), last);
+    EXPECT_EQ(pool.GetUsedDataSize(), 1);
+    pool.Get()->SelfRelease();
+    EXPECT_EQ(pool.GetFrontInputData(), nullptr);
+    EXPECT_EQ(pool.GetUsedDataSize(), 1) << "it still counts as used";
+}
+
+TEST(ProcessDataPool, FreeOnAnEntryInUseLeavesItOnTheListForGood) {
+    Pool pool(3);
+    ProcessData* entry = pool.Get();
+    entry->Free();
+    EXPECT_EQ(entry->GetRefCount(), 0);
+    entry->SelfRelease();
+    EXPECT_EQ(pool.GetFrontInputData(), entry);
+    EXPECT_EQ(pool.GetUsedDataSize(), 1);
+    EXPECT_EQ(pool.GetFreeDataSize(), 2);
+}
+
 }  // namespace

@@ -279,4 +279,18 @@ TEST_F(PRFileLogWriterTest, TheFileIsOpenForReadingToo) {
     EXPECT_EQ(std::fgetc(writer.mFile), 'p');
 }
 
+TEST_F(PRFileLogWriterTest, AfterASuccessfulInitAFailedOneIsRetriedOnlyOnceItsPeriodIsOver) {
+    ASSERT_EQ(Init(0, 60), RESULT_OK);
+    PRFileLogParam param = {dir.File("sub/log"), 0, 60};
+    CaptureStderr();
+    EXPECT_EQ(writer.Init(&param), RESULT_FAILURE);
+    std::filesystem::create_directory(dir.File("sub"));
+    TheWallClock().seconds += 60;
+    EXPECT_EQ(WriteTo(writer, 2, "p", "lost"), RESULT_FAILURE);
+    TheWallClock().seconds += 1;
+    EXPECT_EQ(WriteTo(writer, 2, "p", "found"), RESULT_OK);
+    GetCapturedStderr();
+    EXPECT_EQ(Contents("sub/log_2024_03_07_09_05_02_041"), "p:found\n");
+}
+
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include <memory>
 
+#include "audio_filter/audio_filter.h"
 #include "classifier/audio_classifier.h"
 #include "common/result_code.h"
 #include "log/media_process_log.h"
@@ -62,6 +63,18 @@ TEST(LockTaking, TheInitOfADetectorTakesNoMutexWhetherItsTableIsThereOrNot) {
         detector.Init(2, 44100, SAMPLE_FMT_S16);
         EXPECT_EQ(calls.Locks(), 0);
     }
+}
+
+TEST(LockTaking, InitAndTheDestructorOfAFilterTakeItsLockInside) {
+    auto filter = std::make_unique<AudioFilter>();
+    {
+        const LockCalls calls(&filter->mLock);
+        filter->Init(32000, 1, SAMPLE_FMT_S16, nullptr);
+        EXPECT_EQ(calls.OfTheOne(), 1) << "through SetMethod";
+    }
+    const LockCalls calls(&filter->mLock);
+    filter.reset();
+    EXPECT_EQ(calls.OfTheOne(), 1) << "through Clear";
 }
 
 }  // namespace

@@ -493,4 +493,21 @@ TEST(PhaseCheck, StatisticsAndCorrectionsFollowThePlainCounterOnFloatPlanar) {
     FollowsThePlainCounter<float>(true);
 }
 
+TEST(PhaseCheck, TheFirstCallAfterTheRestartFollowsTheShareFromBeforeIt) {
+    PhaseCheck check = Ready(8000);
+    std::vector<short> opposed = Stereo<short>(5000, 10000, -10000);
+    Check(check, opposed);
+    check.mScore = 20 * 8000 - 1;
+    check.mOpposedShare = 0.0F;
+    std::vector<short> two = Stereo<short>(2, 10000, -10000);
+    Check(check, two);
+    ASSERT_EQ(check.mTotal, 0U) << "restarted";
+    std::vector<short> first = Stereo<short>(1, 10000, -10000);
+    Check(check, first);
+    EXPECT_EQ(first[0], -10000) << "corrected by the share of 5002 opposed frames";
+    std::vector<short> second = Stereo<short>(1, 10000, -10000);
+    Check(check, second);
+    EXPECT_EQ(second[0], 10000) << "one frame is less than half a second";
+}
+
 }  // namespace
