@@ -190,8 +190,9 @@ TEST_F(Lifecycle, ASecondOfMoreThan2147483647BytesThrowsBadAllocAndLeavesNoBuffe
 TEST_F(Lifecycle, AStreamOf9000ChannelsOrABillionHzAllocatesOneSecondPerBuffer) {
     EXPECT_EQ(Start(32000, 9000, SAMPLE_FMT_S16, {AP_GAIN}), RESULT_OK);
     EXPECT_TRUE(filter->mSwitchState[AP_GAIN]);
-    EXPECT_EQ(Start(1, 1'000'000'000, SAMPLE_FMT_U8), 0);
+    EXPECT_EQ(Start(1, 1'000'000'000, SAMPLE_FMT_U8), RESULT_OK);
     EXPECT_EQ(filter->mBufferBytes, 1'000'000'000U);
+    EXPECT_EQ(Start(1'100'000'000, 1, SAMPLE_FMT_U8), RESULT_OK) << "twice as many do not fit";
 }
 
 TEST_F(Lifecycle, AnInitWithoutMusicDetectionLeavesTheDetector) {

@@ -147,6 +147,7 @@ TEST(IsNearestToCentre0, ATieGoesToCentre0) {
 TEST(IsNearestToCentre0, WithFourDistancesOf1OrMoreOnlyExactly1ToCentre0IsNearest) {
     EXPECT_FALSE(IsNearestToCentre0(0.0F, std::vector<float>{1.5F, 2.0F, 2.0F, 2.0F}));
     EXPECT_FALSE(IsNearestToCentre0(0.0F, std::vector<float>{1.5F, 1.0F, 1.0F, 1.0F}));
+    EXPECT_FALSE(IsNearestToCentre0(0.0F, std::vector<float>{1.0000001F, 2.0F, 2.0F, 2.0F}));
     EXPECT_TRUE(IsNearestToCentre0(0.0F, std::vector<float>{1.0F, 2.0F, 2.0F, 2.0F}));
     EXPECT_TRUE(IsNearestToCentre0(0.0F, std::vector<float>{-1.0F, 1.0F, 1.0F, 1.0F}));
 }

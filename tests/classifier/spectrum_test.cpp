@@ -115,6 +115,31 @@ TEST(Spectrum, SizesAroundPowersOfTwoAndTheir1_5FoldFollowThePlainModelToTheBit)
     }
 }
 
+TEST(Spectrum, RepetitionsThatEndWithABlockOf16To256ElementsFollowThePlainModelToTheBit) {
+    std::mt19937 random = SeededRandom();
+    for (std::size_t power = 512; power <= 4096; power *= 2) {
+        for (std::size_t block = 16; block <= 256; block *= 2) {
+            for (std::size_t size = power + block; size <= power + 3 * block; size += block) {
+                const std::vector<float> signal = Noise(random, size);
+                ASSERT_TRUE(SameBits(Magnitudes(signal, size), PlainSpectrum(signal, size)))
+                    << size;
+            }
+        }
+    }
+}
+
+TEST(Spectrum, ASingleInfinityInTheUpperHalfFollowsThePlainModel) {
+    for (const std::size_t size : {1024U, 1500U, 4096U}) {
+        const std::size_t power = size == 4096 ? 4096 : 1024;
+        for (const std::size_t place : {power / 2, 3 * power / 4, 5 * power / 8}) {
+            std::vector<float> signal(size);
+            signal[place] = INFINITY;
+            ASSERT_TRUE(SameNumbers(Magnitudes(signal, size), PlainSpectrum(signal, size)))
+                << size << ", sample " << place;
+        }
+    }
+}
+
 TEST(Spectrum, AReusedTransformGivesAnyRangeOfBinsLikeANewOne) {
     std::mt19937 random = SeededRandom();
     for (const std::size_t size : {0U, 1U, 77U, 600U, 1100U, 63998U}) {
