@@ -32,10 +32,14 @@
 ///     // RESULT_NEEDS_RESAMPLING: resample `out` to param.audioSampleRate, call ProcessResample.
 ///
 /// Sources. Several sources travel in one buffer as equal source blocks, in the order of the list of
-/// their types. Noise is suppressed and music detected only if a microphone is among them. The types
-/// 0..3 are known; any other is treated as a source that is no microphone: the single-source chain
-/// does not check its phase, the multi-source chain checks it with the phase checker of the block
-/// before it. At most 16 sources are mixed.
+/// their types. Process suppresses noise and detects music only if a microphone is among them (with
+/// AP_MIXING off: only if it comes first); ProcessResample ignores the types. At most 16 sources are
+/// mixed.
+///
+/// Types and phase checks. The single-source chain checks type 3 with the phase checker of the
+/// microphone, and does not check types outside 0..3. The multi-source chain checks both with the
+/// checker of the block before them (in the first block, that of type 1); it checks no phase at all
+/// if a type repeats before the first one outside 0..3.
 ///
 /// Rates. 32000 to 44100 Hz are processed directly and with music detection, 8000 and 16000 Hz
 /// directly and without; every other rate is handed back for resampling when noise suppression is
@@ -45,7 +49,9 @@
 /// gain leaves the bytes of an incomplete sample unchanged. The suppressor ignores an incomplete last
 /// frame, but refuses a size that is no multiple of the channels: the single-source chain then
 /// outputs what its work buffer held before, the multi-source chain what outData held. The mixer
-/// refuses sources of fractional samples: the chain then continues with what its work buffer held.
+/// divides the whole samples of the buffer by the number of sources, so it mixes source blocks of
+/// fractional samples out of step, or refuses them; after a refusal, the chain continues with what
+/// its work buffer held.
 ///
 /// Result codes (common/result_code.h): RESULT_OK, RESULT_BAD_ARGUMENT for nothing to process,
 /// RESULT_INVALID for an invalid argument or size, RESULT_NOT_INITIALISED, RESULT_NEEDS_RESAMPLING,
@@ -57,8 +63,8 @@
 ///
 /// Logging. While it is on, calls build and write log lines, which allocates and may block on files;
 /// when memory runs out, a line is lost. The constructor, SetParameter, SetListener and SetLogger
-/// never write one, nor does a call of SyncProcessDelay that copies, or one of ProcessResample that
-/// neither suppresses noise nor applies gain.
+/// never write one, nor does an accepted call of SyncProcessDelay that copies, or of ProcessResample
+/// that neither suppresses noise nor applies gain.
 class AUDIO_FILTER_API AudioFilter {
 public:
     /// [setup] Not initialised, everything off. Throws std::bad_alloc when memory runs out.
@@ -76,7 +82,7 @@ public:
     /// @param sampleRate Hz, at least 1; phase checks support 8000..48000
     /// @param channels at least 1; the suppressor supports 1 and 2, phase checks 2
     /// @param fmt any but SAMPLE_FMT_NONE; the units support 16-bit (1) and 32-bit float (3), and all
-    ///        but the suppressor their planar forms (6, 8)
+    ///        but the suppressor and the music detector their planar forms (6, 8)
     /// @param switches see SetMethod; null leaves the kinds switched as they were, ready or not
     /// @return RESULT_OK; RESULT_INVALID for arguments out of range: the filter is then not
     ///         initialised
@@ -95,8 +101,9 @@ public:
     /// [any] Sets a parameter of a unit, whether its kind is on or off.
     /// @param param null is refused
     /// @param type AP_GAIN or AP_DENOISE
-    /// @return whether the unit accepted it. A suppression level for a mono stream returns false,
-    ///         applies until the next block in which music is detected, and is not remembered.
+    /// @return whether the unit accepted it. A suppression level for a mono stream returns false and is
+    ///         not stored: it applies until music detection next runs, or for good at rates without
+    ///         music detection.
     bool SetParameter(ProcessParam* param, ProcessType type);
 
     /// [setup] Sets the receiver of events; null for none. To receive the events of Init, set it
@@ -123,8 +130,9 @@ public:
     /// @param size bytes, 1 .. one second per source, a multiple of the number of sources. On return
     ///        (RESULT_OK, RESULT_NEEDS_RESAMPLING) the bytes in outData: up to 10 ms more or less
     ///        than one source block. If the mixer refuses the blocks (more than 16 sources, for
-    ///        example), `size` bytes, at most the work buffer's one second and 10 ms, of that
-    ///        buffer's previous contents pass through the rest of the chain. Otherwise unchanged.
+    ///        example), `size` bytes (whole samples) of the work buffer's previous contents, at most
+    ///        one second and, for one or two channels, 320 frames, pass through the rest of the
+    ///        chain. Otherwise unchanged.
     /// @param sources one type per source block; by value, so the caller allocates
     /// @param param on RESULT_NEEDS_RESAMPLING, the audio format is set; otherwise unchanged
     /// @param timestamp not used
@@ -136,8 +144,8 @@ public:
 
     /// [audio] The second step after RESULT_NEEDS_RESAMPLING: noise suppression and gain over a
     /// buffer that the host has resampled. Noise is suppressed only if the last call of Process or
-    /// SyncProcessDelay, refused or not, had one source and the format is the requested one;
-    /// otherwise only gain applies.
+    /// SyncProcessDelay, refused or not, had one source, of whatever type, and the format is the
+    /// requested one; otherwise only gain applies.
     /// @param inData `size` bytes, of which only the first source block is used; gain may write into
     ///        it
     /// @param outData room for a block and 10 ms of every channel; may be inData only if no noise is
@@ -225,12 +233,12 @@ private:
     std::int32_t mProcessRate = 0;  ///< Hz, of the suppressor
     SampleFmt mSampleFmt = SAMPLE_FMT_NONE;
     std::int32_t mChannels = 0;
-    bool mInPlace = false;       ///< as the interface demands; nothing reads it
+    bool mInPlace = false;       ///< required by the interface; nothing reads it
     bool mNeedResample = false;  ///< the suppressor does not support the rate
     bool mMusicCheck = false;    ///< music detection runs at the rate
     std::int32_t mSrcNum = 0;    ///< of the last Process or SyncProcessDelay, refused or not
     char* mBuffer = nullptr;     ///< one second, plus a suppressor block for one or two channels
-    char* mBuffer2 = nullptr;    ///< as large; the interface demands it, nothing uses it
+    char* mBuffer2 = nullptr;    ///< as large; required by the interface, unused
     ProcessSwitchMap mSwitchState;
     PhaseCheck mPhaseCheck[3];
     AudioDenoise mDenoise;

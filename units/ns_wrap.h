@@ -67,7 +67,7 @@ private:
     int ProcessBlock(const char* in, char* out);
     void ReleaseBuffers();
 
-    bool mInited = false;  ///< the interface demands it; never set, never read
+    bool mInited = false;  ///< required by the interface; never set, never read
     int mSampleRate = 0;
     int mLevel = 0;
     int mFmt = SAMPLE_FMT_NONE;  ///< the SampleFmt given to Init
