@@ -64,5 +64,5 @@ private:
 
     bool mInited = false;
     float mGain = kDefaultGain;
-    int mFmt = -1;  ///< 1 for 16-bit, 3 for float, -1 for none
+    int mFmt = SAMPLE_FMT_NONE;  ///< SAMPLE_FMT_S16, SAMPLE_FMT_FLT or none
 };
