@@ -46,8 +46,8 @@ public:
     /// @param param by value, so the caller allocates
     /// @param timestamp in any unit
     /// @param usr copied and attached; null for none
-    /// @return null when all entries are in use, for a negative size or null data, or when memory
-    ///         runs out
+    /// @return null when no entry is free, for a negative size, for null data with a size above 0, or
+    ///         when memory runs out
     ProcessData* GetProcessData(char* data, int size, AVParam param, unsigned long long timestamp,
                                 ProcessUsrData* usr);
     ProcessData* GetProcessData(char* data, int size, unsigned long long timestamp,

@@ -9,7 +9,7 @@
 /// Parameter block of PRFileLogWriter. At most one of the limits may be positive.
 struct PRFileLogParam {
     std::string namePrefix;            ///< path and start of the file name, not empty
-    std::int32_t nPartionSize = 0;     ///< from 1 on, files are numbered and the size is limited
+    std::int32_t nPartionSize = 0;     ///< from 1 on, the file is numbered, not dated
     std::int32_t partitionPeriod = 0;  ///< seconds; from 1 on, a new file when they have passed
 };
 

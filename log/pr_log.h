@@ -19,7 +19,7 @@ enum ProcessLogType : std::int32_t {
 /// Dispatches every message to all its writers; each applies its own level. The library logs to the
 /// instance in `pr_log`, and only while `pr_log_enalbe` is set:
 ///
-///     PRConsoleLogParam console = {0};
+///     PRConsoleLogParam console = {0};  // from log/pr_console_log_writer.h
 ///     pr_log->AddLog(PROCESS_LOG_CONSOLE, &console, 2);
 ///     PR_LOG_ENABLE(true);
 ///

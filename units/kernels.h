@@ -27,7 +27,7 @@ struct Kernels {
     PhaseCounts (*countPhasesFloat)(PcmView<float> samples, const StereoLayout& layout,
                                     bool negate);
 
-    /// Conversion of the suppressor's output: RoundToS16 of every sample.
+    /// Conversion of the suppressor's output: every sample saturated and rounded (round_to_s16.h).
     void (*roundToS16)(std::span<const float> samples, short* out);
 };
 
