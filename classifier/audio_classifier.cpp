@@ -50,7 +50,7 @@ AudioClassifier::~AudioClassifier() = default;
 int AudioClassifier::Init(unsigned short channels, int sampleRate, SampleFmt format) {
     mInited = false;
     const int refused = mDenoise.Init(kSuppressorRate, 1, format, kSuppressorLevel);
-    if (refused != 0) {
+    if (refused != RESULT_OK) {
         return refused;
     }
     mBytesPerSample = getSampleByte(format);
@@ -88,8 +88,9 @@ void AudioClassifier::PrepareAnalysis() {
     mVotes.reserve(kVotes);
     CacheWindow(param.frameLength);
     Reallocate(mSignal, std::min(Capacity(), kSamplesCounted));
-    mEnergies.reserve(std::min((Capacity() - param.frameLength) / param.hop + 1, kSegmentsCounted));
-    mMagnitudes.resize(param.bandStart);
+    Reallocate(mEnergies,
+               std::min((Capacity() - param.frameLength) / param.hop + 1, kSegmentsCounted));
+    Reallocate(mMagnitudes, param.bandStart);
     if (mTransform == nullptr || mTransform->Size() != param.fftSize) {
         mTransform.reset();
         mTransform = std::make_unique<SpectrumTransform>(param.fftSize);
@@ -192,7 +193,7 @@ std::span<float> AudioClassifier::EmphasisedHistory(float coefficient) {
 
 void AudioClassifier::CacheWindow(unsigned short length) {
     if (mWindow.size() != length) {
-        mWindow.resize(length);
+        Reallocate(mWindow, length);
         HammingWindow(mWindow, 1.0F);
     }
 }

@@ -60,11 +60,12 @@ public:
     AudioClassifier(const AudioClassifier&) = delete;
     AudioClassifier& operator=(const AudioClassifier&) = delete;
 
-    /// [setup] Configures the stream. The gathered samples and the votes are kept. Frees the buffers
-    /// of an earlier Init, then allocates everything that the stream needs: four seconds of mono
-    /// samples twice, or seven times for two channels, and up to 1.2 MiB for the analysis. The
-    /// twiddle factors of the transform (0.5 MiB at 32000 Hz, else 1 MiB) are shared by all objects,
-    /// built by the first Init at such a rate without a lock, and kept until the process ends.
+    /// [setup] Configures the stream. The gathered samples and the votes are kept. Allocates everything
+    /// that the stream needs, and frees each buffer of an earlier Init before it allocates the new
+    /// one: four seconds of mono samples twice, or seven times for two channels, and up to 1.2 MiB
+    /// for the analysis. The twiddle factors of the transform (1 MiB at 44100 and 48000 Hz, else
+    /// 0.5 MiB) are shared by all objects, built without a lock by the first Init that needs them,
+    /// and kept until the process ends.
     /// Throws std::bad_alloc when memory runs out, or when four seconds exceed 2^31 - 1 bytes: the
     /// detector is then not initialised.
     /// @param channels 1 or 2 to be analysed
