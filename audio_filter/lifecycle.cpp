@@ -52,8 +52,8 @@ void AudioFilter::SetRate(int sampleRate) {
     mProcessRate = SuppressorRate(sampleRate);
 }
 
-/// One second and the block that the suppressor may return on top. Zeroed, because a host can come to
-/// hear them.
+/// One second and the block that the suppressor may return on top. Zeroed, because a chain whose unit
+/// refuses a block outputs the previous contents.
 void AudioFilter::AllocateBuffers() {
     ReleaseBuffers();
     constexpr std::int64_t kLimit = std::numeric_limits<std::int32_t>::max();

@@ -9,7 +9,7 @@ bool AudioFilter::ChecksPhase() {
     return mSwitchState[AP_PHASE_CHECK] && mChannels == 2;
 }
 
-/// While music plays, noise is suppressed at level 0, the mildest.
+/// While music plays, noise is suppressed at level 0.
 void AudioFilter::DetectMusic(char* data, int size) {
     if (!mMusicCheck || !mClassifier.IsInited()) {
         return;

@@ -51,7 +51,7 @@ void AudioFilter::CheckPhase(char* inData, int size, AVSourceType source) {
         return;
     }
     PhaseCheck& check = mPhaseCheck[kCheckerOf[source]];
-    int code = 0;
+    int code = RESULT_OK;
     if (IsFloat(mSampleFmt)) {
         LogLine(PROCESS_LOG_DEBUG, {kFunction, 455},
                 "[ASRC%d]phase check process(float), in:%d , byteSize:%d", source,
@@ -63,7 +63,7 @@ void AudioFilter::CheckPhase(char* inData, int size, AVSourceType source) {
                 LogAddress(inData), size);
         code = check.Check(reinterpret_cast<short*>(inData), size / 2);
     }
-    if (code != 0) {
+    if (code != RESULT_OK) {
         LogLine(PROCESS_LOG_ERROR, {kFunction, 465}, "Error in phase check!!!");
     }
 }

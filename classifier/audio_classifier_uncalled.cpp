@@ -19,10 +19,10 @@ using namespace audio_filter::internal;
 
 namespace {
 
-std::vector<double> Energies(float** frames, std::size_t frameLength, std::size_t count) {
+std::vector<double> Energies(float** segments, std::size_t length, std::size_t count) {
     std::vector<double> energies(count);
-    std::transform(frames, frames + count, energies.begin(), [&](const float* frame) {
-        return frame == nullptr ? 0.0 : SegmentEnergy({frame, frameLength});
+    std::transform(segments, segments + count, energies.begin(), [&](const float* segment) {
+        return segment == nullptr ? 0.0 : SegmentEnergy({segment, length});
     });
     return energies;
 }

@@ -39,12 +39,12 @@ TwiddleFactors::TwiddleFactors(std::size_t widest)
     const SplitComplex table = mTable.Begin();
     for (std::size_t half = 1; half <= widest; half *= 2) {
         const float angle = std::acos(-1.0F) / static_cast<float>(half);
-        const complex rotation(std::cos(angle), std::sin(angle));
+        const complex step(std::cos(angle), std::sin(angle));
         complex w(1.0F, 0.0F);
         for (std::size_t k = half; k < 2 * half; ++k) {
             table.real[k] = w.real;
             table.imag[k] = w.imag;
-            w = w * rotation;
+            w = w * step;
         }
     }
 }

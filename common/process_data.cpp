@@ -89,7 +89,7 @@ int ProcessData::Fill(const char* source, int bytes, const AVParam* avParam,
     if (bytes < 0 || (source == nullptr && bytes > 0)) {
         return RESULT_FAILURE;
     }
-    if (capacity < bytes && Reset(bytes) == -1) {
+    if (capacity < bytes && Reset(bytes) == RESULT_FAILURE) {
         return RESULT_FAILURE;
     }
     try {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "common/result_code.h"
 #include "common/steady_time.h"
 
 using namespace audio_filter::internal;
@@ -49,7 +50,7 @@ ProcessData* ProcessDataPool::HandOut(const char* data, int size, const AVParam*
         return nullptr;
     }
     ProcessData* entry = mFree;
-    if (entry->Fill(data, size, param, timestamp, usr) != 0) {
+    if (entry->Fill(data, size, param, timestamp, usr) != RESULT_OK) {
         return nullptr;
     }
     mFree = entry->mNext;

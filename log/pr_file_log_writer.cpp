@@ -28,7 +28,7 @@ int PRFileLogWriter::Init(void* param) try {
         std::fprintf(stderr, "InitParam error nPartionSize canot both > 0");
         return RESULT_FAILURE;
     }
-    if (OpenFile(nPartionSize >= 1 ? "0" : GetPRFormatDate2()) != 0) {
+    if (OpenFile(nPartionSize >= 1 ? "0" : GetPRFormatDate2()) != RESULT_OK) {
         return RESULT_FAILURE;
     }
     mWrittenCount = 0;
@@ -43,7 +43,7 @@ int PRFileLogWriter::WriteLog(int level, const char* prefix, const char* format,
     if (level < mLevel) {
         return RESULT_OK;
     }
-    if (CheckPartion() != 0 || mFile == nullptr) {
+    if (CheckPartion() != RESULT_OK || mFile == nullptr) {
         return RESULT_FAILURE;
     }
     PrintLogMessage(mFile, prefix, format, args);

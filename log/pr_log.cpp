@@ -150,7 +150,7 @@ int PRLog::RemoveLog(int id) {
 int PRLog::SetLogLevel(int id, int level) {
     const ProcessAutolock hold(&mLock);
     const auto position = Find(id);
-    return position == mWriters.end() ? -1 : (*position)->SetLevel(level);
+    return position == mWriters.end() ? RESULT_FAILURE : (*position)->SetLevel(level);
 }
 
 int PRLog::RemoveAllLog() {
