@@ -24,7 +24,7 @@ int BoundOf(int sampleBytes, int channels, int sampleRate, int sources) {
 
 /// The checks that all entries share.
 /// @param boundSources the seconds of the stream that the buffer may hold
-/// @return RESULT_OK, or the code with which the call is refused
+/// @return RESULT_OK, or the result code of the refused call
 int AudioFilter::CheckCall(const EntryTags& tags, const char* inData, const char* outData, int size,
                            int sources, int boundSources) {
     if (inData == nullptr || outData == nullptr || size <= 0 || sources <= 0) {

@@ -69,8 +69,8 @@ int AudioFilter::MulitProcess(char* inData, char* outData, int& size,
     return RESULT_OK;
 }
 
-/// Each source block by the checker of its type. Type 3 and unknown ones deliberately use that of the
-/// block before.
+/// Checks each source block with the phase checker of its type. Type 3 and unknown types deliberately
+/// use that of the block before.
 void AudioFilter::CheckPhases(char* inData, int size, const std::vector<AVSourceType>& sources) {
     PhaseCheck* check = &mPhaseCheck[1];
     char* block = inData;
@@ -94,7 +94,7 @@ void AudioFilter::CheckPhases(char* inData, int size, const std::vector<AVSource
 }
 
 /// Mixes all source blocks into the work buffer. A refused mix leaves the size of all blocks, which
-/// may exceed that buffer.
+/// may exceed the work buffer.
 void AudioFilter::Mix(const char* inData, int& size) {
     int total = mSrcNum * size;
     LogLine(PROCESS_LOG_DEBUG, {kFunction, 586},

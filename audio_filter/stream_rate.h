@@ -2,10 +2,10 @@
 
 #include <cstdint>
 
-/// How AudioFilter treats the sample rate of a stream. The one place of these rules; hosts may use
-/// them to predict what Init will do. [any]
+/// How AudioFilter treats the sample rate of a stream. These functions are the only definition of the
+/// rules; hosts may use them to predict the effect of Init. [any]
 
-/// The rates at which music detection runs, and which the suppressor takes as 32000 Hz.
+/// The rates at which music detection runs, and which the suppressor processes as if 32000 Hz.
 constexpr bool DetectsMusicAt(int sampleRate) {
     return sampleRate >= 32000 && sampleRate <= 44100;
 }

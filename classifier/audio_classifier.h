@@ -45,9 +45,9 @@ struct AUDIO_FILTER_API algoParam {
 /// discards its own block. MusicCheck returns the latest verdict; from the 31st analysis on, a
 /// weighted vote of the last 30 verdicts and the latest.
 ///
-/// 44100 and 48000 Hz have parameters of their own; every other rate uses those of 32000 Hz. Two
+/// 44100 and 48000 Hz have separate parameters; every other rate uses those of 32000 Hz. Two
 /// deliberate oddities: float samples are stored truncated to 16 bits and analysed as floats, and
-/// blocks are cut to what the buffers of four seconds hold. At most N = 2 * rate - 2 samples are
+/// blocks are truncated to the four seconds that the buffers hold. At most N = 2 * rate - 2 samples are
 /// transformed.
 ///
 /// Supports one thread at a time.
@@ -144,7 +144,7 @@ private:
     bool mInited = false;
     Bytes mDenoised;  ///< latest output of the suppressor
     Bytes mLeft;      ///< allocated for two channels only
-    Bytes mRight;     ///< as mLeft; the interface's splitLR writes it, nothing reads it
+    Bytes mRight;     ///< as mLeft; the interface demands it, splitLR writes it, nothing reads it
     Bytes mHistory;   ///< gathered samples
     bool mSmoothedResult = false;  ///< latest result of MusicCheck
     unsigned int mGathered = 0;    ///< samples

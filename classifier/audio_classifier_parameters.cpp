@@ -2,8 +2,8 @@
 
 namespace {
 
-/// The centres come from clustering recordings of speech (centre 0) and of music, and are the same at
-/// every rate.
+/// The centres result from clustering recordings of speech (centre 0) and of music, and are the same
+/// at every rate.
 constexpr algoParam At(unsigned short sampleRate, unsigned short frameLength) {
     return {.emphasis = 0.97F,
             .sampleRate = sampleRate,

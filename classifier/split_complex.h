@@ -21,8 +21,8 @@ struct ConstSplitComplex {
     ConstSplitComplex operator+(std::size_t offset) const { return {real + offset, imag + offset}; }
 };
 
-/// A split-complex array that starts at a given offset within a memory page. The transform walks
-/// several arrays in step, over blocks that are powers of two apart; arrays at equal page offsets
+/// A split-complex array that starts at a given offset within a memory page. The transform traverses
+/// several arrays in parallel, with strides that are powers of two; arrays at equal page offsets
 /// would evict each other from the cache.
 class SplitComplexArray {
 public:

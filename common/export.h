@@ -10,8 +10,8 @@
 ///            same object.
 /// A class that documents no lock supports one thread at a time per object, whatever the tag.
 ///
-/// AUDIO_FILTER_API stands on the class, so that all its members are exported with it. Define
-/// AUDIO_FILTER_STATIC when linking the static library; the CMake target does so.
+/// AUDIO_FILTER_API marks a class, which exports all its members. Define AUDIO_FILTER_STATIC when
+/// linking the static library; the CMake target does so.
 #if defined(AUDIO_FILTER_STATIC)
 #define AUDIO_FILTER_API
 #elif !defined(_WIN32)

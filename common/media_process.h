@@ -32,8 +32,8 @@ enum ProcessType : std::int32_t {
 /// The processing kinds that are requested, or on. Subscripting a missing key inserts false.
 using ProcessSwitchMap = std::map<ProcessType, bool>;
 
-/// The type of an input source. The library treats the microphone specially and only distinguishes
-/// the others from it and from each other.
+/// The type of an input source. Noise suppression and music detection require the microphone; the
+/// other types only select a phase checker.
 enum AVSourceType : std::int32_t {
     AV_SOURCE_MICROPHONE = 0,
     AV_SOURCE_1 = 1,
@@ -59,7 +59,7 @@ enum SampleFmt : std::int32_t {
 /// A language of the engine's recognition and translation; the engine defines the values.
 enum LANGUAGE_TYPE : std::int32_t {};
 
-/// Names of the processing kinds, indexed by ProcessType. The engine spells "VdieoBrighten" so.
+/// Names of the processing kinds, indexed by ProcessType. "VdieoBrighten" is the engine's spelling.
 const std::string kProcessTypeNames[15] = {"AudioDenoise",
                                            "AudioPhaseCheck",
                                            "VoiceChange",

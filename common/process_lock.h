@@ -17,7 +17,7 @@
 ///     process_lock_destroy(&lock);
 ///
 /// Every pointer must point to an object between its init and its destroy. All operations return
-/// RESULT_OK, except the two waits, which return the platform's truth value.
+/// RESULT_OK, except the two waits, which return non-zero for success.
 
 /// A re-entrant lock: its owner may lock it again and must unlock it as often. Opaque.
 struct ProcessLock {

@@ -23,7 +23,7 @@ RateConverter::~RateConverter() = default;
 
 std::vector<float> RateConverter::Convert(const std::vector<float>& block, bool last) {
     std::vector<float> converted;
-    const float none = 0.0F;  // with a null pointer, the end of the input goes unnoticed
+    const float none = 0.0F;  // libsamplerate ignores the end of the input at a null pointer
     SRC_DATA data = {};
     data.data_in = block.empty() ? &none : block.data();
     data.input_frames = static_cast<long>(block.size() / mChannels);

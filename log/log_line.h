@@ -8,7 +8,7 @@
 
 namespace audio_filter::internal {
 
-/// The format of the library's own log lines. This call, in line 83,
+/// The format of the library's log lines. This call, in line 83,
 ///
 ///     LogLine(PROCESS_LOG_ERROR, {"AudioFilter::Init"}, "error code is %d", -1);
 ///

@@ -5,7 +5,7 @@
 
 /// Raises the loudness of PCM in place with a fixed, memoryless curve of two slopes: quiet samples are
 /// amplified, loud ones compressed, and full scale remains (about) full scale. It shapes the
-/// waveform and follows no level. Every sample is mapped alike, whatever its channel and layout.
+/// waveform and follows no level. Every sample is mapped alike, in every channel and layout.
 ///
 ///     AudioGain gain;
 ///     gain.Init(SAMPLE_FMT_S16);

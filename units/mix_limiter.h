@@ -5,7 +5,7 @@
 
 namespace audio_filter::internal {
 
-/// The arithmetic of AudioMixing: a soft limiter of five segments, and the conversion of float samples
+/// The arithmetic of AudioMixing: a soft limiter of five slopes, and the conversion of float samples
 /// through 16 bits.
 
 /// Limits a sum of 16-bit samples to below full scale: slopes 7/8, 7/64, 7/512, 7/4096 and 7/32768,
@@ -14,14 +14,14 @@ namespace audio_filter::internal {
 constexpr short LimitSum(int sum) {
     const int magnitude = sum < 0 ? -sum : sum;
     const int wholes = magnitude >> 15;
-    const int segment = wholes < 4 ? wholes : 4;
-    // The distance to 32768: 262144 eighths, 7 fewer per step; an eighth of that per segment.
-    const int limited = (((magnitude & 0x7FFF) * 7 - 262144) >> (3 * segment + 3)) + 32768;
+    const int slope = wholes < 4 ? wholes : 4;
+    // The distance to 32768: 262144 eighths, 7 fewer per step; each slope is an eighth of the last.
+    const int limited = (((magnitude & 0x7FFF) * 7 - 262144) >> (3 * slope + 3)) + 32768;
     const int sign = sum >> 31;
     return static_cast<short>((limited ^ sign) - sign);
 }
 
-/// The same for two samples. Their sum stays within two segments, so 16 bits hold every intermediate.
+/// The same for two samples. Their sum needs two slopes only, so 16 bits hold every intermediate.
 constexpr short LimitSumOfTwo(short a, short b) {
     using Word = std::uint16_t;
     const auto sevenEighths = [](Word value) {

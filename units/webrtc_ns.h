@@ -10,7 +10,7 @@ extern "C" {
 struct NsHandleT;
 
 /// The noise suppressor. Bands are 160 floats (80 at 8000 Hz) in the 16-bit scale. Call Analyze with
-/// the low band of each block before Process. Init resets the policy, our suppression level, to 0.
+/// the low band of each block before Process. Init resets the policy, which is the suppression level, to 0.
 NsHandleT* WebRtcNs_Create();
 void WebRtcNs_Free(NsHandleT* self);
 int WebRtcNs_Init(NsHandleT* self, std::uint32_t sampleRate);
