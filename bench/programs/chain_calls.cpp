@@ -58,7 +58,7 @@ int main(int argc, char** argv) {
         std::cerr << "chain_calls bare|s16|f32 CHANNELS FRAMES_PER_BLOCK BLOCKS [detector]\n";
         return 2;
     }
-    const std::string kind = argv[1];
+    const std::string chain = argv[1];
     const int channels = std::atoi(argv[2]);
     const int frames = std::atoi(argv[3]);
     const int blocks = std::atoi(argv[4]);
@@ -66,9 +66,9 @@ int main(int argc, char** argv) {
     const std::vector<float> signal =
         NoisySpeech(random, kFrames * static_cast<std::size_t>(channels), 32000.0);
     const std::vector<short> shorts = As<short>(signal);
-    if (kind == "bare") {
+    if (chain == "bare") {
         RunBare(shorts, channels, blocks);
-    } else if (kind == "s16") {
+    } else if (chain == "s16") {
         RunChain(shorts, channels, frames, blocks, argc > 5);
     } else {
         RunChain(signal, channels, frames, blocks, argc > 5);

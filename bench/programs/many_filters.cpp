@@ -77,8 +77,8 @@ double KiBOf(const Operation& operation) {
     return static_cast<double>(InUse() - before) / 1024.0;
 }
 
-/// Each part by itself. The first detector of the process also builds the twiddle factors, which all
-/// detectors share; this runs before any other.
+/// Measures each part alone. The first detector of the process also builds the twiddle factors, which
+/// all detectors share; this runs before any other.
 void PrintMemory() {
     AudioClassifier first;
     AudioClassifier second;

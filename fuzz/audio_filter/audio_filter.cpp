@@ -105,12 +105,12 @@ private:
         const int frame = std::max(
             1, PlainFilter::SampleBytesOf(filter.mSampleFmt) * std::min(filter.mChannels, 8));
         const std::int64_t unit = std::int64_t{frame} * std::max(sources, 1);
-        const int kind = mScript.Within(0, 5);
-        const std::int64_t size = kind < 2    ? unit * (std::min(filter.mSampleRate, 48000) / 100)
-                                  : kind == 2 ? unit * mScript.Within(0, 2000)
-                                  : kind == 3 ? std::int64_t{sources} * mScript.Within(0, 2000)
-                                              : mScript.AnyInt();
-        const bool refused = kind > 3 && mFilters.Refuses(static_cast<int>(size), sources);
+        const int choice = mScript.Within(0, 5);
+        const std::int64_t size = choice < 2    ? unit * (std::min(filter.mSampleRate, 48000) / 100)
+                                  : choice == 2 ? unit * mScript.Within(0, 2000)
+                                  : choice == 3 ? std::int64_t{sources} * mScript.Within(0, 2000)
+                                                : mScript.AnyInt();
+        const bool refused = choice > 3 && mFilters.Refuses(static_cast<int>(size), sources);
         return static_cast<int>(size <= kLargest || refused ? size : size % kLargest);
     }
 

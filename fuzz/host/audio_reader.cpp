@@ -1,4 +1,5 @@
-/// AudioReader: any bytes as a file, read as floats and in the file's sample format, in any portions.
+/// AudioReader: arbitrary bytes as a file, read as floats and in the file's sample format, in blocks
+/// of any length.
 
 #include "host/audio_reader.h"
 

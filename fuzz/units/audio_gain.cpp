@@ -43,7 +43,7 @@ private:
         mInited = fmt == 1 || fmt == 3 || fmt == 6 || fmt == 8;
         ASSERT_EQ(mUnit.Init(fmt), mInited ? RESULT_OK : RESULT_INVALID);
         if (mInited) {
-            mKind = fmt == 1 || fmt == 6 ? 1 : 3;
+            mFmt = fmt == 1 || fmt == 6 ? 1 : 3;
             mGain = 0.8F;
         }
     }
@@ -51,7 +51,7 @@ private:
     void Clear() {
         ASSERT_TRUE(mUnit.Clear());
         mInited = false;
-        mKind = -1;
+        mFmt = -1;
         mGain = 0.0F;
     }
 
@@ -71,7 +71,7 @@ private:
         ASSERT_EQ(code, null || size < 1 ? RESULT_BAD_ARGUMENT
                         : mInited        ? RESULT_OK
                                          : RESULT_NOT_INITIALISED);
-        ASSERT_EQ(block.Bytes(), code == RESULT_OK ? Mapped(in, mKind) : in);
+        ASSERT_EQ(block.Bytes(), code == RESULT_OK ? Mapped(in, mFmt) : in);
     }
 
     void ProcessAs(SampleFmt fmt) {
@@ -102,11 +102,11 @@ private:
     }
 
     std::vector<char> Bytes() {
-        return mScript.Bytes(mScript.Count(600), static_cast<SampleFmt>(mKind));
+        return mScript.Bytes(mScript.Count(600), static_cast<SampleFmt>(mFmt));
     }
 
-    std::vector<char> Mapped(const std::vector<char>& in, int kind) const {
-        return kind == 1 ? MappedAs<short>(in) : MappedAs<float>(in);
+    std::vector<char> Mapped(const std::vector<char>& in, int fmt) const {
+        return fmt == 1 ? MappedAs<short>(in) : MappedAs<float>(in);
     }
 
     template <typename Sample>
@@ -130,7 +130,7 @@ private:
     Script& mScript;
     AudioGain mUnit;
     bool mInited = false;
-    int mKind = -1;
+    int mFmt = -1;
     float mGain = 0.8F;
 };
 

@@ -158,7 +158,7 @@ TEST_F(Lifecycle, ClearReleasesBuffersAndUnitsButKeepsClassifierLevelAndStream) 
     EXPECT_EQ(filter->mDenoiseLevel, 3);
     EXPECT_TRUE(filter->mIsMusic);
     EXPECT_EQ(filter->mSampleRate, 32000);
-    EXPECT_EQ(events, Events{}) << "Clear notifies nobody";
+    EXPECT_EQ(events, Events{}) << "Clear sends no events";
 }
 
 TEST_F(Lifecycle, DestructionClearsAndDeletesNeitherListenerNorLogger) {

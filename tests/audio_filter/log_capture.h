@@ -8,7 +8,7 @@
 #include "log/pr_log.h"
 #include "support/temp_dir.h"
 
-/// Turns logging on at all levels while it lives, and returns the logged lines without their dates.
+/// Enables logging at all levels during its lifetime, and returns the lines without their dates.
 /// Source lines can be masked:
 ///     [ERROR]MediaProcessLog:AudioFilter::Init:*:AGC init error, error code is 3
 class LogCapture {

@@ -64,7 +64,7 @@ TEST_F(LoggerLifetime, ALoggerWithItsLockHeldCanBeFreedBeforeOrAfterTheFilter) {
     }
 }
 
-TEST_F(LoggerLifetime, AFilterLogsToNobodyOnceTheWritersAreRemoved) {
+TEST_F(LoggerLifetime, AFilterStillRunsOnceTheWritersAreRemoved) {
     ExpectARun();
     EXPECT_EQ(pr_log->RemoveAllLog(), RESULT_OK);
     ExpectARun();

@@ -21,8 +21,8 @@ std::string Number(const void* address) {
 
 std::vector<AVSourceType> Types(std::initializer_list<int> types) {
     std::vector<AVSourceType> sources;
-    for (const int kind : types) {
-        sources.push_back(static_cast<AVSourceType>(kind));
+    for (const int type : types) {
+        sources.push_back(static_cast<AVSourceType>(type));
     }
     return sources;
 }

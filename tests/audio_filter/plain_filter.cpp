@@ -193,23 +193,23 @@ int PlainFilter::Process(Call& call) {
 }
 
 int PlainFilter::Single(Call& call) {
-    const int kind = call.sources[0];
+    const int type = call.sources[0];
     char* in = call.in.data();
     int& size = call.size;
     const bool isFloat = mFmt == 3 || mFmt == 8;
     const bool isShort = mFmt == 1 || mFmt == 6;
     Log("DEBUG", "SingleProcess", "436", "SingleProcess");
-    if (on[AP_PHASE_CHECK] && mChannels == 2 && kind >= 0 && kind <= 3) {
-        PhaseCheck& check = mChecks[kind == 3 ? 0 : kind];
+    if (on[AP_PHASE_CHECK] && mChannels == 2 && type >= 0 && type <= 3) {
+        PhaseCheck& check = mChecks[type == 3 ? 0 : type];
         int code = 0;
         if (isFloat) {
             Log("DEBUG", "SingleProcess", "455",
-                "[ASRC%d]phase check process(float), in:%d , byteSize:%d", kind,
+                "[ASRC%d]phase check process(float), in:%d , byteSize:%d", type,
                 Low32(call.inAddress), size);
             code = check.Check(Floats(in), size / 4);
         } else if (isShort) {
             Log("DEBUG", "SingleProcess", "460",
-                "[ASRC%d]phase check processed(s16), in:%d , byteSize:%d", kind,
+                "[ASRC%d]phase check processed(s16), in:%d , byteSize:%d", type,
                 Low32(call.inAddress), size);
             code = check.Check(Shorts(in), size / 2);
         }
@@ -219,7 +219,7 @@ int PlainFilter::Single(Call& call) {
     }
     bool fromWork = false;
     bool denoised = false;
-    if (on[AP_DENOISE] && kind == 0) {
+    if (on[AP_DENOISE] && type == 0) {
         fromWork = true;
         DetectMusic(in, size);
         if (mRate != 8000 && mRate != 16000 && (mRate < 32000 || mRate > 44100)) {
@@ -237,7 +237,7 @@ int PlainFilter::Single(Call& call) {
     }
     if (on[AP_GAIN]) {
         fromWork = denoised;
-        Log("DEBUG", "SingleProcess", "523", "[ASRC%d]AGC process, in:%d, byteSize:%d", kind,
+        Log("DEBUG", "SingleProcess", "523", "[ASRC%d]AGC process, in:%d, byteSize:%d", type,
             Low32(fromWork ? call.workAddress : call.inAddress), size);
         mGain.Process(fromWork ? mWork.data() : in, size);
     }
@@ -255,12 +255,12 @@ int PlainFilter::Multi(Call& call) {
 
     bool repeated = false;
     std::set<int> seen;
-    for (const int kind : call.sources) {
-        if (kind < 0 || kind > 3) {
+    for (const int type : call.sources) {
+        if (type < 0 || type > 3) {
             Log("ERROR", "CheckSameSrcType", "683", "audio source check get a error type ");
             break;
         }
-        repeated = repeated || !seen.insert(kind).second;
+        repeated = repeated || !seen.insert(type).second;
         if (repeated) {
             break;
         }
@@ -268,19 +268,19 @@ int PlainFilter::Multi(Call& call) {
     if (!repeated && on[AP_PHASE_CHECK] && mChannels == 2) {
         int checker = 1;
         for (std::size_t i = 0; i < call.sources.size(); ++i) {
-            const int kind = call.sources[i];
-            checker = kind == 0 || kind == 1 || kind == 2 ? kind : checker;
+            const int type = call.sources[i];
+            checker = type == 0 || type == 1 || type == 2 ? type : checker;
             const auto offset = static_cast<std::size_t>(size) * i;
             const int address = Low32(static_cast<const char*>(call.inAddress) + offset);
             if (isFloat) {
                 Log("DEBUG", "MulitProcess", "557",
-                    "[ASRC%d]multi phase check process(float), in:%d, byteSize:%d", kind, address,
+                    "[ASRC%d]multi phase check process(float), in:%d, byteSize:%d", type, address,
                     size);
                 mChecks[checker].Check(Floats(in + offset), size / 4);
             }
             if (isShort) {
                 Log("DEBUG", "MulitProcess", "561",
-                    "[ASRC%d]multi phase check process(s16), in:%d, byteSize:%d", kind, address,
+                    "[ASRC%d]multi phase check process(s16), in:%d, byteSize:%d", type, address,
                     size);
                 mChecks[checker].Check(Shorts(in + offset), size / 2);
             }

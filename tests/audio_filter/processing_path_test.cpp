@@ -1,5 +1,5 @@
-/// Counts the allocations and blocking calls of a processing call. In an executable of its own,
-/// because it replaces the C library's functions.
+/// Counts the allocations and blocking calls of a processing call. It replaces functions of the C
+/// library and is therefore a separate executable.
 
 #include <gtest/gtest.h>
 

@@ -41,10 +41,10 @@ protected:
 
     /// Calls the chain directly.
     template <typename Sample>
-    int Chain(std::vector<Sample>& samples, AVSourceType kind) {
+    int Chain(std::vector<Sample>& samples, AVSourceType type) {
         out.assign(samples.size() * sizeof(Sample) + 5120, '\0');
         size = ByteCount(samples);
-        const int code = filter->SingleProcess(BytesOf(samples), out.data(), size, kind, param);
+        const int code = filter->SingleProcess(BytesOf(samples), out.data(), size, type, param);
         out.resize(static_cast<std::size_t>(size));
         return code;
     }
@@ -78,10 +78,10 @@ TEST_F(SingleSourceChain, Sources0And3ShareACheckerAnd1And2HaveTheirOwn) {
     Start(32000, 2, SAMPLE_FMT_S16, {AP_PHASE_CHECK});
     std::vector<short> samples = Opposed(100);
     const int checkers[] = {0, 1, 2, 0};
-    for (int kind = 0; kind < 4; ++kind) {
-        const std::uint64_t before = Counted(checkers[kind]);
-        EXPECT_EQ(Chain(samples, static_cast<AVSourceType>(kind)), 0);
-        EXPECT_EQ(Counted(checkers[kind]), before + 100) << kind;
+    for (int type = 0; type < 4; ++type) {
+        const std::uint64_t before = Counted(checkers[type]);
+        EXPECT_EQ(Chain(samples, static_cast<AVSourceType>(type)), 0);
+        EXPECT_EQ(Counted(checkers[type]), before + 100) << type;
     }
     EXPECT_EQ(Counted(0), 200U);
     EXPECT_EQ(Chain(samples, kUnknownSource), 0);

@@ -66,17 +66,17 @@ bool SameNumbers(const std::vector<float>& a, const std::vector<float>& b) {
 std::vector<float> Odd(std::mt19937& random, std::size_t samples) {
     const std::vector<float> odd = {NAN,    INFINITY, -INFINITY, -0.0F, 0.0F,
                                     1e-40F, -1e-45F,  3e38F,     -3e38F};
-    const int kind = RandomInt(random, 0, 4);  // one of these at a time
-    std::vector<float> signal = Noise(random, samples, kind == 4 ? 1e-38F : 1.0F);
+    const int choice = RandomInt(random, 0, 4);  // one of these at a time
+    std::vector<float> signal = Noise(random, samples, choice == 4 ? 1e-38F : 1.0F);
     const auto oddOnes = RandomInt(random, 0, 3);
     for (int i = 0; i < oddOnes && samples > 0; ++i) {
         const auto place = static_cast<std::size_t>(RandomInt(random, 0, 1 << 30)) % samples;
         signal[place] = odd[static_cast<std::size_t>(RandomInt(random, 0, 8))];
     }
-    for (std::size_t n = 0; kind == 3 && n < samples; ++n) {
+    for (std::size_t n = 0; choice == 3 && n < samples; ++n) {
         signal[n] = odd[static_cast<std::size_t>(RandomInt(random, 3, 8))];
     }
-    for (std::size_t n = 0; kind == 2 && n < samples; ++n) {
+    for (std::size_t n = 0; choice == 2 && n < samples; ++n) {
         signal[n] = std::bit_cast<float>(static_cast<std::uint32_t>(random()));
     }
     return signal;

@@ -36,7 +36,7 @@ struct Printer {
     Texts texts;
 };
 
-/// Gives every member a value of its own.
+/// Gives every member a distinct value.
 struct Filler {
     void operator()(std::string& text) { text = "a text long enough for the heap, " + Number(); }
     void operator()(std::vector<LANGUAGE_TYPE>& languages) {

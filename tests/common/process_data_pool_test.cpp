@@ -288,7 +288,7 @@ TEST(ProcessDataPool, AnEntryOfAnotherPoolIsNotTakenBack) {
     pool.RecycleData(foreign);
     ProcessDataPool::DataFree(&pool, foreign);
     pool.RecycleData(nullptr);
-    pool.RecycleData(pool.mStorage + 1);  // one of its own, but free
+    pool.RecycleData(pool.mStorage + 1);  // belongs to the pool, but is free
     EXPECT_EQ(pool.GetFreeDataSize(), 2);
     EXPECT_EQ(pool.Free().size(), 2U);
     EXPECT_EQ(pool.InUse().size(), 1U);

@@ -14,7 +14,7 @@ using namespace audio_filter::internal;
 
 namespace {
 
-/// Counts the entries that come back.
+/// Counts the calls of the release callback.
 struct Recycler {
     static void Take(void* context, ProcessData* entry) {
         auto* recycler = static_cast<Recycler*>(context);

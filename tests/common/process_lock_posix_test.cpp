@@ -127,7 +127,7 @@ TEST_P(ProcessLockPosixCancelled, AThreadCancelledInAWaitLeavesTheLockFree) {
     void* result = nullptr;
     ASSERT_EQ(pthread_join(thread, &result), 0);
     EXPECT_EQ(result, PTHREAD_CANCELED);
-    // The mutex stands first in the lock. Looked at this way, a failure is no deadlock.
+    // The mutex is the first member. Trying it makes a failure an assertion, not a deadlock.
     auto* mutex = reinterpret_cast<pthread_mutex_t*>(wait.lock.storage);
     ASSERT_EQ(pthread_mutex_trylock(mutex), 0);
     pthread_mutex_unlock(mutex);

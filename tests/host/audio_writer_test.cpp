@@ -179,8 +179,8 @@ TEST_F(AudioWriterTest, RatesThatFlacCannotStoreAreRefusedWithAReason) {
 
 TEST_F(AudioWriterTest, AWavOf4GBLess65536BytesIsPlainAndOneFrameMoreMakesItRF64) {
     // A file that may become RF64 reserves room for the longer size after its magic.
-    const auto keepsRoom = [this](SampleFormat kind, int channels, std::int64_t frames) {
-        AudioWriter writer(dir.File("out.wav"), {32000, channels, kind}, frames);
+    const auto keepsRoom = [this](SampleFormat samples, int channels, std::int64_t frames) {
+        AudioWriter writer(dir.File("out.wav"), {32000, channels, samples}, frames);
         const std::vector<short> silence(20'000);
         writer.Write(silence.data(), 10'000);
         return ReadFile(dir.File(dir.Names().at(0))).substr(12, 4) != "fmt ";

@@ -209,12 +209,11 @@ TEST_F(BadInputTest, PrintsOneLineReturnsAStatusAndLeavesNoOutput) {
             line += " " + word;
         }
         for (const bool json : {false, true}) {
-            Case asked = c;
+            Case run = c;
             if (json && !c.words.empty() && c.when != When::kReaderGoesAway) {
-                asked.words.insert(asked.words.begin() + 1, "--json");
+                run.words.insert(run.words.begin() + 1, "--json");
             }
-            const Outcome outcome =
-                c.when == When::kAsItIs ? RunHost(asked.words) : RunWhile(asked);
+            const Outcome outcome = c.when == When::kAsItIs ? RunHost(run.words) : RunWhile(run);
             EXPECT_EQ(outcome.status, c.status) << line << "\n" << outcome.err;
             EXPECT_EQ(outcome.out, "") << line;
             EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;

@@ -155,7 +155,7 @@ TEST_F(CommandLineTest, HelpAndVersionGoToStandardOutputWithStatus0) {
     EXPECT_EQ(RunHost({"--version"}).out.find("0."), 0U);
 }
 
-TEST_F(CommandLineTest, NoisySpeechComesOutWithItsFloor15dBLowerAndItsSpeechWithin3dB) {
+TEST_F(CommandLineTest, NoisySpeechHasAFloor15dBLowerAndItsSpeechStaysWithin3dB) {
     std::mt19937 random(3);
     std::normal_distribution<double> gauss(0.0, 0.004);
     // At a rate without music detection, which takes these steady harmonics for music.
@@ -211,9 +211,9 @@ TEST_F(CommandLineTest, SeveralInputsAreConvertedToTheFormatOfTheFirstAndPaddedT
 
 TEST_F(CommandLineTest, WithoutAMicrophoneAmongTheSourcesNothingIsSuppressed) {
     const std::string in = Speech();
-    const auto cleaned = [&](const std::string& kind) {
+    const auto cleaned = [&](const std::string& type) {
         const Outcome outcome =
-            RunHost({"clean", "-o", File("o.wav"), "--source", kind + "=" + in, "--quiet"});
+            RunHost({"clean", "-o", File("o.wav"), "--source", type + "=" + in, "--quiet"});
         EXPECT_EQ(outcome.status, 0) << outcome.err;
         return ReadSound<short>(File("o.wav")).samples;
     };

@@ -106,18 +106,18 @@ public:
     /// A call that is refused or bypasses the chain, and leaves no state.
     void Aside(const Recording& recording, std::mt19937& random) {
         PlainFilter::Call call = Given(recording.Blocks(mStream, 0, 100));
-        const int kind = RandomInt(random, 0, 4);
-        if (kind == 0) {
+        const int choice = RandomInt(random, 0, 4);
+        if (choice == 0) {
             call.size = RandomInt(random, -1, 0);
-        } else if (kind == 1) {
+        } else if (choice == 1) {
             call.size = mStream.BytesOf(mStream.rate) * static_cast<int>(call.sources.size()) + 1;
-        } else if (kind == 2) {
+        } else if (choice == 2) {
             call.sources.clear();
         }
         std::vector<char> in = call.in;
         std::vector<char> out = call.out;
         int size = call.size;
-        const bool delay = kind > 2;
+        const bool delay = choice > 2;
         AVParam param;
         const int code = delay
                              ? mFilter.SyncProcessDelay(in.data(), out.data(), size, call.sources)

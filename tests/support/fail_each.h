@@ -8,7 +8,7 @@
 
 #include "support/allocations.h"
 
-/// Stands for the code of an operation that threw std::bad_alloc.
+/// Recorded as the code of an operation that threw std::bad_alloc.
 constexpr int kThrew = -1000;
 
 /// Makes the 1st, 2nd, 3rd .. allocation of an operation fail, each alone and each with all later

@@ -66,7 +66,7 @@ Subject FilterSubject() {
     filter->SetListener(&object->switches);
     filter->Init(32000, 2, SAMPLE_FMT_S16, &object->on);
     using Entry = std::function<int(const char*, char*, int&, std::vector<AVSourceType>, AVParam&)>;
-    // A block of one source, then of two, in buffers of its own.
+    // A block of one source, then of two, in separate buffers.
     const auto calling = [](int done, const Entry& entry) {
         return [entry, done] {
             std::vector<char> in(2560);
@@ -335,7 +335,7 @@ Subject LogFunctionsSubject() {
         {"GetPRFormatDate2", [] { EXPECT_EQ(GetPRFormatDate2().size(), 23U); }},
         {"int2str_pr", [] { EXPECT_EQ(int2str_pr(-1), "-1"); }},
     };
-    subject.check = [] {};  // without a state
+    subject.check = [] {};  // there is no state to check
     subject.alone = {
         {"PR_LOG_ENABLE", [] { PR_LOG_ENABLE(false); }},
         {"GeneratePRLogId", [] { GeneratePRLogId(); }},

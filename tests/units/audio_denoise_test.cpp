@@ -328,7 +328,7 @@ TEST(AudioDenoise, At8000And16000HzABlockHolds80Or160NewSamplesAndZeros) {
     }
 }
 
-TEST(AudioDenoise, ARateThatTheSuppressorRefusesComesOutAsSilenceInBlocksOf10Ms) {
+TEST(AudioDenoise, ARateThatTheSuppressorRefusesYieldsSilenceInBlocksOf10Ms) {
     for (const int rate : {100, 11025, 22050, 31999, 32001, 44100, 48000, 96000, 1000000}) {
         for (const int channels : {1, 2}) {
             AudioDenoise denoise;
@@ -388,7 +388,7 @@ TEST(AudioDenoise, ARateBelow100HzHasEmptyBlocksAndReturnsNothing) {
     }
 }
 
-TEST(AudioDenoise, ALevelThatTheSuppressorRefusesComesOutAsSilence) {
+TEST(AudioDenoise, ALevelThatTheSuppressorRefusesYieldsSilence) {
     for (const int level : {4, 100, -1}) {
         AudioDenoise denoise;
         ASSERT_EQ(denoise.Init(32000, 1, SAMPLE_FMT_S16, level), RESULT_OK);
@@ -552,7 +552,7 @@ TEST(AudioDenoise, BlocksAtOddAddressesGiveTheSameOutput) {
     EXPECT_EQ(std::memcmp(out.data() + 1, expected.data(), static_cast<std::size_t>(size)), 0);
 }
 
-TEST(AudioDenoise, NoiseAloneComesOutAtLeast15dBLowerAtLevel3) {
+TEST(AudioDenoise, NoiseAloneDropsByAtLeast15dBAtLevel3) {
     std::mt19937 random = SeededRandom();
     std::normal_distribution<double> gauss(0.0, 200.0);
     std::vector<short> noise(32000 * 5);

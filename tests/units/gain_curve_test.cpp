@@ -140,7 +140,7 @@ TEST(GainCurveFloat, IsOddToTheBitAndWithinMinus1To1) {
     }
 }
 
-TEST(GainCurveFloat, NaNComesOutAsMinus1AndInfinitiesAsFullScale) {
+TEST(GainCurveFloat, NaNMapsToMinus1AndInfinitiesToFullScale) {
     const float infinity = INFINITY;
     EXPECT_EQ(MappedFloat(0.8F, {NAN, infinity, -infinity}), (std::vector<float>{-1, 1, -1}));
 }

@@ -86,11 +86,11 @@ std::vector<Sample> RandomSamples(std::mt19937& random, std::size_t size) {
             sample = static_cast<short>(RandomInt(random, -32768, 32767) >>
                                         (4 * RandomInt(random, 0, 3)));
         } else {
-            const int kind = RandomInt(random, 0, 3);
-            sample = kind == 0   ? std::bit_cast<float>(static_cast<std::uint32_t>(random()))
-                     : kind == 1 ? specials[random() % specials.size()]
-                                 : static_cast<float>(RandomInt(random, -2000, 2000)) /
-                                       static_cast<float>(kind == 2 ? 1000 : 100'000);
+            const int choice = RandomInt(random, 0, 3);
+            sample = choice == 0   ? std::bit_cast<float>(static_cast<std::uint32_t>(random()))
+                     : choice == 1 ? specials[random() % specials.size()]
+                                   : static_cast<float>(RandomInt(random, -2000, 2000)) /
+                                         static_cast<float>(choice == 2 ? 1000 : 100'000);
         }
     }
     return samples;

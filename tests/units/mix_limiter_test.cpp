@@ -10,7 +10,7 @@ using namespace audio_filter::internal;
 
 namespace {
 
-/// The limiter from its table of segment slopes and starts.
+/// The limiter from a table of its slopes and where they start.
 int PlainLimit(int sum) {
     const int a = std::abs(sum);
     const int within = a % 32768;

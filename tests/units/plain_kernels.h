@@ -55,13 +55,13 @@ inline short Round(float sample) {
     return static_cast<short>(std::lround(std::clamp(sample, -32768.0F, 32767.0F)));
 }
 
-/// The limiter from its table of segment slopes and starts.
+/// The limiter from a table of its slopes and where they start.
 inline short Limit(int sum) {
     constexpr int kShift[5] = {3, 6, 9, 12, 15};
     constexpr int kOffset[5] = {0, 28672, 32256, 32704, 32760};
     const int magnitude = sum < 0 ? -sum : sum;
-    const int segment = std::min(magnitude >> 15, 4);
-    const int limited = (((magnitude & 0x7FFF) * 7) >> kShift[segment]) + kOffset[segment];
+    const int slope = std::min(magnitude >> 15, 4);
+    const int limited = (((magnitude & 0x7FFF) * 7) >> kShift[slope]) + kOffset[slope];
     return static_cast<short>(sum < 0 ? -limited : limited);
 }
 

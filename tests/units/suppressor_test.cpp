@@ -205,7 +205,7 @@ TEST(Suppressor, At8000HzSamplesFrom80OnComeOutAsZeros) {
     }
 }
 
-TEST(Suppressor, ABlockThatOverflowsItComesOutAsZerosAndRestartsIt) {
+TEST(Suppressor, ABlockThatOverflowsItYieldsZerosAndRestartsIt) {
     const std::unique_ptr<Suppressor> suppressor = Ready(32000, 2);
     const std::unique_ptr<Suppressor> fresh = Ready(32000, 2);
     std::mt19937 random = SeededRandom();

@@ -14,5 +14,5 @@ public:
     int Locks() const;     ///< mutexes taken
     int OfTheOne() const;  ///< locks of that mutex
     int Waits() const;
-    bool IsTheOneDestroyed() const;  ///< successfully, so while nobody held it
+    bool IsTheOneDestroyed() const;  ///< successfully, so no thread held it
 };
