@@ -458,7 +458,7 @@ void FollowsThePlainCounter(bool planar) {
             const int sign = RandomInt(random, 0, 1) == 0 ? 1 : -1;
             int other = RandomInt(random, 0, 99) < opposedPercent ? -level : level;
             other = RandomInt(random, 0, 30) == 0 ? 0 : other;
-            level = RandomInt(random, 0, 1000) == 0 ? 32768 : level;
+            level = RandomInt(random, 0, 1000) == 0 ? 32767 + (sign > 0 ? 1 : 0) : level;
             const float scale = std::is_same_v<Sample, float> ? 1.0F / 32768.0F : 1.0F;
             samples[planar ? i : 2 * i] =
                 static_cast<Sample>(static_cast<float>(-sign * level) * scale);
