@@ -116,7 +116,7 @@ private:
             ASSERT_EQ(mLog.RemoveAllLog(), RESULT_OK);
             mWriters.clear();
         } else if (mWriters.empty() || mScript.OneIn(6)) {
-            ASSERT_EQ(mLog.RemoveLog(mScript.Within(-70'000, -1)), -1);
+            ASSERT_EQ(mLog.RemoveLog(mScript.Within(-70'000, -1)), RESULT_FAILURE);
         } else {
             const std::size_t which = mScript.Count(mWriters.size() - 1);
             ASSERT_EQ(mLog.RemoveLog(mWriters[which].id), RESULT_OK);
@@ -126,7 +126,7 @@ private:
 
     void SetLevel() {
         const int level = Level();
-        ASSERT_EQ(mLog.SetLogLevel(mScript.Within(-70'000, -1), level), -1);
+        ASSERT_EQ(mLog.SetLogLevel(mScript.Within(-70'000, -1), level), RESULT_FAILURE);
         if (!mWriters.empty()) {
             PlainWriter& writer = mWriters[mScript.Count(mWriters.size() - 1)];
             ASSERT_EQ(mLog.SetLogLevel(writer.id, level), RESULT_OK);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "classifier/audio_classifier.h"
+#include "common/result_code.h"
 #include "support/bytes.h"
 #include "support/fail_each.h"
 #include "support/signals.h"
@@ -141,7 +142,7 @@ TEST(AudioClassifierAllocationFaults, ASecondInitHasFreedTheBufferThatItCannotAl
     int failures = 0;
     for (std::size_t n = 1;; ++n) {
         AudioClassifier classifier;
-        ASSERT_EQ(classifier.Init(2, 48000, SAMPLE_FMT_FLT), 0);
+        ASSERT_EQ(classifier.Init(2, 48000, SAMPLE_FMT_FLT), RESULT_OK);
         ASSERT_FALSE(classifier.mMagnitudes.empty());
         bool threw = false;
         {

@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 
+#include "common/result_code.h"
 #include "sound_files.h"
 #include "support/bytes.h"
 #include "support/seed.h"
@@ -317,7 +318,7 @@ TEST(FilterStream, MixingSwitchedInMidStreamTakesEffectAtThatFrame) {
     AudioMixing mixing;
     mixing.Init(SAMPLE_FMT_S16);
     int size = ByteCount(both);
-    ASSERT_EQ(mixing.Process(BytesOf(both), BytesOf(mix), size, 2), 0);
+    ASSERT_EQ(mixing.Process(BytesOf(both), BytesOf(mix), size, 2), RESULT_OK);
     expected.insert(expected.end(), mix.begin(), mix.end());
     expected.insert(expected.end(), a.begin() + 20001, a.end());
     EXPECT_EQ(run.out, expected);
