@@ -1,5 +1,5 @@
 # Finds the packaged WebRTC audio processing library, version 0.3 (Debian: libwebrtc-audio-processing-dev),
-# for its noise suppressor and its 16-bit band filters. A build elsewhere is named by
+# for its noise suppressor and its 16-bit band filters. Select another build with
 # -DWebRtcAudioProcessing_ROOT=DIR.
 #
 # Defines the target WebRtcAudioProcessing::WebRtcAudioProcessing.
@@ -10,8 +10,8 @@ include(CheckLibraryExists)
 find_library(WebRtcAudioProcessing_LIBRARY NAMES webrtc_audio_processing)
 mark_as_advanced(WebRtcAudioProcessing_LIBRARY)
 
-# Later versions of the package no longer carry this interface. A failure is not remembered: the next
-# library may be the right one.
+# Later versions of the package lack this interface. A failure is not cached, because the next
+# configuration may name another library.
 if(WebRtcAudioProcessing_LIBRARY)
   if(NOT WebRtcAudioProcessing_HAS_SUPPRESSOR)
     unset(WebRtcAudioProcessing_HAS_SUPPRESSOR CACHE)

@@ -1,4 +1,4 @@
-# Headers go to <includedir>/audio_filter, so that they are included with the lines that the sources use.
+# Headers go to <includedir>/audio_filter, so that hosts and sources use the same include lines.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
