@@ -16,7 +16,7 @@
 #include "host/filter_stream.h"
 #include "host/interrupt.h"
 #include "host/log_file.h"
-#include "host/music_judge.h"
+#include "host/music_meter.h"
 #include "host/progress_bar.h"
 #include "host/raw_stream.h"
 #include "host/source_feed.h"
@@ -118,7 +118,7 @@ public:
           mFilterFormat(mFormat),
           mBefore(mFormat),
           mAfter(mFormat),
-          mJudge(mFormat),
+          mMusicMeter(mFormat),
           mSettings(job.settings) {
         if (mFormat.channels == 1 && SelectsOtherLevel(job)) {
             // The filter does not remember the level of a mono stream: pass two equal channels.
@@ -198,7 +198,7 @@ private:
         }
         const Block input = ToOutputChannels(ChainInput(blocks));
         mBefore.Add(input);
-        mJudge.Add(input);
+        mMusicMeter.Add(input);
         stream.Push(std::move(blocks));
         mFrames += static_cast<std::int64_t>(frames);
         return frames;
@@ -276,7 +276,7 @@ private:
         report.settings.phaseCheck = report.settings.phaseCheck && mFormat.channels == 2;
         report.record = record;
         report.conversions = mConversions;
-        report.music = seconds(mJudge.MusicFrames());
+        report.music = seconds(mMusicMeter.MusicFrames());
         report.phaseCorrected = seconds(record.correctedFrames);
         return report;
     }
@@ -288,7 +288,7 @@ private:
     AudioFormat mFilterFormat;  ///< of the filter's input
     LevelMeter mBefore;
     LevelMeter mAfter;
-    MusicJudge<Sample> mJudge;
+    MusicMeter<Sample> mMusicMeter;
     AudioMixing mMixing;
     FilterSettings mSettings;  ///< current
     std::deque<SourceFeed<Sample>> mFeeds;

@@ -67,7 +67,7 @@ FilterStream<Sample>::FilterStream(const FilterSettings& settings, const AudioFo
 
 template <typename Sample>
 void FilterStream<Sample>::Apply(const FilterSettings& settings) {
-    if (mSuppresses && !WantsSuppression(settings)) {
+    if (mSuppresses && !IsSuppressed(settings)) {
         Drain();
     }
     Switch(settings, false);
@@ -107,7 +107,7 @@ void FilterStream<Sample>::Switch(const FilterSettings& settings, bool first) {
         }
     }
     const bool suppressed = mSuppresses;
-    mSuppresses = switches[AP_DENOISE] && WantsSuppression(settings);
+    mSuppresses = switches[AP_DENOISE] && IsSuppressed(settings);
     if (mSuppresses && !suppressed) {
         StartSuppression();
     }
@@ -115,7 +115,7 @@ void FilterStream<Sample>::Switch(const FilterSettings& settings, bool first) {
 
 /// Whether noise suppression applies: it needs a microphone, alone or in the mix.
 template <typename Sample>
-bool FilterStream<Sample>::WantsSuppression(const FilterSettings& settings) const {
+bool FilterStream<Sample>::IsSuppressed(const FilterSettings& settings) const {
     const auto end = settings.mix ? mSources.end() : mSources.begin() + 1;
     return settings.denoiseLevel.has_value() &&
            std::find(mSources.begin(), end, AV_SOURCE_MICROPHONE) != end;

@@ -42,7 +42,7 @@ private:
     void OnEvent(int code, std::string text) override;
 
     void Switch(const FilterSettings& settings, bool first);
-    bool WantsSuppression(const FilterSettings& settings) const;
+    bool IsSuppressed(const FilterSettings& settings) const;
     void Process(Block blocks);
     void NoteCorrections(const Block& before, const Block& after);
     void HandOff(Block block);

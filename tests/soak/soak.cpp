@@ -133,7 +133,7 @@ private:
         }
         const double seconds = static_cast<double>(end - mPosition) / mStream.rate;
         // Phase correction and the level during music change between blocks.
-        if (!mStream.opposed && !mFilter->HeardMusic() && !mWhole->HeardMusic()) {
+        if (!mStream.opposed && !mFilter->DetectedMusic() && !mWhole->DetectedMusic()) {
             Require(result == whole,
                     "blocks of random sizes gave other bytes than blocks of 10 ms");
             mEqualSeconds += seconds;

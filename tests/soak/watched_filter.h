@@ -75,7 +75,7 @@ public:
         AVParam param;
         int code = mFilter.Process(in.data(), out.data(), size, mStream.sources, param, 0);
         Compare(code, out, size, call, &PlainFilter::Process);
-        mHeardMusic = mHeardMusic || mFilter.mIsMusic;
+        mDetectedMusic = mDetectedMusic || mFilter.mIsMusic;
         if (code == RESULT_NEEDS_RESAMPLING) {
             const std::vector<char> block = Resampled(position, out, size);
             frames = static_cast<int>(block.size()) / mStream.BytesOf(1);
@@ -126,8 +126,8 @@ public:
                 delay ? &PlainFilter::SyncProcessDelay : &PlainFilter::Process);
     }
 
-    bool HeardMusic() const { return mHeardMusic; }
-    void ForgetMusic() { mHeardMusic = false; }
+    bool DetectedMusic() const { return mDetectedMusic; }
+    void ForgetMusic() { mDetectedMusic = false; }
 
     /// Calls that returned each code. All codes are present from the start, so that none allocates
     /// later.
@@ -177,5 +177,5 @@ private:
     Stream mStream;
     std::int64_t mIn = 0;
     std::int64_t mOut = 0;
-    bool mHeardMusic = false;
+    bool mDetectedMusic = false;
 };

@@ -6,11 +6,12 @@
 #include "classifier/audio_classifier.h"
 #include "host/audio_format.h"
 
-/// Music detection beside the filter, which does not expose its verdict and has none at most rates.
+/// Measures the music in a stream with a separate detector: the filter does not expose its verdict, and
+/// detects music only at some rates.
 template <typename Sample>
-class MusicJudge {
+class MusicMeter {
 public:
-    explicit MusicJudge(const AudioFormat& format);
+    explicit MusicMeter(const AudioFormat& format);
 
     /// @param block one source, or the mix of all
     void Add(std::vector<Sample> block);

@@ -1,4 +1,4 @@
-#include "host/music_judge.h"
+#include "host/music_meter.h"
 
 #include <gtest/gtest.h>
 
@@ -29,7 +29,7 @@ struct Verdict {
 /// which fails the test.
 template <typename Sample>
 Verdict Detect(const std::vector<std::string>& files, const AudioFormat& format) {
-    MusicJudge<Sample> judge(format);
+    MusicMeter<Sample> meter(format);
     std::int64_t pushed = 0;
     for (const std::string& file : files) {
         SourceFeed<Sample> feed(std::make_unique<AudioReader>(file), format);
@@ -37,14 +37,14 @@ Verdict Detect(const std::vector<std::string>& files, const AudioFormat& format)
                    feed.Fill(static_cast<std::size_t>(format.sampleRate) / 100)) {
             std::vector<Sample> block;
             feed.Take(frames, block);
-            judge.Add(std::move(block));
+            meter.Add(std::move(block));
             pushed += static_cast<std::int64_t>(frames);
         }
     }
     const auto seconds = [&](std::int64_t frames) {
         return static_cast<double>(frames) / format.sampleRate;
     };
-    const Verdict verdict = {seconds(pushed), seconds(judge.MusicFrames())};
+    const Verdict verdict = {seconds(pushed), seconds(meter.MusicFrames())};
     std::cout << files.front() << " at " << format.sampleRate << " Hz: " << verdict.music
               << " s of " << verdict.seconds << " s detected as music\n";
     return verdict;
@@ -58,7 +58,7 @@ std::vector<std::string> PromptFiles() {
     return files;
 }
 
-TEST(MusicJudge, ElevenSecondsOfSpokenPromptsContainNoMusicAt32000And44100Hz) {
+TEST(MusicMeter, ElevenSecondsOfSpokenPromptsContainNoMusicAt32000And44100Hz) {
     for (const int rate : {32000, 44100}) {
         const Verdict s16 = Detect<short>(PromptFiles(), {rate, 1, SampleFormat::kS16});
         EXPECT_GT(s16.seconds, 11.0);
@@ -67,22 +67,22 @@ TEST(MusicJudge, ElevenSecondsOfSpokenPromptsContainNoMusicAt32000And44100Hz) {
     }
 }
 
-TEST(MusicJudge, ASongAt32000HzIsMusicForMoreThanHalfOfItsDuration) {
+TEST(MusicMeter, ASongAt32000HzIsMusicForMoreThanHalfOfItsDuration) {
     const Verdict verdict = Detect<short>({kRush}, {32000, 2, SampleFormat::kS16});
     EXPECT_GT(verdict.seconds, 57.0);
     EXPECT_GT(verdict.music, 0.5 * verdict.seconds);
 }
 
-TEST(MusicJudge, ASongAt44100HzIsMusicForMoreThanHalfOfItsDuration) {
+TEST(MusicMeter, ASongAt44100HzIsMusicForMoreThanHalfOfItsDuration) {
     const Verdict verdict = Detect<short>({kTuxi}, {44100, 2, SampleFormat::kS16});
     EXPECT_GT(verdict.seconds, 109.0);
     EXPECT_GT(verdict.music, 0.5 * verdict.seconds);
 }
 
-TEST(MusicJudge, CountsTheFramesOfTheBlocksInWhichTheFiltersDetectorReportsMusic) {
+TEST(MusicMeter, CountsTheFramesOfTheBlocksInWhichTheFiltersDetectorReportsMusic) {
     const AudioFormat format = {44100, 2, SampleFormat::kS16};
     SourceFeed<short> feed(std::make_unique<AudioReader>(kTuxi), format);
-    MusicJudge<short> judge(format);
+    MusicMeter<short> meter(format);
     AudioClassifier classifier;
     classifier.Init(2, 44100, SAMPLE_FMT_S16);
     std::int64_t expected = 0;
@@ -90,22 +90,22 @@ TEST(MusicJudge, CountsTheFramesOfTheBlocksInWhichTheFiltersDetectorReportsMusic
         std::vector<short> block;
         feed.Fill(20000);
         feed.Take(20000, block);
-        judge.Add(block);
+        meter.Add(block);
         expected += classifier.MusicCheck(reinterpret_cast<unsigned char*>(block.data()), 80000)
                         ? 20000
                         : 0;
     }
-    EXPECT_EQ(judge.MusicFrames(), expected);
+    EXPECT_EQ(meter.MusicFrames(), expected);
     EXPECT_GT(expected, 0);
 }
 
-TEST(MusicJudge, SilenceIsNoMusicAtAnyRate) {
+TEST(MusicMeter, SilenceIsNoMusicAtAnyRate) {
     for (const int rate : {8000, 22050, 32000, 44100, 48000, 96000}) {
-        MusicJudge<float> judge({rate, 1, SampleFormat::kFloat});
+        MusicMeter<float> meter({rate, 1, SampleFormat::kFloat});
         for (int i = 0; i < 500; ++i) {
-            judge.Add(std::vector<float>(static_cast<std::size_t>(rate) / 100));
+            meter.Add(std::vector<float>(static_cast<std::size_t>(rate) / 100));
         }
-        EXPECT_EQ(judge.MusicFrames(), 0) << rate;
+        EXPECT_EQ(meter.MusicFrames(), 0) << rate;
     }
 }
 
