@@ -37,7 +37,7 @@ struct AUDIO_FILTER_API algoParam {
 ///     bool music = classifier.MusicCheck(block, bytes);
 ///
 /// The input is a mono stream or the left channel of a stereo one, passed through a private noise
-/// suppressor at 32000 Hz and level 3, whatever the rate of the stream. With more than two channels
+/// suppressor at 32000 Hz and level 3, for streams of any rate. With more than two channels
 /// the suppressor does not run, and its last output is analysed again.
 ///
 /// Each call appends as many samples of the suppressor's latest output as came in, until the history

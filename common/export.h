@@ -8,7 +8,7 @@
 ///   [setup]  may allocate or access files; call it while no audio runs through the object.
 ///   [any]    from any thread at any time, but not concurrently with a [setup] operation of the
 ///            same object.
-/// A class that documents no lock supports one thread at a time per object, whatever the tag.
+/// A class that documents no lock supports one thread at a time per object, with any tag.
 ///
 /// AUDIO_FILTER_API marks a class, which exports all its members. Define AUDIO_FILTER_STATIC when
 /// linking the static library; the CMake target does so.

@@ -35,7 +35,7 @@ public:
     /// [setup] Destroys and releases every writer.
     virtual ~PRLog();
 
-    /// [any] Adds and initialises a writer. A writer whose Init fails is added all the same. The id
+    /// [any] Adds and initialises a writer. A writer whose Init fails is still added. The id
     /// counter is not atomic: no other thread may create a writer elsewhere at the same time.
     /// @param param the writer's parameter block: PRConsoleLogParam or PRFileLogParam
     /// @param level 1..4, the lowest level that the writer prints

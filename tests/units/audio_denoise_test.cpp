@@ -126,9 +126,9 @@ TEST(AudioDenoise, Config7OnMonoSetsLevel3AndMinus9Level0AndBothAreFalse) {
     EXPECT_FALSE(lowered.Config(-9));
     AudioDenoise mild;
     mild.Init(32000, 1, SAMPLE_FMT_S16, 0);
-    const std::vector<short> mildest = Process(mild, in);
-    EXPECT_EQ(Process(lowered, in), mildest);
-    EXPECT_NE(mildest, expected);
+    const std::vector<short> atLevel0 = Process(mild, in);
+    EXPECT_EQ(Process(lowered, in), atLevel0);
+    EXPECT_NE(atLevel0, expected);
 }
 
 TEST(AudioDenoise, ConfigBeforeInitAndAfterClearIsFalse) {
