@@ -6,7 +6,7 @@
 #include <new>
 
 #include "classifier/features.h"
-#include "classifier/framing.h"
+#include "classifier/segmentation.h"
 #include "classifier/spectrum.h"
 #include "classifier/vote.h"
 #include "common/interleave.h"

@@ -1,5 +1,5 @@
 // Private routines of AudioClassifier that the pipeline never calls. They are exported with the
-// class for callers that have access to its private members, and wrap the functions of framing.h,
+// class for callers that have access to its private members, and wrap the functions of segmentation.h,
 // spectrum.h and features.h.
 
 #include <algorithm>
@@ -10,7 +10,7 @@
 
 #include "classifier/audio_classifier.h"
 #include "classifier/features.h"
-#include "classifier/framing.h"
+#include "classifier/segmentation.h"
 #include "classifier/spectrum.h"
 #include "common/pcm_view.h"
 #include "common/sample_format.h"

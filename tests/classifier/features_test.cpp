@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "classifier/audio_classifier.h"
-#include "classifier/framing.h"
+#include "classifier/segmentation.h"
 #include "support/seed.h"
 
 using namespace audio_filter::internal;

@@ -1,4 +1,4 @@
-#include "classifier/framing.h"
+#include "classifier/segmentation.h"
 
 #include <algorithm>
 #include <cmath>
