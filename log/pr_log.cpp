@@ -66,6 +66,7 @@ struct ReleaseWriter {
                 return;
             }
         }
+        ::operator delete(dynamic_cast<void*>(writer));  // a writer that AddLog did not create
     }
 };
 
