@@ -55,7 +55,7 @@ TEST(SideBySide, EveryTwoOperationsRunBesideEachOtherAndEachBesideItself) {
         const std::size_t count = make().sideBySide.size();
         for (std::size_t first = 0; first < count; ++first) {
             for (std::size_t second = first; second < count; ++second) {
-                for (int round = 0; round < 10; ++round) {
+                for (int round = 0; round < SIDE_BY_SIDE_ROUNDS; ++round) {
                     const Subject subject = make();
                     SCOPED_TRACE(subject.className + (" in " + std::string(subject.header)) + ": " +
                                  subject.sideBySide[first].name + " beside " +
