@@ -1,0 +1,12 @@
+#pragma once
+
+/// AUDIO_FILTER_STREAM_API marks what the stream library exports; see common/export.h.
+#if defined(AUDIO_FILTER_STATIC)
+#define AUDIO_FILTER_STREAM_API
+#elif !defined(_WIN32)
+#define AUDIO_FILTER_STREAM_API __attribute__((visibility("default")))
+#elif defined(AUDIO_FILTER_STREAM_BUILD)
+#define AUDIO_FILTER_STREAM_API __declspec(dllexport)
+#else
+#define AUDIO_FILTER_STREAM_API __declspec(dllimport)
+#endif
