@@ -48,6 +48,9 @@ Sources Open(const CleanJob& job) {
 /// The log file must not overwrite a recording.
 void CheckLogPath(const CleanJob& job) {
     std::error_code error;
+    if (job.log == kPipe) {
+        return;
+    }
     for (const InputFile& input : job.inputs) {
         if (std::filesystem::equivalent(input.path, job.log, error)) {
             throw Failure(job.log, "is also an input");
@@ -303,12 +306,17 @@ Report Clean(const CleanJob& job, std::ostream* progress) {
     std::optional<LogFile> log;
     if (!job.log.empty()) {
         CheckLogPath(job);
-        log.emplace(job.log);
+        log.emplace(job.log, job.logLevel);
     }
     try {
-        return sources.front()->Format().samples == SampleFormat::kS16
-                   ? std::make_unique<Cleaning<short>>(job, std::move(sources))->Run(progress)
-                   : std::make_unique<Cleaning<float>>(job, std::move(sources))->Run(progress);
+        Report report =
+            sources.front()->Format().samples == SampleFormat::kS16
+                ? std::make_unique<Cleaning<short>>(job, std::move(sources))->Run(progress)
+                : std::make_unique<Cleaning<float>>(job, std::move(sources))->Run(progress);
+        if (log) {
+            log->Close();
+        }
+        return report;
     } catch (const Failure&) {
         ThrowIfInterrupted();  // the signal may have ended a read or a write
         throw;

@@ -10,6 +10,7 @@
 #include "host/block_sizes.h"
 #include "host/filter_settings.h"
 #include "host/report.h"
+#include "log/media_process_log.h"
 
 /// A source to process.
 struct InputFile {
@@ -25,7 +26,9 @@ struct CleanJob {
     FilterSettings settings;
     std::vector<SettingsChange> changes;  ///< in order of time
     BlockSizes blockSizes;
-    std::string log;  ///< file for the library's own log lines; empty for none
+    std::string log;  ///< file for the library's own log lines; "-" for standard error, empty for
+                      ///< none
+    ProcessLogLevel logLevel = PROCESS_LOG_INFO;  ///< the lowest that is written
 };
 
 /// Cleans the recordings. The output has the rate and channels of the first input and the length of

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <array>
 #include <exception>
 #include <ostream>
 #include <string>
@@ -28,6 +29,7 @@ struct Arguments {
     std::vector<std::string> changes;
     std::string blockMs = "10";
     std::string raw;
+    std::string logLevel = "info";
     bool json = false;
     bool quiet = false;
 };
@@ -65,6 +67,15 @@ std::optional<InputFile> ParseSource(const std::string& text) {
         return std::nullopt;
     }
     return InputFile{input.path, static_cast<AVSourceType>(type[0] - '0')};
+}
+
+std::optional<ProcessLogLevel> ParseLogLevel(const std::string& text) {
+    constexpr std::array<const char*, 4> kNames = {"debug", "info", "warn", "error"};
+    const auto* const name = std::find(kNames.begin(), kNames.end(), text);
+    if (name == kNames.end()) {
+        return std::nullopt;
+    }
+    return static_cast<ProcessLogLevel>(PROCESS_LOG_DEBUG + (name - kNames.begin()));
 }
 
 void Declare(CLI::App& app, Arguments& arguments) {
@@ -115,7 +126,12 @@ void Declare(CLI::App& app, Arguments& arguments) {
                     "length of the blocks passed to the filter, in ms")
         ->check(Parsed(BlockSizes::Parse, "1..1000|random:SEED"))
         ->capture_default_str();
-    clean.add_option("--log", arguments.job.log, "file for the library's log lines");
+    CLI::Option* log = clean.add_option("--log", arguments.job.log,
+                                        "file for the library's log lines; - for standard error");
+    clean.add_option("--log-level", arguments.logLevel, "lowest level of the lines in the log")
+        ->check(Parsed(ParseLogLevel, "debug|info|warn|error"))
+        ->needs(log)
+        ->capture_default_str();
     clean.add_flag("--json", arguments.json, "print the summary as one JSON object");
     clean.add_flag("--quiet", arguments.quiet, "print no progress bar and no table");
 }
@@ -140,6 +156,7 @@ CleanJob JobOf(const Arguments& arguments) {
                      [](const auto& a, const auto& b) { return a.seconds < b.seconds; });
     job.blockSizes = *BlockSizes::Parse(arguments.blockMs);
     job.raw = ParseRawFormat(arguments.raw);
+    job.logLevel = *ParseLogLevel(arguments.logLevel);
     return job;
 }
 
@@ -180,7 +197,8 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
         app.parse(argc, argv);
         const CleanJob job = JobOf(arguments);
         CheckCombination(job, arguments.json);
-        const Report report = Clean(job, arguments.quiet ? nullptr : progress);
+        const bool silent = arguments.quiet || job.log == "-";  // a bar would cut log lines
+        const Report report = Clean(job, silent ? nullptr : progress);
         if (arguments.json) {
             PrintJson(out, report);
         } else if (!arguments.quiet) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 
 /// An error that ends the command line; its text is the line printed on standard error.
 class Failure : public std::runtime_error {
@@ -13,6 +14,16 @@ public:
     /// line.
     Failure(std::string path, const std::string& reason)
         : std::runtime_error(Printable(std::move(path)) + ": " + reason) {}
+
+    /// An error of the system in a file.
+    /// @param error errno; 0 if unknown
+    Failure(std::string path, const std::string& reason, int error)
+        : Failure(std::move(path), WithCause(reason, error)) {}
+
+    /// Appends the system's message.
+    static std::string WithCause(const std::string& reason, int error) {
+        return error == 0 ? reason : reason + ": " + std::generic_category().message(error);
+    }
 
 private:
     static std::string Printable(std::string path) {

@@ -1,48 +1,100 @@
 #include "host/log_file.h"
 
-#include <filesystem>
-#include <fstream>
-#include <random>
-#include <system_error>
+#include <cerrno>
+#include <cstdarg>
+#include <cstdio>
+#include <mutex>
+#include <utility>
 
 #include "host/failure.h"
-#include "log/media_process_log.h"
-#include "log/pr_file_log_writer.h"
+#include "host/regular_file.h"
 #include "log/pr_log.h"
 
-namespace {
-
-/// A hidden name in the same folder: the writer appends to it, and truncates a file of that name.
-std::string PrefixBeside(const std::filesystem::path& path) {
-    return path.parent_path() / (".audio-filter-" + std::to_string(std::random_device()()));
-}
-
-/// A file writer with a size limit, which it never reaches, numbers its files from 0.
-std::string NameOfWriter(const std::string& prefix) {
-    return prefix + "_0";
-}
-
-}  // namespace
-
-LogFile::LogFile(const std::string& path) : mPath(path), mPrefix(PrefixBeside(path)) {
-    // The rename at the end would replace a device or a pipe.
-    std::error_code error;
-    const std::filesystem::file_status status = std::filesystem::status(path, error);
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
-        throw Failure(path, "not a regular file");
+/// Takes the place of the library's dispatcher, whose writers report no write errors.
+class LogFile::Lines : public PRLog {
+public:
+    Lines(std::FILE* file, ProcessLogLevel level)
+        : mFile(file), mLevel(level), mReplaced(std::exchange(pr_log, this)) {
+        PR_LOG_ENABLE(true);
     }
-    // The writer reports failures on standard error only.
-    if (!std::ofstream(path) || !std::ofstream(NameOfWriter(mPrefix))) {
-        throw Failure(path, "cannot be written");
-    }
-    PRFileLogParam param = {mPrefix, 1, 0};
-    mId = pr_log->AddLog(PROCESS_LOG_FILE, &param, PROCESS_LOG_DEBUG);
-    PR_LOG_ENABLE(true);
-}
 
-LogFile::~LogFile() {
-    PR_LOG_ENABLE(false);
-    pr_log->RemoveLog(mId);
-    std::error_code ignored;
-    std::filesystem::rename(NameOfWriter(mPrefix), mPath, ignored);
+    ~Lines() override {
+        PR_LOG_ENABLE(false);
+        pr_log = mReplaced;
+        CloseFile();
+    }
+
+    /// @return the error of the first lost line; 0 for none
+    int CloseFile() {
+        if (mFile != nullptr && mFile != stderr) {
+            NoteError(std::fclose(mFile) == 0);
+        }
+        mFile = nullptr;
+        return mError;
+    }
+
+    void Info(std::string prefix, const char* format, ...) override {
+        va_list args;
+        va_start(args, format);
+        Write(PROCESS_LOG_INFO, prefix, format, args);
+        va_end(args);
+    }
+    void Debug(std::string prefix, const char* format, ...) override {
+        va_list args;
+        va_start(args, format);
+        Write(PROCESS_LOG_DEBUG, prefix, format, args);
+        va_end(args);
+    }
+    void Warn(std::string prefix, const char* format, ...) override {
+        va_list args;
+        va_start(args, format);
+        Write(PROCESS_LOG_WARN, prefix, format, args);
+        va_end(args);
+    }
+    void Error(std::string prefix, const char* format, ...) override {
+        va_list args;
+        va_start(args, format);
+        Write(PROCESS_LOG_ERROR, prefix, format, args);
+        va_end(args);
+    }
+
+private:
+    /// One write a line, so that lines of parallel jobs on one terminal stay whole.
+    void Write(ProcessLogLevel level, const std::string& prefix, const char* format, va_list args) {
+        if (level < mLevel) {
+            return;
+        }
+        char message[1024];  // no line of the library is longer
+        std::vsnprintf(message, sizeof(message), format, args);
+        const std::string line = prefix + ":" + message + "\n";
+        const std::lock_guard<std::mutex> lock(mMutex);
+        NoteError(std::fwrite(line.data(), 1, line.size(), mFile) == line.size() &&
+                  std::fflush(mFile) == 0);
+    }
+
+    void NoteError(bool written) {
+        if (!written && mError == 0) {
+            mError = errno;
+        }
+    }
+
+    std::FILE* mFile;
+    ProcessLogLevel mLevel;
+    PRLog* mReplaced;
+    std::mutex mMutex;
+    int mError = 0;
+};
+
+LogFile::LogFile(const std::string& path, ProcessLogLevel level)
+    : mPath(path == "-" ? "standard error" : path),
+      mLines(std::make_unique<Lines>(path == "-" ? stderr : OpenRegularFile(path), level)) {}
+
+LogFile::~LogFile() = default;
+
+void LogFile::Close() {
+    const std::unique_ptr<Lines> lines = std::move(mLines);
+    const int error = lines ? lines->CloseFile() : 0;
+    if (error != 0) {
+        throw Failure(mPath, "cannot be written", error);
+    }
 }

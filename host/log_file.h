@@ -1,18 +1,31 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
-/// Writes the library's log lines to a file during its lifetime. Throws Failure if the file cannot
-/// be written.
+#include "log/media_process_log.h"
+
+/// Writes the library's log lines to a file or to standard error during its lifetime.
 class LogFile {
 public:
-    explicit LogFile(const std::string& path);
+    /// @param path "-" for standard error. Symbolic links are followed; an existing file is
+    ///        truncated and keeps its permissions. Throws Failure for anything but a regular file,
+    ///        and for one that cannot be written.
+    /// @param level the lowest level that is written
+    LogFile(const std::string& path, ProcessLogLevel level);
+
+    /// Closes the file; lines that were lost are no longer reported.
     ~LogFile();
+
     LogFile(const LogFile&) = delete;
     LogFile& operator=(const LogFile&) = delete;
 
+    /// Ends logging. Throws Failure if any line could not be written.
+    void Close();
+
 private:
+    class Lines;
+
     std::string mPath;
-    std::string mPrefix;  ///< of the writer's temporary file
-    int mId;
+    std::unique_ptr<Lines> mLines;  ///< in place of the library's dispatcher; null when closed
 };

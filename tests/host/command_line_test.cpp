@@ -305,13 +305,30 @@ TEST_F(CommandLineTest, OneSecondAt48000HzIs100HandOffsOf10msAndRandomBlocksKeep
     }
 }
 
-TEST_F(CommandLineTest, TheLogContainsTheLibrarysLines) {
+TEST_F(CommandLineTest, TheLogContainsTheLibrarysLinesFromInfoOrTheGivenLevelOn) {
     const std::string in = Speech();
-    ASSERT_EQ(RunHost({"clean", in, "-o", File("o.wav"), "--log", File("log")}).status, 0);
+    const auto logOf = [&](const Words& options) {
+        Words words = {"clean", in, "-o", File("o.wav"), "--log", File("log")};
+        words.insert(words.end(), options.begin(), options.end());
+        EXPECT_EQ(RunHost(words).status, 0);
+        return ReadFile(File("log"));
+    };
+    const std::string usual = logOf({});
     EXPECT_EQ(dir.Names().size(), 3U);
-    const std::string log = ReadFile(File("log"));
-    EXPECT_NE(log.find("AP_DENOISE turn on"), std::string::npos);
-    EXPECT_NE(log.find("SingleProcess"), std::string::npos);
+    EXPECT_NE(usual.find("AP_DENOISE turn on"), std::string::npos);
+    EXPECT_EQ(usual.find("[DEBUG]"), std::string::npos);
+    EXPECT_LT(std::count(usual.begin(), usual.end(), '\n'), 20) << "not one for each block";
+    const std::string all = logOf({"--log-level", "debug"});
+    EXPECT_NE(all.find("SingleProcess"), std::string::npos);
+    EXPECT_EQ(logOf({"--log-level", "error"}), "");
+}
+
+TEST_F(CommandLineTest, ALogToStandardErrorTakesThePlaceOfTheProgressBar) {
+    testing::internal::CaptureStderr();
+    const Outcome outcome = RunHost({"clean", Speech(), "-o", File("o.wav"), "--log", "-"});
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("AP_DENOISE turn on"), std::string::npos);
+    EXPECT_EQ(outcome.status, 0);
+    EXPECT_EQ(outcome.progress, "");
 }
 
 /// Runs the executable with pipes for standard input and output.
