@@ -3,77 +3,23 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 #include <deque>
-#include <filesystem>
 #include <memory>
-#include <system_error>
 #include <utility>
 
-#include "host/audio_reader.h"
-#include "host/audio_writer.h"
 #include "host/failure.h"
 #include "host/filter_stream.h"
 #include "host/interrupt.h"
+#include "host/job_files.h"
 #include "host/log_file.h"
 #include "host/music_meter.h"
 #include "host/progress_bar.h"
-#include "host/raw_stream.h"
 #include "host/source_feed.h"
 #include "units/audio_mixing.h"
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
-using Sources = std::vector<std::unique_ptr<AudioSource>>;
-
-constexpr const char* kPipe = "-";
-
-Sources Open(const CleanJob& job) {
-    Sources sources;
-    for (const InputFile& input : job.inputs) {
-        std::error_code error;
-        if (input.path == kPipe) {
-            sources.push_back(std::make_unique<RawReader>(stdin, *job.raw));
-            continue;
-        }
-        sources.push_back(std::make_unique<AudioReader>(input.path));
-        if (std::filesystem::equivalent(input.path, job.output, error)) {
-            throw Failure(job.output, "is also an input");
-        }
-    }
-    return sources;
-}
-
-/// The log file must not overwrite a recording.
-void CheckLogPath(const CleanJob& job) {
-    std::error_code error;
-    if (job.log == kPipe) {
-        return;
-    }
-    for (const InputFile& input : job.inputs) {
-        if (std::filesystem::equivalent(input.path, job.log, error)) {
-            throw Failure(job.log, "is also an input");
-        }
-    }
-    if (std::filesystem::weakly_canonical(job.log, error) ==
-        std::filesystem::weakly_canonical(job.output, error)) {
-        throw Failure(job.log, "is also the output");
-    }
-}
-
-std::unique_ptr<AudioSink> OpenOutput(const CleanJob& job, const AudioFormat& format,
-                                      std::optional<std::int64_t> frames) {
-    if (job.output != kPipe) {
-        return std::make_unique<AudioWriter>(job.output, format, frames);
-    }
-    if (job.raw && RawFormatName(*job.raw) != RawFormatName(format)) {
-        throw Failure("standard output: the result is " + RawFormatName(format) + ", not " +
-                      RawFormatName(*job.raw));
-    }
-    return std::make_unique<RawWriter>(stdout, format);
-}
-
 std::string FormatName(const AudioFormat& format) {
     return std::to_string(format.sampleRate) + " Hz " + (format.channels == 1 ? "mono" : "stereo");
 }
@@ -302,7 +248,7 @@ private:
 }  // namespace
 
 Report Clean(const CleanJob& job, std::ostream* progress) {
-    Sources sources = Open(job);
+    Sources sources = OpenInputs(job);
     std::optional<LogFile> log;
     if (!job.log.empty()) {
         CheckLogPath(job);
@@ -318,7 +264,7 @@ Report Clean(const CleanJob& job, std::ostream* progress) {
         }
         return report;
     } catch (const Failure&) {
-        ThrowIfInterrupted();  // the signal may have ended a read or a write
+        ThrowIfInterrupted();  // the signal may have ended a write
         throw;
     }
 }

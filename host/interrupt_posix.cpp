@@ -5,7 +5,14 @@
 
 namespace {
 
-volatile std::sig_atomic_t interrupted = 0;
+volatile std::sig_atomic_t arrived = 0;  ///< signals so far
+volatile std::sig_atomic_t last = 0;     ///< the number of the last one
+int endsOnlyStreams = 0;                 ///< how many of them do
+
+void Note(int number) {
+    arrived = arrived < 2 ? arrived + 1 : arrived;
+    last = number;
+}
 
 }  // namespace
 
@@ -14,15 +21,30 @@ void NoteInterrupts() {
         struct sigaction action = {};
         sigaction(number, nullptr, &action);
         if (action.sa_handler != SIG_IGN) {
-            action = {};  // without SA_RESTART, so that blocking reads return
-            action.sa_handler = [](int) { interrupted = 1; };
+            action = {};  // without SA_RESTART, so that blocking calls return
+            action.sa_handler = Note;
             sigaction(number, &action, nullptr);
         }
     }
 }
 
+bool SignalArrived() {
+    return arrived > 0;
+}
+
+void CompleteStreamsOnInterrupt() {
+    endsOnlyStreams = 1;
+}
+
 bool Interrupted() {
-    return interrupted != 0;
+    return arrived > endsOnlyStreams;
+}
+
+void EndByInterrupt() {
+    if (arrived > 0) {
+        std::signal(last, SIG_DFL);
+        std::raise(last);
+    }
 }
 
 void LetWritesFail() {

@@ -11,8 +11,12 @@ int main(int argc, char** argv) {
     LetWritesFail();
     const int status =
         RunCommandLine(argc, argv, std::cout, std::cerr, IsErrorATerminal() ? &std::cerr : nullptr);
-    if (!std::cout.flush()) {
+    const bool printed = static_cast<bool>(std::cout.flush());
+    if (!printed) {
         std::cerr << "audio-filter: standard output cannot be written\n";
+    }
+    EndByInterrupt();
+    if (!printed) {
         return 1;
     }
     return status;

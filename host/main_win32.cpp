@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -15,6 +16,7 @@
 #include "host/failure.h"
 #include "host/filter_settings.h"
 #include "host/raw_stream.h"
+#include "host/stdio_stream.h"
 
 namespace {
 
@@ -63,8 +65,8 @@ void Run(const Job& job) {
     filter.SetParameter(&param, AP_GAIN);
     filter.SetParameter(&param, AP_DENOISE);
 
-    RawReader reader(stdin, format);
-    RawWriter writer(stdout, format);
+    RawReader reader(std::make_unique<StdioInput>(stdin), format);
+    RawWriter writer(std::make_unique<StdioOutput>(stdout), format);
     const auto channels = static_cast<std::size_t>(format.channels);
     const auto frames = static_cast<std::size_t>(format.sampleRate + 99) / 100;
     std::vector<Sample> block(frames * channels);

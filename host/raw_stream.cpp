@@ -35,7 +35,8 @@ std::string RawFormatName(const AudioFormat& format) {
            std::to_string(format.sampleRate) + ":" + std::to_string(format.channels);
 }
 
-RawReader::RawReader(std::FILE* file, const AudioFormat& format) : mFile(file), mFormat(format) {}
+RawReader::RawReader(std::unique_ptr<ByteInput> input, const AudioFormat& format)
+    : mInput(std::move(input)), mFormat(format) {}
 
 std::size_t RawReader::Read(short* samples, std::size_t frames) {
     const auto channels = static_cast<std::size_t>(mFormat.channels);
@@ -64,18 +65,16 @@ std::size_t RawReader::Read(float* samples, std::size_t frames) {
 }
 
 std::size_t RawReader::ReadBytes(char* bytes, std::size_t frames, std::size_t frameBytes) {
-    const std::size_t read = std::fread(bytes, 1, frames * frameBytes, mFile);
-    if (std::ferror(mFile) != 0) {
-        throw Failure("standard input: cannot be read");
-    }
-    if (read % frameBytes != 0) {
-        throw Failure("standard input: ends inside a frame of " + std::to_string(frameBytes) +
-                      " bytes");
+    const std::size_t read = mInput->Read(bytes, frames * frameBytes);
+    if (read % frameBytes != 0 && !mInput->Interrupted()) {
+        throw Failure(mInput->Name(),
+                      "ends inside a frame of " + std::to_string(frameBytes) + " bytes");
     }
     return read / frameBytes;
 }
 
-RawWriter::RawWriter(std::FILE* file, const AudioFormat& format) : mFile(file), mFormat(format) {}
+RawWriter::RawWriter(std::unique_ptr<ByteOutput> output, const AudioFormat& format)
+    : mOutput(std::move(output)), mFormat(format) {}
 
 void RawWriter::Write(const short* samples, std::size_t frames) {
     WriteBytes(samples, frames, sizeof(short));
@@ -86,14 +85,10 @@ void RawWriter::Write(const float* samples, std::size_t frames) {
 }
 
 void RawWriter::WriteBytes(const void* bytes, std::size_t frames, std::size_t sampleBytes) {
-    const std::size_t samples = frames * static_cast<std::size_t>(mFormat.channels);
-    if (samples > 0 && std::fwrite(bytes, sampleBytes, samples, mFile) != samples) {
-        throw Failure("standard output: cannot be written");
-    }
+    mOutput->Write(static_cast<const char*>(bytes),
+                   frames * static_cast<std::size_t>(mFormat.channels) * sampleBytes);
 }
 
 void RawWriter::Commit() {
-    if (std::fflush(mFile) != 0) {
-        throw Failure("standard output: cannot be written");
-    }
+    mOutput->Flush();
 }

@@ -1,11 +1,12 @@
 #pragma once
 
-#include <cstdio>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "host/audio_stream.h"
+#include "host/byte_stream.h"
 
 /// Raw samples in native byte order, as passed through pipes.
 
@@ -15,10 +16,11 @@ std::optional<AudioFormat> ParseRawFormat(const std::string& text);
 /// Formats what ParseRawFormat reads.
 std::string RawFormatName(const AudioFormat& format);
 
-/// Throws Failure if the stream cannot be read or ends inside a frame.
+/// Throws Failure if the stream cannot be read or ends inside a frame. Where a signal ends it, the
+/// incomplete frame is dropped.
 class RawReader : public AudioSource {
 public:
-    RawReader(std::FILE* file, const AudioFormat& format);
+    RawReader(std::unique_ptr<ByteInput> input, const AudioFormat& format);
 
     const AudioFormat& Format() const override { return mFormat; }
     std::optional<std::int64_t> Frames() const override { return std::nullopt; }
@@ -28,14 +30,14 @@ public:
 private:
     std::size_t ReadBytes(char* bytes, std::size_t frames, std::size_t frameBytes);
 
-    std::FILE* mFile;
+    std::unique_ptr<ByteInput> mInput;
     AudioFormat mFormat;
 };
 
 /// Throws Failure if the stream cannot be written.
 class RawWriter : public AudioSink {
 public:
-    RawWriter(std::FILE* file, const AudioFormat& format);
+    RawWriter(std::unique_ptr<ByteOutput> output, const AudioFormat& format);
 
     void Write(const short* samples, std::size_t frames) override;
     void Write(const float* samples, std::size_t frames) override;
@@ -44,6 +46,6 @@ public:
 private:
     void WriteBytes(const void* bytes, std::size_t frames, std::size_t sampleBytes);
 
-    std::FILE* mFile;
+    std::unique_ptr<ByteOutput> mOutput;
     AudioFormat mFormat;
 };

@@ -409,7 +409,8 @@ TEST_F(PipeTest, AFullDiskBehindStandardOutputIsReported) {
                                 "' clean - -o - --raw s16:32000:1 <'" + File("in") + "' 2>'" +
                                 File("err") + "' >/dev/full";
     EXPECT_EQ(WEXITSTATUS(std::system(command.c_str())), 1);
-    EXPECT_EQ(ReadFile(File("err")), "audio-filter: standard output: cannot be written\n");
+    EXPECT_EQ(ReadFile(File("err")),
+              "audio-filter: standard output: cannot be written: No space left on device\n");
 }
 
 }  // namespace

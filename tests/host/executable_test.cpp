@@ -32,7 +32,7 @@ protected:
     TempDir logs;
 };
 
-TEST_F(ExecutableTest, ASignalInMidStreamLeavesNoFileAndPrintsOneLine) {
+TEST_F(ExecutableTest, ASignalInMidStreamLeavesNoFilePrintsOneLineAndEndsTheProcess) {
     WriteHoursOfSilence(dir.File("in.wav"));
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         Process run({"clean", dir.File("in.wav"), "-o", dir.File("out.wav")}, "/dev/null", Err());
@@ -41,32 +41,82 @@ TEST_F(ExecutableTest, ASignalInMidStreamLeavesNoFileAndPrintsOneLine) {
         }
         ASSERT_FALSE(run.HasEnded()) << run.Err();
         run.Signal(number);
-        EXPECT_EQ(run.Wait(), 1) << number;
+        EXPECT_EQ(run.Wait(), -number);
         EXPECT_EQ(run.Err(), "audio-filter: interrupted\n") << number;
         EXPECT_EQ(dir.Names(), Words{"in.wav"}) << number;
     }
 }
 
-TEST_F(ExecutableTest, ASignalInterruptsAReadFromAnIdlePipe) {
+/// Blocks until the reader has taken everything.
+void WaitUntilEmpty(int pipe, Process& reader) {
+    for (int waiting = 1; waiting != 0 && !reader.HasEnded();) {
+        ioctl(pipe, FIONREAD, &waiting);
+    }
+}
+
+TEST_F(ExecutableTest, ASignalBeforeTheFirstFrameOfAPipeLeavesNoFile) {
     ASSERT_EQ(mkfifo(logs.File("pipe").c_str(), 0666), 0);
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         Process run({"clean", "-", "--raw", "s16:32000:1", "-o", dir.File("out.wav")}, "/dev/null",
                     Err(), RLIM_INFINITY, logs.File("pipe"));
         const int writer = open(logs.File("pipe").c_str(), O_WRONLY | O_CLOEXEC);
-        ASSERT_EQ(write(writer, "12345678", 8), 8);
-        for (int waiting = 1; waiting != 0 && !run.HasEnded();) {
-            ioctl(writer, FIONREAD, &waiting);
-        }
-        // A signal may arrive just before the next read blocks: repeat it.
-        while (!run.HasEnded()) {
-            run.Signal(number);
-            std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        }
-        EXPECT_EQ(run.Wait(), 1) << number;
-        EXPECT_EQ(run.Err(), "audio-filter: interrupted\n") << number;
-        EXPECT_EQ(dir.Names(), Words()) << number;
+        ASSERT_EQ(write(writer, "1", 1), 1);
+        WaitUntilEmpty(writer, run);
+        run.Signal(number);
+        EXPECT_EQ(run.Wait(), -number);
+        EXPECT_EQ(run.Err(), "audio-filter: -: contains no audio\n");
+        EXPECT_EQ(dir.Names(), Words());
         close(writer);
     }
+}
+
+TEST_F(ExecutableTest, ASignalCompletesALiveRecordingWithAllThatThePipeHolds) {
+    ASSERT_EQ(mkfifo(logs.File("pipe").c_str(), 0666), 0);
+    WriteHoursOfSilence(logs.File("bed.wav"));
+    const std::vector<short> samples = Ramp(32000);
+    const auto* bytes = reinterpret_cast<const char*>(samples.data());
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        for (const bool bed : {false, true}) {
+            Words words = {"clean", "-", "--raw", "s16:32000:1", "--denoise", "off", "--quiet"};
+            if (bed) {
+                words.insert(words.end(),
+                             {"--mix", "off", "--source", "1=" + logs.File("bed.wav")});
+            }
+            words.insert(words.end(), {"-o", dir.File("out.wav")});
+            Process run(words, "/dev/null", Err(), RLIM_INFINITY, logs.File("pipe"));
+            const int writer = open(logs.File("pipe").c_str(), O_WRONLY | O_CLOEXEC);
+            ASSERT_EQ(write(writer, bytes, 32000), 32000);
+            WaitUntilEmpty(writer, run);
+            ASSERT_EQ(write(writer, bytes + 32000, 31999), 31999);  // ends inside a sample
+            run.Signal(number);
+            EXPECT_EQ(run.Wait(), -number);
+            EXPECT_EQ(run.Err(), "");
+            EXPECT_EQ(dir.Names(), Words{"out.wav"});
+            EXPECT_EQ(ReadSound<short>(dir.File("out.wav")).samples, Ramp(31999));
+            close(writer);
+        }
+    }
+}
+
+TEST_F(ExecutableTest, ASecondSignalGivesUpALiveRecordingWhoseReaderIsStuck) {
+    ASSERT_EQ(mkfifo(logs.File("pipe").c_str(), 0666), 0);
+    ASSERT_EQ(mkfifo(logs.File("out").c_str(), 0666), 0);
+    const int keptOpen = open(logs.File("out").c_str(), O_RDWR | O_CLOEXEC);  // and never read
+    Process run({"clean", "-", "--raw", "s16:32000:1", "-o", "-"}, logs.File("out"), Err(),
+                RLIM_INFINITY, "/dev/zero");
+    int written = 0;
+    for (int before = -1; written == 0 || written != before;) {
+        before = written;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        ioctl(keptOpen, FIONREAD, &written);
+    }
+    run.Signal(SIGTERM);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_FALSE(run.HasEnded()) << "the samples are still to be written";
+    run.Signal(SIGINT);
+    EXPECT_EQ(run.Wait(), -SIGINT);
+    EXPECT_EQ(run.Err(), "audio-filter: interrupted\n");
+    close(keptOpen);
 }
 
 TEST_F(ExecutableTest, AWriteBeyondTheFileSizeLimitFailsInsteadOfEndingTheProcess) {

@@ -21,6 +21,32 @@ TEST(Interrupt, SigintSigtermAndSighupAreCaught) {
     }
 }
 
+TEST(Interrupt, WhereStreamsAreCompletedTheSecondSignalGivesUp) {
+    const auto raiseTwice = [] {
+        NoteInterrupts();
+        CompleteStreamsOnInterrupt();
+        const bool before = SignalArrived();
+        std::raise(SIGINT);
+        const bool first = SignalArrived() && !Interrupted();
+        std::raise(SIGTERM);
+        std::exit(!before && first && Interrupted() ? 0 : 1);
+    };
+    EXPECT_EXIT(raiseTwice(), testing::ExitedWithCode(0), "");
+}
+
+TEST(Interrupt, TheProcessEndsByTheSignalThatArrived) {
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        const auto raiseIt = [number] {
+            NoteInterrupts();
+            EndByInterrupt();  // none yet
+            std::raise(number);
+            EndByInterrupt();
+            std::exit(0);
+        };
+        EXPECT_EXIT(raiseIt(), testing::KilledBySignal(number), "") << number;
+    }
+}
+
 TEST(Interrupt, IgnoredSignalsStayIgnored) {
     for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
         const auto raiseIt = [number] {

@@ -51,7 +51,8 @@ private:
 TEST_F(StandardStreams, WithoutStandardOutputTheLossOfSamplesIsReportedAndNoOtherFileIsWritten) {
     for (const char* in : {"- --raw s16:32000:1 <in", "in.wav", "in.wav <&-"}) {
         EXPECT_EQ(Run(std::string("$clean -o - --log log ") + in + " >&- 2>err"), 1) << in;
-        EXPECT_EQ(ReadFile(File("err")), "audio-filter: standard output: cannot be written\n");
+        EXPECT_EQ(ReadFile(File("err")),
+                  "audio-filter: standard output: cannot be written: Bad file descriptor\n");
         ExpectNothingButLogLines("log");
     }
     EXPECT_EQ(ReadFile(File("in")).size(), 64000U);
@@ -73,7 +74,8 @@ TEST_F(StandardStreams, ClosedStandardStreamsChangeNeitherOutputNorLog) {
 
 TEST_F(StandardStreams, WithoutStandardInputTheReadFailsAndNoFileRemains) {
     EXPECT_EQ(Run("$clean - --raw s16:32000:1 -o out.wav <&- 2>err"), 1);
-    EXPECT_EQ(ReadFile(File("err")), "audio-filter: standard input: cannot be read\n");
+    EXPECT_EQ(ReadFile(File("err")),
+              "audio-filter: standard input: cannot be read: Is a directory\n");
     EXPECT_FALSE(fs::exists(File("out.wav")));
 }
 
@@ -85,7 +87,8 @@ TEST_F(StandardStreams, APipeWhoseReaderClosesAfter100BytesIsReported) {
         EXPECT_EQ(Run(std::string("head -c 100 <pipe >/dev/null & $clean -o - --quiet ") + in +
                       " >pipe 2>err"),
                   1);
-        EXPECT_EQ(ReadFile(File("err")), "audio-filter: standard output: cannot be written\n");
+        EXPECT_EQ(ReadFile(File("err")),
+                  "audio-filter: standard output: cannot be written: Broken pipe\n");
     }
 }
 

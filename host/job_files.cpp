@@ -1,0 +1,85 @@
+#include "host/job_files.h"
+
+#include <filesystem>
+#include <system_error>
+#include <utility>
+
+#include "host/audio_reader.h"
+#include "host/audio_writer.h"
+#include "host/failure.h"
+#include "host/interrupt.h"
+#include "host/pipe_stream.h"
+#include "host/raw_stream.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr const char* kPipe = "-";
+
+/// A file that ends where a signal ends a live recording beside it.
+class EndsWithRecording : public AudioSource {
+public:
+    explicit EndsWithRecording(std::unique_ptr<AudioSource> source) : mSource(std::move(source)) {}
+
+    const AudioFormat& Format() const override { return mSource->Format(); }
+    std::optional<std::int64_t> Frames() const override { return mSource->Frames(); }
+    std::size_t Read(short* samples, std::size_t frames) override {
+        return HasEnded() ? 0 : mSource->Read(samples, frames);
+    }
+    std::size_t Read(float* samples, std::size_t frames) override {
+        return HasEnded() ? 0 : mSource->Read(samples, frames);
+    }
+
+private:
+    /// Not where the job is given up: its output must not look complete.
+    static bool HasEnded() { return SignalArrived() && !Interrupted(); }
+
+    std::unique_ptr<AudioSource> mSource;
+};
+
+}  // namespace
+
+Sources OpenInputs(const CleanJob& job) {
+    Sources sources;
+    for (const InputFile& input : job.inputs) {
+        if (input.path == kPipe) {
+            sources.push_back(std::make_unique<RawReader>(std::make_unique<PipeInput>(), *job.raw));
+            continue;
+        }
+        sources.push_back(
+            std::make_unique<EndsWithRecording>(std::make_unique<AudioReader>(input.path)));
+        std::error_code error;
+        if (fs::equivalent(input.path, job.output, error)) {
+            throw Failure(job.output, "is also an input");
+        }
+    }
+    return sources;
+}
+
+std::unique_ptr<AudioSink> OpenOutput(const CleanJob& job, const AudioFormat& format,
+                                      std::optional<std::int64_t> frames) {
+    if (job.output != kPipe) {
+        return std::make_unique<AudioWriter>(job.output, format, frames);
+    }
+    if (job.raw && RawFormatName(*job.raw) != RawFormatName(format)) {
+        throw Failure("standard output: the result is " + RawFormatName(format) + ", not " +
+                      RawFormatName(*job.raw));
+    }
+    return std::make_unique<RawWriter>(std::make_unique<PipeOutput>(), format);
+}
+
+void CheckLogPath(const CleanJob& job) {
+    if (job.log == kPipe) {
+        return;
+    }
+    std::error_code error;
+    for (const InputFile& input : job.inputs) {
+        if (fs::equivalent(input.path, job.log, error)) {
+            throw Failure(job.log, "is also an input");
+        }
+    }
+    if (fs::weakly_canonical(job.log, error) == fs::weakly_canonical(job.output, error)) {
+        throw Failure(job.log, "is also the output");
+    }
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "host/audio_stream.h"
+#include "host/clean.h"
+
+using Sources = std::vector<std::unique_ptr<AudioSource>>;
+
+/// Opens the inputs. Files beside a live recording end when a signal ends the recording. Throws
+/// Failure, also if an input is the output.
+Sources OpenInputs(const CleanJob& job);
+
+/// Opens the output. Throws Failure.
+std::unique_ptr<AudioSink> OpenOutput(const CleanJob& job, const AudioFormat& format,
+                                      std::optional<std::int64_t> frames);
+
+/// Throws Failure if the log file would overwrite a recording.
+void CheckLogPath(const CleanJob& job);
