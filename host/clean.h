@@ -9,7 +9,6 @@
 #include "host/audio_format.h"
 #include "host/block_sizes.h"
 #include "host/filter_settings.h"
-#include "host/report.h"
 #include "log/media_process_log.h"
 
 /// A source to process.
@@ -26,10 +25,13 @@ struct CleanJob {
     FilterSettings settings;
     std::vector<SettingsChange> changes;  ///< in order of time
     BlockSizes blockSizes;
-    std::string log;  ///< file for the library's own log lines; "-" for standard error, empty for
-                      ///< none
+    bool summarises = true;  ///< whether the levels are measured
+    std::string log;         ///< file for log lines; "-" for standard error, empty for
+                             ///< none
     ProcessLogLevel logLevel = PROCESS_LOG_INFO;  ///< the lowest that is written
 };
+
+struct Report;
 
 /// Cleans the recordings. The output has the rate and channels of the first input and the length of
 /// the longest, and appears when it is complete. Throws Failure and then leaves no file.

@@ -22,10 +22,11 @@ struct Arguments {
     CleanJob job;
     std::vector<std::string> files;
     std::vector<std::string> sources;
-    std::string denoise = "3";
+    std::string denoise = "2";
     std::string gain = "off";
-    std::string phaseCheck = "on";
+    std::string phaseCheck = "file";
     std::string mix = "on";
+    std::string music = "ignore";
     std::vector<std::string> changes;
     std::string blockMs = "10";
     std::string raw;
@@ -104,16 +105,26 @@ void Declare(CLI::App& app, Arguments& arguments) {
                     "suppression level, 0 mild to 3 most aggressive")
         ->check(SettingOf("denoise", "LEVEL 0..3|off"))
         ->capture_default_str();
-    clean.add_option("--gain", arguments.gain, "strength of the gain curve")
+    clean
+        .add_option("--gain", arguments.gain,
+                    "strength of a fixed curve that shapes the waveform (19 % distortion of a sine "
+                    "of -6 dBFS "
+                    "at 1); not a loudness target")
         ->check(SettingOf("gain", "GAIN 0..1|off"))
         ->capture_default_str();
     clean
         .add_option("--phase-check", arguments.phaseCheck,
-                    "detect a reversed channel and invert the left one")
-        ->check(SettingOf("phase-check", "on|off"))
+                    "invert the left channel where it is reversed: from the first reversed frame "
+                    "(file) or from the verdict on, seconds later (live)")
+        ->check(SettingOf("phase-check", "file|live|off"))
         ->capture_default_str();
     clean.add_option("--mix", arguments.mix, "mix all sources, or process the first one alone")
         ->check(SettingOf("mix", "on|off"))
+        ->capture_default_str();
+    clean
+        .add_option("--music", arguments.music,
+                    "ignore, or keep: suppress noise at level 0 while music is detected")
+        ->check(SettingOf("music", "ignore|keep"))
         ->capture_default_str();
     clean
         .add_option("--at", arguments.changes,
@@ -126,8 +137,8 @@ void Declare(CLI::App& app, Arguments& arguments) {
                     "length of the blocks passed to the filter, in ms")
         ->check(Parsed(BlockSizes::Parse, "1..1000|random:SEED"))
         ->capture_default_str();
-    CLI::Option* log = clean.add_option("--log", arguments.job.log,
-                                        "file for the library's log lines; - for standard error");
+    CLI::Option* log =
+        clean.add_option("--log", arguments.job.log, "file for log lines; - for standard error");
     clean.add_option("--log-level", arguments.logLevel, "lowest level of the lines in the log")
         ->check(Parsed(ParseLogLevel, "debug|info|warn|error"))
         ->needs(log)
@@ -149,6 +160,7 @@ CleanJob JobOf(const Arguments& arguments) {
     ApplySetting(job.settings, "gain", arguments.gain);
     ApplySetting(job.settings, "phase-check", arguments.phaseCheck);
     ApplySetting(job.settings, "mix", arguments.mix);
+    ApplySetting(job.settings, "music", arguments.music);
     for (const std::string& change : arguments.changes) {
         job.changes.push_back(*ParseChange(change));
     }
@@ -156,6 +168,7 @@ CleanJob JobOf(const Arguments& arguments) {
                      [](const auto& a, const auto& b) { return a.seconds < b.seconds; });
     job.blockSizes = *BlockSizes::Parse(arguments.blockMs);
     job.raw = ParseRawFormat(arguments.raw);
+    job.summarises = arguments.json || !arguments.quiet;
     job.logLevel = *ParseLogLevel(arguments.logLevel);
     return job;
 }

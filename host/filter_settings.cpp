@@ -21,12 +21,28 @@ bool SetNumber(std::optional<Number>& setting, const std::string& value, Number 
     return true;
 }
 
-bool SetSwitch(bool& setting, const std::string& value) {
-    if (value != "on" && value != "off") {
-        return false;
+template <typename Value>
+struct Choice {
+    const char* name;
+    Value value;
+};
+
+constexpr Choice<bool> kSwitch[] = {{"on", true}, {"off", false}};
+constexpr Choice<bool> kMusic[] = {{"keep", true}, {"ignore", false}};
+constexpr Choice<PhaseMode> kPhaseModes[] = {{"file", PhaseMode::kFile},
+                                             {"live", PhaseMode::kLive},
+                                             {"on", PhaseMode::kFile},
+                                             {"off", PhaseMode::kOff}};
+
+template <typename Value, std::size_t Count>
+bool Choose(Value& setting, const std::string& name, const Choice<Value> (&choices)[Count]) {
+    for (const Choice<Value>& choice : choices) {
+        if (name == choice.name) {
+            setting = choice.value;
+            return true;
+        }
     }
-    setting = value == "on";
-    return true;
+    return false;
 }
 
 }  // namespace
@@ -39,9 +55,12 @@ bool ApplySetting(FilterSettings& settings, const std::string& name, const std::
         return SetNumber(settings.gain, value, 1.0F);
     }
     if (name == "phase-check") {
-        return SetSwitch(settings.phaseCheck, value);
+        return Choose(settings.phaseCheck, value, kPhaseModes);
     }
-    return name == "mix" && SetSwitch(settings.mix, value);
+    if (name == "music") {
+        return Choose(settings.keepMusic, value, kMusic);
+    }
+    return name == "mix" && Choose(settings.mix, value, kSwitch);
 }
 
 std::optional<SettingsChange> ParseChange(const std::string& text) {

@@ -1,19 +1,30 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <utility>
 #include <vector>
 
-/// The filter's settings.
-struct FilterSettings {
-    std::optional<int> denoiseLevel = 3;  ///< 0 mild .. 3 most aggressive; none for off
-    std::optional<float> gain;            ///< 0..1; none for off
-    bool phaseCheck = true;               ///< stereo only
-    bool mix = true;                      ///< several sources; false: the first alone
+/// How a reversed channel of a stereo source is found.
+enum class PhaseMode : std::uint8_t {
+    kOff,
+    kLive,  ///< as the stream runs: corrected from the verdict on
+    kFile   ///< before the stream runs: corrected from the first reversed frame on; needs files
 };
 
-/// Applies the value of an option: denoise, gain, phase-check or mix.
+/// The filter's settings.
+struct FilterSettings {
+    std::optional<int> denoiseLevel = 2;  ///< 0 mild .. 3 most aggressive; none for off
+    std::optional<float> gain;            ///< 0..1; none for off
+    PhaseMode phaseCheck = PhaseMode::kFile;
+    bool mix = true;         ///< several sources; false: the first alone
+    bool keepMusic = false;  ///< while music is detected, suppress noise at level 0
+
+    bool operator==(const FilterSettings&) const = default;
+};
+
+/// Applies the value of an option: denoise, gain, phase-check, mix or music.
 /// @return false for another name or a value out of range: nothing changes then
 bool ApplySetting(FilterSettings& settings, const std::string& name, const std::string& value);
 

@@ -1,5 +1,6 @@
 #include "host/job_files.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <system_error>
 #include <utility>
@@ -39,6 +40,13 @@ private:
 };
 
 }  // namespace
+
+bool AreFiles(const CleanJob& job) {
+    return std::all_of(job.inputs.begin(), job.inputs.end(), [](const InputFile& input) {
+        std::error_code error;
+        return input.path != kPipe && fs::is_regular_file(input.path, error);
+    });
+}
 
 Sources OpenInputs(const CleanJob& job) {
     Sources sources;

@@ -10,6 +10,9 @@
 
 using Sources = std::vector<std::unique_ptr<AudioSource>>;
 
+/// Whether all inputs are regular files, which can be read again.
+bool AreFiles(const CleanJob& job);
+
 /// Opens the inputs. Files beside a live recording end when a signal ends the recording. Throws
 /// Failure, also if an input is the output.
 Sources OpenInputs(const CleanJob& job);

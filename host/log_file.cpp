@@ -85,6 +85,12 @@ private:
     int mError = 0;
 };
 
+void Log(double seconds, const std::string& text) {
+    if (pr_log_enalbe && pr_log != nullptr) {
+        pr_log->Info("audio-filter", "%.3f s: %s", seconds, text.c_str());
+    }
+}
+
 LogFile::LogFile(const std::string& path, ProcessLogLevel level)
     : mPath(path == "-" ? "standard error" : path),
       mLines(std::make_unique<Lines>(path == "-" ? stderr : OpenRegularFile(path), level)) {}

@@ -5,7 +5,10 @@
 
 #include "log/media_process_log.h"
 
-/// Writes the library's log lines to a file or to standard error during its lifetime.
+/// Logs a line at a position in the stream, if a LogFile exists.
+void Log(double seconds, const std::string& text);
+
+/// Writes log lines to a file or to standard error during its lifetime.
 class LogFile {
 public:
     /// @param path "-" for standard error. Symbolic links are followed; an existing file is

@@ -57,11 +57,11 @@ void Run(const Job& job) {
     const AudioFormat& format = *job.format;
     static AudioFilter filter;
     ProcessSwitchMap switches = {{AP_DENOISE, job.settings.denoiseLevel.has_value()},
-                                 {AP_PHASE_CHECK, job.settings.phaseCheck},
+                                 {AP_PHASE_CHECK, job.settings.phaseCheck != PhaseMode::kOff},
                                  {AP_GAIN, job.settings.gain.has_value()}};
     filter.Init(format.sampleRate, format.channels,
                 sizeof(Sample) == 2 ? SAMPLE_FMT_S16 : SAMPLE_FMT_FLT, &switches);
-    ProcessParam param = {job.settings.gain.value_or(0.0F), job.settings.denoiseLevel.value_or(3)};
+    ProcessParam param = {job.settings.gain.value_or(0.0F), job.settings.denoiseLevel.value_or(0)};
     filter.SetParameter(&param, AP_GAIN);
     filter.SetParameter(&param, AP_DENOISE);
 

@@ -1,14 +1,15 @@
 #pragma once
 
-#include <samplerate.h>
-
+#include <cstddef>
 #include <memory>
 #include <vector>
+
+struct SpeexResamplerState_;
 
 /// Converts the sample rate of an interleaved float stream block by block, with its latency removed.
 class RateConverter {
 public:
-    /// Throws Failure if the ratio of the rates is not supported.
+    /// Throws Failure if the rates are not supported.
     RateConverter(int fromRate, int toRate, int channels);
     ~RateConverter();
 
@@ -18,10 +19,11 @@ public:
 
 private:
     struct Release {
-        void operator()(SRC_STATE* state) const;
+        void operator()(SpeexResamplerState_* state) const;
     };
 
-    std::unique_ptr<SRC_STATE, Release> mState;
-    double mRatio;
+    void Append(const std::vector<float>& block, std::vector<float>& converted);
+
+    std::unique_ptr<SpeexResamplerState_, Release> mState;
     std::size_t mChannels;
 };

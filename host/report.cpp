@@ -1,5 +1,6 @@
 #include "host/report.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -33,22 +34,6 @@ const char* SampleFormatName(SampleFormat format) {
     return format == SampleFormat::kS16 ? "16-bit" : "float";
 }
 
-bool IsSuppressed(const Report& report) {
-    return report.settings.denoiseLevel.has_value();
-}
-
-/// Remarks on this run.
-std::vector<std::string> Notes(const Report& report) {
-    std::vector<std::string> notes = report.conversions;
-    if (IsSuppressed(report) && report.record.processingRate < 32000) {
-        notes.push_back("the suppressor works at 32000 Hz; at " +
-                        std::to_string(report.record.processingRate) +
-                        " Hz its output has gaps: convert the file to 32000 Hz first, or use "
-                        "--denoise off");
-    }
-    return notes;
-}
-
 std::string Joined(const std::vector<std::string>& words, const char* separator) {
     std::string joined;
     for (const std::string& word : words) {
@@ -72,44 +57,80 @@ nlohmann::ordered_json Number(double value, double scale) {
     return std::round(value * scale) / scale;
 }
 
+const char* PhaseModeName(PhaseMode mode) {
+    return mode == PhaseMode::kOff ? "off" : mode == PhaseMode::kLive ? "live" : "file";
+}
+
+std::string GainText(const FilterSettings& settings) {
+    return settings.gain ? Format("%.2f", static_cast<double>(*settings.gain)) : "off";
+}
+
+bool KeepsMusic(const Report& report) {
+    return std::any_of(report.settings.begin(), report.settings.end(),
+                       [](const SettingsAt& at) { return at.settings.keepMusic; });
+}
+
+nlohmann::ordered_json SettingsJson(const FilterSettings& settings) {
+    nlohmann::ordered_json json;
+    json["denoise_level"] = nullptr;
+    if (settings.denoiseLevel) {
+        json["denoise_level"] = *settings.denoiseLevel;
+    }
+    json["gain"] = nullptr;
+    if (settings.gain) {
+        json["gain"] = Number(static_cast<double>(*settings.gain), 1e6);
+    }
+    json["phase_check"] = PhaseModeName(settings.phaseCheck);
+    json["mix"] = settings.mix;
+    json["music"] = settings.keepMusic ? "keep" : "ignore";
+    return json;
+}
+
 }  // namespace
 
+std::string SettingsText(const FilterSettings& settings) {
+    std::string text =
+        "suppression " +
+        (settings.denoiseLevel ? Format("level %d", *settings.denoiseLevel) : std::string("off"));
+    text += ", gain " + GainText(settings) + ", phase check " + PhaseModeName(settings.phaseCheck);
+    text += settings.mix ? "" : ", first source alone";
+    return text + (settings.keepMusic ? ", music kept" : "");
+}
+
 void PrintTable(std::ostream& out, const Report& report) {
-    const FilterSettings& settings = report.settings;
-    const FilterRecord& record = report.record;
-    out << Joined(report.inputs, " + ") << " -> " << report.output << "\n"
-        << Format("%.2f s, %d Hz, %s, %s; ", report.duration, report.format.sampleRate,
-                  report.format.channels == 1 ? "mono" : "stereo",
-                  SampleFormatName(report.format.samples))
-        << Format("%.0f x real time\n", Speed(report))
-        << Format("%-13s %-5s %8s %8s %8s\n", "", "", "before", "after", "change");
+    const FilterSettings& settings = report.settings.front().settings;
+    std::string text = Joined(report.inputs, " + ") + " -> " + report.output + "\n";
+    text += Format("%.2f s, %d Hz, %s, %s; ", report.duration, report.format.sampleRate,
+                   report.format.channels == 1 ? "mono" : "stereo",
+                   SampleFormatName(report.format.samples));
+    text += Format("%.0f x real time\n", Speed(report));
+    text += Format("%-13s %-5s %8s %8s %8s\n", "", "", "before", "after", "change");
     for (const Row& row : Rows(report)) {
-        out << Format("%-13s %-5s %8.1f %8.1f", row.label, row.unit, row.before, row.after);
+        text += Format("%-13s %-5s %8.1f %8.1f", row.label, row.unit, row.before, row.after);
         const double change = row.after - row.before;
-        out << (std::isnan(change) ? "\n" : Format(" %+8.1f\n", change));
+        text += std::isnan(change) ? "\n" : Format(" %+8.1f\n", change);
     }
-    out << Format("phase check   %s, left channel inverted for %.2f s\n",
-                  settings.phaseCheck ? "on" : "off", report.phaseCorrected)
-        << "suppression   "
-        << (settings.denoiseLevel ? Format("level %d", *settings.denoiseLevel) : "off")
-        << Format(", %lld blocks resampled to %d Hz\n", static_cast<long long>(record.handOffs),
-                  record.processingRate)
-        << "gain          "
-        << (settings.gain ? Format("%.2f\n", static_cast<double>(*settings.gain)) : "off\n")
-        << Format("music         %.2f s\n", report.music);
-    for (const FilterEvent& event : record.events) {
-        out << Format("event         %.3f s, %d ", event.seconds, event.code) << event.text << "\n";
+    text += "settings      " + SettingsText(settings) + "\n";
+    for (std::size_t i = 1; i < report.settings.size(); ++i) {
+        text += Format("from %.3f s  ", report.settings[i].seconds) +
+                SettingsText(report.settings[i].settings) + "\n";
     }
-    for (const auto& [call, times] : record.refused) {
-        out << "refused       " << times << " x " << call << "\n";
+    if (report.phaseCorrected > 0.0) {
+        text += Format("phase         left channel inverted for %.2f s\n", report.phaseCorrected);
     }
-    for (const std::string& note : Notes(report)) {
-        out << "note          " << note << "\n";
+    if (KeepsMusic(report)) {
+        text += Format("music         %.2f s\n", report.music);
     }
+    for (const StreamNotice& notice : report.notices) {
+        text += Format("at %.3f s    ", notice.seconds) + notice.text + "\n";
+    }
+    for (const std::string& note : report.notes) {
+        text += "note          " + note + "\n";
+    }
+    out << text << std::flush;  // one write: lines of parallel jobs stay together
 }
 
 void PrintJson(std::ostream& out, const Report& report) {
-    const FilterRecord& record = report.record;
     nlohmann::ordered_json json;
     json["inputs"] = report.inputs;
     json["output"] = report.output;
@@ -123,26 +144,21 @@ void PrintJson(std::ostream& out, const Report& report) {
                          {"after", Number(row.after, 100.0)},
                          {"change", Number(row.after - row.before, 100.0)}};
     }
-    json["phase_check"] = report.settings.phaseCheck;
+    json.update(SettingsJson(report.settings.front().settings));
     json["phase_corrected_s"] = Number(report.phaseCorrected, 1e6);
-    json["denoise_level"] = nullptr;
-    if (report.settings.denoiseLevel) {
-        json["denoise_level"] = *report.settings.denoiseLevel;
-    }
-    json["gain"] = nullptr;
-    if (report.settings.gain) {
-        json["gain"] = *report.settings.gain;
-    }
-    json["hand_offs"] = record.handOffs;
-    json["processing_rate_hz"] = record.processingRate;
     json["music_s"] = Number(report.music, 1e6);
-    json["events"] = nlohmann::ordered_json::array();
-    for (const FilterEvent& event : record.events) {
-        json["events"].push_back(
-            {{"time_s", Number(event.seconds, 1e6)}, {"code", event.code}, {"text", event.text}});
+    json["changes"] = nlohmann::ordered_json::array();
+    for (std::size_t i = 1; i < report.settings.size(); ++i) {
+        nlohmann::ordered_json change = {{"time_s", Number(report.settings[i].seconds, 1e6)}};
+        change.update(SettingsJson(report.settings[i].settings));
+        json["changes"].push_back(change);
     }
-    json["refused"] = record.refused;
-    json["notes"] = Notes(report);
+    json["events"] = nlohmann::ordered_json::array();
+    for (const StreamNotice& notice : report.notices) {
+        json["events"].push_back({{"time_s", Number(notice.seconds, 1e6)}, {"text", notice.text}});
+    }
+    json["notes"] = report.notes;
     // Paths may contain bytes that are not UTF-8.
-    out << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << "\n";
+    out << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n"
+        << std::flush;
 }

@@ -5,9 +5,14 @@
 #include <vector>
 
 #include "host/audio_format.h"
-#include "host/filter_record.h"
-#include "host/filter_settings.h"
 #include "host/level_meter.h"
+#include "host/timeline.h"
+
+/// A verdict during a stream.
+struct StreamNotice {
+    double seconds;  ///< position in the stream
+    std::string text;
+};
 
 /// The summary of a cleaned recording.
 struct Report {
@@ -21,14 +26,17 @@ struct Report {
     double peakBefore;
     double peakAfter;
     WindowLevels levels;
-    FilterSettings settings;  ///< at the start
-    FilterRecord record;
-    std::vector<std::string> conversions;  ///< of inputs to the format of the first
-    double music;                          ///< s in which music was detected
-    double phaseCorrected;                 ///< s, all sources
+    std::vector<SettingsAt> settings;  ///< at the start, then after each change
+    std::vector<StreamNotice> notices;
+    std::vector<std::string> notes;  ///< remarks on this run
+    double music;                    ///< s in which music was detected
+    double phaseCorrected;           ///< s, all sources
 };
 
-/// Prints a table.
+/// The settings in words, such as "suppression level 2, gain off".
+std::string SettingsText(const FilterSettings& settings);
+
+/// Prints a table, in one write.
 void PrintTable(std::ostream& out, const Report& report);
 
 /// Prints the same as one JSON object; minus infinity becomes null.

@@ -34,6 +34,13 @@ std::size_t SourceFeed<Sample>::Fill(std::size_t frames) {
 }
 
 template <typename Sample>
+void SourceFeed<Sample>::Peek(std::size_t frames, std::vector<Sample>& block) const {
+    const std::size_t count =
+        std::min(frames * static_cast<std::size_t>(mFormat.channels), mAhead.size());
+    block.insert(block.end(), mAhead.begin(), mAhead.begin() + static_cast<std::ptrdiff_t>(count));
+}
+
+template <typename Sample>
 void SourceFeed<Sample>::Take(std::size_t frames, std::vector<Sample>& block) {
     const std::size_t wanted = frames * static_cast<std::size_t>(mFormat.channels);
     const auto end = mAhead.begin() + static_cast<std::ptrdiff_t>(std::min(wanted, mAhead.size()));

@@ -24,6 +24,9 @@ public:
     /// Reads ahead. @return frames available, up to `frames`; fewer at the end
     std::size_t Fill(std::size_t frames);
 
+    /// Appends the next `frames` frames to a block, which stay available; only those that are.
+    void Peek(std::size_t frames, std::vector<Sample>& block) const;
+
     /// Appends `frames` frames to a block; silence after the end of the source.
     void Take(std::size_t frames, std::vector<Sample>& block);
 

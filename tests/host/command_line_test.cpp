@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "command_line_fixture.h"
+#include "host/aligned_stream.h"
 
 namespace {
 
@@ -102,7 +103,7 @@ TEST_F(CommandLineTest, EachOptionReachesItsUnit) {
         return ReadFile(File("o.wav"));
     };
     const std::string usual = cleaned({});
-    EXPECT_EQ(usual, cleaned({"--denoise", "3", "--gain", "off", "--phase-check", "on"}));
+    EXPECT_EQ(usual, cleaned({"--denoise", "2", "--gain", "off", "--phase-check", "on"}));
     EXPECT_NE(usual, cleaned({"--denoise", "0"}));
     EXPECT_NE(usual, cleaned({"--denoise", "off"}));
     EXPECT_NE(usual, cleaned({"--gain", "0.5"}));
@@ -117,15 +118,26 @@ TEST_F(CommandLineTest, AReversedLeftChannelIsInvertedAndReported) {
         samples.push_back(sample);
     }
     WriteSound<short>(File("in.wav"), {48000, 2, SF_FORMAT_WAV | SF_FORMAT_PCM_16, samples});
-    const Outcome outcome =
-        RunHost({"clean", File("in.wav"), "-o", File("o.wav"), "--denoise", "off", "--json"});
-    ASSERT_EQ(outcome.status, 0);
-    const double corrected = nlohmann::json::parse(outcome.out)["phase_corrected_s"];
-    EXPECT_GT(corrected, 1.0);
-    EXPECT_LT(corrected, 4.0);
-    const std::vector<short> out = ReadSound<short>(File("o.wav")).samples;
+    const auto corrected = [&](const std::string& mode) {
+        const Outcome outcome = RunHost({"clean", File("in.wav"), "-o", File("o.wav"), "--denoise",
+                                         "off", "--json", "--phase-check", mode});
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        return nlohmann::json::parse(outcome.out);
+    };
+    EXPECT_EQ(corrected("off")["phase_corrected_s"], 0.0);
+    const nlohmann::json live = corrected("live");
+    EXPECT_GT(live["phase_corrected_s"], 1.0);
+    EXPECT_LT(live["phase_corrected_s"], 4.0);
+    EXPECT_EQ(live["events"][0]["text"], "left channel reversed, inverted from here");
+    std::vector<short> out = ReadSound<short>(File("o.wav")).samples;
     EXPECT_EQ(out[0], samples[0]) << "before the correction starts";
     EXPECT_EQ(out[out.size() - 2], out[out.size() - 1]) << "after it has started";
+    EXPECT_EQ(corrected("file")["phase_corrected_s"], 4.0);
+    out = ReadSound<short>(File("o.wav")).samples;
+    for (std::size_t i = 0; i < out.size(); i += 2) {
+        ASSERT_EQ(out[i], out[i + 1]) << "from the first frame on";
+        ASSERT_EQ(out[i + 1], samples[i + 1]);
+    }
 }
 
 TEST_F(CommandLineTest, PrintsATableOrOneJsonObjectOrNothing) {
@@ -158,7 +170,6 @@ TEST_F(CommandLineTest, HelpAndVersionGoToStandardOutputWithStatus0) {
 TEST_F(CommandLineTest, NoisySpeechHasAFloor15dBLowerAndItsSpeechStaysWithin3dB) {
     std::mt19937 random(3);
     std::normal_distribution<double> gauss(0.0, 0.004);
-    // At a rate without music detection, which takes these steady harmonics for music.
     constexpr int kRate = 48000;
     std::vector<float> speech(kRate * 8);
     for (std::size_t i = 0; i < speech.size(); ++i) {
@@ -174,7 +185,8 @@ TEST_F(CommandLineTest, NoisySpeechHasAFloor15dBLowerAndItsSpeechStaysWithin3dB)
     }
     WriteSound<short>(File("in.wav"),
                       {kRate, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16, As<short>(speech)});
-    const Outcome outcome = RunHost({"clean", File("in.wav"), "-o", File("o.wav"), "--json"});
+    const Outcome outcome =
+        RunHost({"clean", File("in.wav"), "-o", File("o.wav"), "--json", "--denoise", "3"});
     ASSERT_EQ(outcome.status, 0);
     const nlohmann::json json = nlohmann::json::parse(outcome.out);
     EXPECT_LT(json["noise_floor_dbfs"]["change"], -15.0);
@@ -230,41 +242,46 @@ TEST_F(CommandLineTest, ARepeatableOptionTakesOneWordAtATime) {
     EXPECT_EQ(RunHost({"clean", "--source", "1=" + in, in, "-o", File("a.wav")}).status, 0);
 }
 
-TEST_F(CommandLineTest, SettingsChangeAtTheGivenFrameAndEventsCarryItsTime) {
+TEST_F(CommandLineTest, SettingsChangeAtTheGivenTimeAndTheSummaryShowsWhatWasInEffect) {
     for (const int rate : {32000, 48000}) {
         const std::string in = Speech("in.wav", rate);
         const Outcome outcome =
             RunHost({"clean", in, "-o", File("o.wav"), "--json", "--at", "0.75s:gain=off,denoise=3",
-                     "--at", "0.25005s:denoise=off", "--at", "0.5s:gain=0.4"});
+                     "--at", "0.25s:denoise=off", "--at", "0:denoise=1", "--at", "9s:denoise=0"});
         ASSERT_EQ(outcome.status, 0) << outcome.err;
         const nlohmann::json json = nlohmann::json::parse(outcome.out);
-        EXPECT_EQ(json["refused"], nlohmann::json::object());
-        std::vector<std::pair<double, std::string>> events;
-        for (const nlohmann::json& event : json["events"]) {
-            events.emplace_back(event["time_s"], event["text"]);
-        }
-        const double first = std::round(0.25005 * rate);
-        const std::vector<std::pair<double, std::string>> expected = {
-            {0.0, "AP_DENOISE turn on"},
-            {std::round(first / rate * 1e6) / 1e6, "AP_DENOISE turn off"},
-            {0.5, "AP_GAIN turn on"},
-            {0.75, "AP_DENOISE turn on"},
-            {0.75, "AP_GAIN turn off"}};
-        EXPECT_EQ(events, expected);
+        EXPECT_EQ(json["denoise_level"], 1);
+        ASSERT_EQ(json["changes"].size(), 2U);
+        EXPECT_EQ(json["changes"][0]["time_s"], 0.25);
+        EXPECT_TRUE(json["changes"][0]["denoise_level"].is_null());
+        EXPECT_EQ(json["changes"][1]["denoise_level"], 3);
+        EXPECT_EQ(json["phase_check"], "off") << "mono";
+        EXPECT_EQ(json["notes"],
+                  nlohmann::json::array({"the change at 9 s is beyond the end: not applied"}));
         const std::vector<short> before = ReadSound<short>(in).samples;
         const std::vector<short> after = ReadSound<short>(File("o.wav")).samples;
         ASSERT_EQ(after.size(), before.size());
-        const auto from = static_cast<std::ptrdiff_t>(first);
-        EXPECT_TRUE(
-            std::equal(before.begin() + from, before.begin() + rate / 2, after.begin() + from));
-        EXPECT_FALSE(std::equal(before.begin() + from - 50, before.begin() + from,
-                                after.begin() + from - 50));
-        EXPECT_NE(after[static_cast<std::size_t>(rate) / 2],
-                  before[static_cast<std::size_t>(rate) / 2]);
+        const auto at = [&](double seconds) { return static_cast<std::ptrdiff_t>(seconds * rate); };
+        // A change is complete within two processing blocks and a crossfade.
+        EXPECT_TRUE(std::equal(before.begin() + at(0.28), before.begin() + at(0.73),
+                               after.begin() + at(0.28)));
+        EXPECT_FALSE(std::equal(before.begin() + at(0.2), before.begin() + at(0.22),
+                                after.begin() + at(0.2)));
+        EXPECT_FALSE(std::equal(before.begin() + at(0.78), before.begin() + at(0.8),
+                                after.begin() + at(0.78)));
     }
 }
 
-TEST_F(CommandLineTest, ALevelOtherThan3HoldsForMonoTooAndNothingIsRefused) {
+TEST_F(CommandLineTest, WithoutAMicrophoneTheSummarySaysThatNothingIsSuppressed) {
+    const Outcome outcome =
+        RunHost({"clean", "-o", File("o.wav"), "--source", "1=" + Speech(), "--json"});
+    const nlohmann::json json = nlohmann::json::parse(outcome.out);
+    EXPECT_TRUE(json["denoise_level"].is_null());
+    EXPECT_EQ(json["notes"], nlohmann::json::array(
+                                 {"no noise is suppressed: no microphone is among the sources"}));
+}
+
+TEST_F(CommandLineTest, AChannelOfStereoIsCleanedLikeAMonoFile) {
     const std::string mono = Speech();
     std::vector<short> samples;
     for (const short sample : ReadSound<short>(mono).samples) {
@@ -272,9 +289,7 @@ TEST_F(CommandLineTest, ALevelOtherThan3HoldsForMonoTooAndNothingIsRefused) {
     }
     WriteSound<short>(File("s.wav"), {32000, 2, SF_FORMAT_WAV | SF_FORMAT_PCM_16, samples});
     const auto cleaned = [&](const std::string& in) {
-        const Outcome outcome =
-            RunHost({"clean", in, "-o", File("o.wav"), "--denoise", "0", "--json"});
-        EXPECT_EQ(nlohmann::json::parse(outcome.out)["refused"], nlohmann::json::object());
+        EXPECT_EQ(RunHost({"clean", in, "-o", File("o.wav"), "--denoise", "0"}).status, 0);
         return ReadSound<short>(File("o.wav")).samples;
     };
     const std::vector<short> narrow = cleaned(mono);
@@ -285,27 +300,64 @@ TEST_F(CommandLineTest, ALevelOtherThan3HoldsForMonoTooAndNothingIsRefused) {
     }
 }
 
-TEST_F(CommandLineTest, APhaseCheckRefusedAt96000HzIsReported) {
-    const std::string in = Record<short>("in.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 96000, 2);
-    const Outcome outcome = RunHost({"clean", in, "-o", File("o.wav"), "--denoise", "off"});
-    EXPECT_EQ(outcome.status, 0);
-    EXPECT_NE(outcome.out.find("refused       1 x switching on AudioPhaseCheck: not initialised\n"),
-              std::string::npos)
-        << outcome.out;
-}
-
-TEST_F(CommandLineTest, OneSecondAt48000HzIs100HandOffsOf10msAndRandomBlocksKeepTheLength) {
-    const std::string in = Speech("in.wav", 48000);
-    const Outcome outcome = RunHost({"clean", in, "-o", File("o.wav"), "--json"});
-    ASSERT_EQ(outcome.status, 0);
-    EXPECT_EQ(nlohmann::json::parse(outcome.out)["hand_offs"], 100);
-    for (const char* blocks : {"1", "1000", "random:4"}) {
-        ASSERT_EQ(RunHost({"clean", in, "-o", File("o.wav"), "--block-ms", blocks}).status, 0);
-        EXPECT_EQ(ReadSound<short>(File("o.wav")).samples.size(), 48000U);
+TEST_F(CommandLineTest, EveryRateFrom8000To192000HzIsCleanedWithoutDelayAndOthersAreRefused) {
+    for (const int rate : {8000, 11025, 16000, 22050, 44100, 48000, 96000, 192000}) {
+        const std::string in = Speech("in.wav", rate);
+        ASSERT_EQ(RunHost({"clean", in, "-o", File("o.wav"), "--block-ms", "random:4"}).status, 0);
+        const std::vector<float> before = ReadSound<float>(in).samples;
+        const std::vector<float> after = ReadSound<float>(File("o.wav")).samples;
+        ASSERT_EQ(after.size(), before.size());
+        EXPECT_LE(std::abs(Lag(before, after, 20)), std::max(1, rate / 48000)) << rate;
+    }
+    for (const int rate : {7999, 192001}) {
+        const Outcome outcome = RunHost({"clean", Speech("in.wav", rate), "-o", File("p.wav")});
+        EXPECT_EQ(outcome.status, 1);
+        EXPECT_EQ(outcome.err, "audio-filter: cannot process " + std::to_string(rate) +
+                                   " Hz: the rate must be from 8000 to 192000 Hz\n");
+        EXPECT_FALSE(std::filesystem::exists(File("p.wav")));
     }
 }
 
-TEST_F(CommandLineTest, TheLogContainsTheLibrarysLinesFromInfoOrTheGivenLevelOn) {
+TEST_F(CommandLineTest, SpeechThatBeginsAtOnceKeepsItsFirstSecondWithin1dB) {
+    const std::vector<float> signal = Bursts(96000, 48000);
+    const std::vector<float> speech(signal.begin() + 12000, signal.end());  // begins with a burst
+    WriteSound<short>(File("in.wav"),
+                      {48000, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16, As<short>(speech)});
+    ASSERT_EQ(RunHost({"clean", File("in.wav"), "-o", File("o.wav")}).status, 0);
+    const auto power = [](const std::vector<float>& samples) {
+        double sum = 0.0;
+        for (std::size_t i = 0; i < 12000; ++i) {
+            sum += static_cast<double>(samples[i] * samples[i]);
+        }
+        return sum;
+    };
+    const double change = 10.0 * std::log10(power(ReadSound<float>(File("o.wav")).samples) /
+                                            power(ReadSound<float>(File("in.wav")).samples));
+    EXPECT_NEAR(change, 0.0, 1.0);
+}
+
+TEST_F(CommandLineTest, MusicIsKeptOnRequestAndItsTimeIsShown) {
+    const auto cleaned = [&](const std::string& music) {
+        const Outcome outcome =
+            RunHost({"clean", File("in.wav"), "-o", File("o.wav"), "--music", music, "--json"});
+        return nlohmann::json::parse(outcome.out);
+    };
+    // Steady noise passes for music.
+    std::mt19937 random(5);
+    std::normal_distribution<float> gauss(0.0F, 0.01F);
+    std::vector<float> noise(48000 * 4);
+    std::generate(noise.begin(), noise.end(), [&] { return gauss(random); });
+    WriteSound<short>(File("in.wav"),
+                      {48000, 1, SF_FORMAT_WAV | SF_FORMAT_PCM_16, As<short>(noise)});
+    const nlohmann::json ignored = cleaned("ignore");
+    EXPECT_EQ(ignored["music_s"], 0.0);
+    EXPECT_LT(ignored["noise_floor_dbfs"]["change"], -14.0);
+    const nlohmann::json kept = cleaned("keep");
+    EXPECT_GT(kept["music_s"], 2.0);
+    EXPECT_EQ(kept["events"][0]["text"], "music begins");
+}
+
+TEST_F(CommandLineTest, TheLogContainsSettingsAndVerdictsFromInfoOrTheGivenLevelOn) {
     const std::string in = Speech();
     const auto logOf = [&](const Words& options) {
         Words words = {"clean", in, "-o", File("o.wav"), "--log", File("log")};
@@ -315,18 +367,17 @@ TEST_F(CommandLineTest, TheLogContainsTheLibrarysLinesFromInfoOrTheGivenLevelOn)
     };
     const std::string usual = logOf({});
     EXPECT_EQ(dir.Names().size(), 3U);
-    EXPECT_NE(usual.find("AP_DENOISE turn on"), std::string::npos);
+    EXPECT_NE(usual.find("0.000 s: suppression level 2"), std::string::npos);
     EXPECT_EQ(usual.find("[DEBUG]"), std::string::npos);
     EXPECT_LT(std::count(usual.begin(), usual.end(), '\n'), 20) << "not one for each block";
-    const std::string all = logOf({"--log-level", "debug"});
-    EXPECT_NE(all.find("SingleProcess"), std::string::npos);
     EXPECT_EQ(logOf({"--log-level", "error"}), "");
 }
 
 TEST_F(CommandLineTest, ALogToStandardErrorTakesThePlaceOfTheProgressBar) {
     testing::internal::CaptureStderr();
     const Outcome outcome = RunHost({"clean", Speech(), "-o", File("o.wav"), "--log", "-"});
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("AP_DENOISE turn on"), std::string::npos);
+    EXPECT_NE(testing::internal::GetCapturedStderr().find("suppression level 2"),
+              std::string::npos);
     EXPECT_EQ(outcome.status, 0);
     EXPECT_EQ(outcome.progress, "");
 }
@@ -345,9 +396,24 @@ protected:
         const std::vector<Sample> samples = ReadSound<Sample>(path).samples;
         return {reinterpret_cast<const char*>(samples.data()), samples.size() * sizeof(Sample)};
     }
+
+    /// The bytes of a file after a stream that has not seen its start before.
+    template <typename Sample>
+    std::string LiveStream(const std::string& path, int channels) {
+        const Sound<Sample> sound = ReadSound<Sample>(path);
+        const SampleFormat format = sizeof(Sample) == 2 ? SampleFormat::kS16 : SampleFormat::kFloat;
+        audio_filter::StreamSettings settings;
+        settings.phaseCheck = channels == 2;
+        AlignedStream<Sample> stream({sound.sampleRate, channels, format}, 1, settings);
+        std::string bytes;
+        for (const std::vector<Sample>& part : {stream.Push(sound.samples), stream.Drain()}) {
+            bytes.append(reinterpret_cast<const char*>(part.data()), part.size() * sizeof(Sample));
+        }
+        return bytes;
+    }
 };
 
-TEST_F(PipeTest, RawSamplesThroughPipesAreProcessedLikeAFile) {
+TEST_F(PipeTest, RawSamplesThroughPipesAreProcessedLikeALiveStream) {
     struct Case {
         const char* raw;
         int rate;
@@ -359,20 +425,22 @@ TEST_F(PipeTest, RawSamplesThroughPipesAreProcessedLikeAFile) {
           Case{"f32:44100:1", 44100, 1, true}}) {
         const int format = SF_FORMAT_WAV | (c.floats ? SF_FORMAT_FLOAT : SF_FORMAT_PCM_16);
         const std::string in = Record<float>("in.wav", format, c.rate, c.channels, 0.5);
-        ASSERT_EQ(RunHost({"clean", in, "-o", File("o.wav")}).status, 0);
         const auto bytes = [&](const std::string& path) {
             return c.floats ? BytesOfSound<float>(path) : BytesOfSound<short>(path);
         };
+        const std::string live =
+            c.floats ? LiveStream<float>(in, c.channels) : LiveStream<short>(in, c.channels);
         WriteFile(File("in"), bytes(in));
         const std::string raw = std::string(" --raw ") + c.raw;
         ASSERT_EQ(RunProgram("clean - -o -" + raw), 0) << ReadFile(File("err"));
-        EXPECT_TRUE(ReadFile(File("out")) == bytes(File("o.wav"))) << c.raw;
+        EXPECT_TRUE(ReadFile(File("out")) == live) << c.raw;
         EXPECT_NE(ReadFile(File("err")).find("- -> -\n"), std::string::npos)
             << "the table goes to the stream without samples";
 
         ASSERT_EQ(RunProgram("clean - --json -o '" + File("p.wav") + "'" + raw), 0);
         EXPECT_TRUE(nlohmann::json::accept(ReadFile(File("out"))));
-        EXPECT_TRUE(bytes(File("p.wav")) == bytes(File("o.wav"))) << c.raw;
+        EXPECT_TRUE(bytes(File("p.wav")) == live) << c.raw;
+        ASSERT_EQ(RunHost({"clean", in, "-o", File("o.wav")}).status, 0);
         ASSERT_EQ(RunProgram("clean '" + in + "' --quiet -o -" + raw), 0);
         EXPECT_TRUE(ReadFile(File("out")) == bytes(File("o.wav"))) << c.raw;
         EXPECT_EQ(ReadFile(File("err")), "");

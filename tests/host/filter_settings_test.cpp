@@ -6,12 +6,13 @@ namespace {
 
 using Values = std::vector<std::pair<std::string, std::string>>;
 
-TEST(FilterSettings, TheDefaultsAreLevel3NoGainPhaseCheckAndMix) {
+TEST(FilterSettings, TheDefaultsAreLevel2NoGainPhaseCheckOfTheFileAndMix) {
     const FilterSettings settings;
-    EXPECT_EQ(settings.denoiseLevel, 3);
+    EXPECT_EQ(settings.denoiseLevel, 2);
     EXPECT_EQ(settings.gain, std::nullopt);
-    EXPECT_TRUE(settings.phaseCheck);
+    EXPECT_EQ(settings.phaseCheck, PhaseMode::kFile);
     EXPECT_TRUE(settings.mix);
+    EXPECT_FALSE(settings.keepMusic);
 }
 
 TEST(FilterSettings, EachNameSetsItsSetting) {
@@ -20,18 +21,22 @@ TEST(FilterSettings, EachNameSetsItsSetting) {
     EXPECT_TRUE(ApplySetting(settings, "gain", "0.4"));
     EXPECT_TRUE(ApplySetting(settings, "phase-check", "off"));
     EXPECT_TRUE(ApplySetting(settings, "mix", "off"));
+    EXPECT_TRUE(ApplySetting(settings, "music", "keep"));
     EXPECT_EQ(settings.denoiseLevel, 0);
     EXPECT_EQ(settings.gain, 0.4F);
-    EXPECT_FALSE(settings.phaseCheck);
+    EXPECT_EQ(settings.phaseCheck, PhaseMode::kOff);
     EXPECT_FALSE(settings.mix);
+    EXPECT_TRUE(settings.keepMusic);
     EXPECT_TRUE(ApplySetting(settings, "denoise", "off"));
     EXPECT_TRUE(ApplySetting(settings, "gain", "off"));
+    EXPECT_TRUE(ApplySetting(settings, "phase-check", "live"));
+    EXPECT_EQ(settings.phaseCheck, PhaseMode::kLive);
     EXPECT_TRUE(ApplySetting(settings, "phase-check", "on"));
+    EXPECT_TRUE(ApplySetting(settings, "music", "ignore"));
     EXPECT_TRUE(ApplySetting(settings, "mix", "on"));
     EXPECT_EQ(settings.denoiseLevel, std::nullopt);
-    EXPECT_EQ(settings.gain, std::nullopt);
-    EXPECT_TRUE(settings.phaseCheck);
-    EXPECT_TRUE(settings.mix);
+    EXPECT_EQ(settings,
+              (FilterSettings{std::nullopt, std::nullopt, PhaseMode::kFile, true, false}));
 }
 
 TEST(FilterSettings, TheBoundsOfTheRangesAreAccepted) {
@@ -56,14 +61,15 @@ TEST(FilterSettings, ValuesOutOfRangeOrNotNumbersAreRefusedAndChangeNothing) {
                         {"gain", ""},        {"gain", "0x1p-1"},
                         {"phase-check", ""}, {"phase-check", "1"},
                         {"mix", "maybe"},    {"volume", "on"},
-                        {"", "on"},          {"Gain", "0.5"}};
+                        {"music", "on"},     {"", "on"},
+                        {"Gain", "0.5"}};
     for (const auto& [name, value] : bad) {
         FilterSettings settings;
         settings.gain = 0.25F;
         EXPECT_FALSE(ApplySetting(settings, name, value)) << name << "=" << value;
-        EXPECT_EQ(settings.denoiseLevel, 3);
-        EXPECT_EQ(settings.gain, 0.25F);
-        EXPECT_TRUE(settings.phaseCheck && settings.mix);
+        FilterSettings unchanged;
+        unchanged.gain = 0.25F;
+        EXPECT_EQ(settings, unchanged);
     }
 }
 

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <iosfwd>
+#include <optional>
+#include <vector>
+
+#include "host/aligned_stream.h"
+#include "host/audio_stream.h"
+#include "host/clean.h"
+#include "host/job_files.h"
+#include "host/level_meter.h"
+#include "host/report.h"
+#include "host/source_feed.h"
+#include "host/timeline.h"
+
+/// One job in the course of its processing: the sources, the stream and the meters.
+template <typename Sample>
+class Cleaning {
+public:
+    /// @param reversed see Timeline
+    Cleaning(const CleanJob& job, Sources sources,
+             std::vector<std::vector<audio_filter::Stretch>> reversed);
+
+    /// Processes the sources to their end and writes the output. Throws Failure.
+    Report Run(std::ostream* progress);
+
+private:
+    using Block = std::vector<Sample>;
+
+    std::optional<std::int64_t> Length() const;
+    void Prime();
+    void ApplySettings();
+    std::size_t PushBlock(AudioSink& sink);
+    Block TakeBlocks();
+    void Measure(Block blocks);
+    void Finish(AudioSink& sink);
+    void Write(AudioSink& sink, const Block& cleaned);
+    void NoteVerdicts(std::size_t frames);
+    std::vector<std::string> Notes() const;
+    Report MakeReport(double elapsed) const;
+    double Seconds(std::int64_t frames) const;
+
+    CleanJob mJob;
+    std::vector<std::string> mConversions;
+    AudioFormat mFormat;
+    Timeline mTimeline;
+    AlignedStream<Sample> mStream;
+    std::optional<AlignedStream<Sample>>
+        mMix;                           ///< of several sources, not processed, for the meters
+    std::optional<LevelMeter> mBefore;  ///< none without a summary
+    std::optional<LevelMeter> mAfter;
+    std::deque<SourceFeed<Sample>> mFeeds;
+    std::vector<StreamNotice> mNotices;
+    std::int64_t mFrames = 0;  ///< pushed so far
+    std::int64_t mMusicFrames = 0;
+    std::int64_t mCorrectedFrames = 0;  ///< of all sources
+};
