@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <string>
 #include <utility>
@@ -93,7 +94,7 @@ Report Cleaning<Sample>::Run(std::ostream* progress) {
     const Clock::time_point start = Clock::now();
     const std::optional<std::int64_t> length = Length();
     const std::unique_ptr<AudioSink> sink = OpenOutput(mJob, mFormat, length);
-    Log(0.0, SettingsText(mTimeline.Applied().front().settings));
+    Log(PROCESS_LOG_INFO, 0.0, SettingsText(mTimeline.Applied().front().settings));
     Prime();
     {
         ProgressBar bar(progress, length);
@@ -172,7 +173,7 @@ std::size_t Cleaning<Sample>::PushBlock(AudioSink& sink) {
     }
     for (std::size_t i = changes; i < mTimeline.Applied().size(); ++i) {
         const SettingsAt& applied = mTimeline.Applied()[i];
-        Log(applied.seconds, SettingsText(applied.settings));
+        Log(PROCESS_LOG_INFO, applied.seconds, SettingsText(applied.settings));
     }
     Block blocks = TakeBlocks();
     const std::size_t samples = static_cast<std::size_t>(mFormat.channels) * mFeeds.size();
@@ -237,9 +238,13 @@ void Cleaning<Sample>::NoteVerdicts(std::size_t frames) {
         const std::int64_t frame = event.frame - static_cast<std::int64_t>(mStream.Primed());
         const double seconds = Seconds(std::max<std::int64_t>(frame, 0));
         mNotices.push_back({seconds, TextOf(event, mFeeds.size())});
-        Log(seconds, mNotices.back().text);
+        Log(PROCESS_LOG_INFO, seconds, mNotices.back().text);
     }
     const auto count = static_cast<std::int64_t>(frames);
+    if ((mFrames + count) / mFormat.sampleRate > mFrames / mFormat.sampleRate) {
+        Log(PROCESS_LOG_DEBUG, Seconds(mFrames + count),
+            "noise reduced by " + std::to_string(std::lround(stream.Reduction())) + " dB");
+    }
     mMusicFrames += stream.IsMusic() ? count : 0;
     for (std::size_t source = 0; source < mFeeds.size(); ++source) {
         mCorrectedFrames += stream.IsReversed(static_cast<int>(source)) ? count : 0;

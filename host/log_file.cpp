@@ -85,8 +85,13 @@ private:
     int mError = 0;
 };
 
-void Log(double seconds, const std::string& text) {
-    if (pr_log_enalbe && pr_log != nullptr) {
+void Log(ProcessLogLevel level, double seconds, const std::string& text) {
+    if (!pr_log_enalbe || pr_log == nullptr) {
+        return;
+    }
+    if (level == PROCESS_LOG_DEBUG) {
+        pr_log->Debug("audio-filter", "%.3f s: %s", seconds, text.c_str());
+    } else {
         pr_log->Info("audio-filter", "%.3f s: %s", seconds, text.c_str());
     }
 }

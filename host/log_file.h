@@ -6,7 +6,8 @@
 #include "log/media_process_log.h"
 
 /// Logs a line at a position in the stream, if a LogFile exists.
-void Log(double seconds, const std::string& text);
+/// @param level PROCESS_LOG_DEBUG or PROCESS_LOG_INFO
+void Log(ProcessLogLevel level, double seconds, const std::string& text);
 
 /// Writes log lines to a file or to standard error during its lifetime.
 class LogFile {

@@ -370,6 +370,9 @@ TEST_F(CommandLineTest, TheLogContainsSettingsAndVerdictsFromInfoOrTheGivenLevel
     EXPECT_NE(usual.find("0.000 s: suppression level 2"), std::string::npos);
     EXPECT_EQ(usual.find("[DEBUG]"), std::string::npos);
     EXPECT_LT(std::count(usual.begin(), usual.end(), '\n'), 20) << "not one for each block";
+    const std::string all = logOf({"--log-level", "debug"});
+    EXPECT_NE(all.find("1.000 s: noise reduced by "), std::string::npos) << all;
+    EXPECT_EQ(usual.find("reduced"), std::string::npos);
     EXPECT_EQ(logOf({"--log-level", "error"}), "");
 }
 
