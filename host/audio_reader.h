@@ -10,19 +10,22 @@
 #include <string>
 
 #include "host/audio_stream.h"
-#include "host/flac_input.h"
+#include "host/read_options.h"
+#include "host/sound_bytes.h"
 
-/// Reads a WAV, FLAC or Ogg file. Throws Failure for anything but a complete file of one or two
-/// channels with at least one frame.
+/// Reads a WAV, FLAC or Ogg file. Throws Failure for anything but a file of one or two channels with
+/// at least one frame. A file that ends early is read up to there, with a warning.
 class AudioReader : public AudioSource {
 public:
-    explicit AudioReader(const std::string& path);
+    /// @param name in messages; empty for the path
+    explicit AudioReader(const std::string& path, ReadOptions options = {},
+                         const std::string& name = {});
     ~AudioReader() override;
 
     /// 16-bit for integers of up to 16 bits and for lossy codecs, else float.
     const AudioFormat& Format() const override { return mFormat; }
 
-    /// Length, if the file states it.
+    /// Length, if the file states it; corrected once its end is reached.
     std::optional<std::int64_t> Frames() const override { return mFrames; }
 
     /// Reads up to `frames` frames. @return frames read; 0 at the end
@@ -34,15 +37,26 @@ private:
         void operator()(SNDFILE* file) const;
     };
 
+    void Warn(const std::string& remark) const;
     [[noreturn]] void Fail(const std::string& reason) const;
-    void CheckContainer(int container, std::istream& file) const;
+    void OpenWav(std::istream& file);
+    void OpenFlac(std::istream& file, std::uint64_t start);
+    void OpenOgg(std::istream& file);
+    void ReadFlacLength();
+    void TakeInfo();
     std::size_t Checked(std::int64_t frames);
+    void EndEarly();
+    std::string Seconds(std::int64_t frames) const;
 
     std::string mPath;
-    std::unique_ptr<FlacInput> mFlac;  ///< what mFile reads from, for a FLAC file
+    ReadOptions mOptions;
+    SoundBytes mBytes;
+    SF_INFO mInfo = {};
     std::unique_ptr<SNDFILE, Close> mFile;
     AudioFormat mFormat = {};
     std::optional<std::int64_t> mFrames;
     std::int64_t mRead = 0;
     bool mDecodesToFloat = false;
+    bool mIsFlac = false;
+    bool mIsCut = false;  ///< known before its end is reached
 };

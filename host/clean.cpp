@@ -31,7 +31,10 @@ template <typename Sample>
 Report Run(const CleanJob& job, Sources sources, std::ostream* progress) {
     std::vector<std::vector<audio_filter::Stretch>> reversed;
     if (sources.front()->Format().channels == 2 && ScansPhase(job)) {
-        reversed = FindReversedChannels(OpenInputs(job), sources.front()->Format());
+        CleanJob silent = job;
+        silent.reading.warn = [](const std::string&) {
+        };  // warnings are given where the files are cleaned
+        reversed = FindReversedChannels(OpenInputs(silent), sources.front()->Format());
     }
     return std::make_unique<Cleaning<Sample>>(job, std::move(sources), std::move(reversed))
         ->Run(progress);

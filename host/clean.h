@@ -9,19 +9,22 @@
 #include "host/audio_format.h"
 #include "host/block_sizes.h"
 #include "host/filter_settings.h"
+#include "host/read_options.h"
 #include "log/media_process_log.h"
 
 /// A source to process.
 struct InputFile {
-    std::string path;  ///< "-" for raw samples on standard input
+    std::string path;  ///< "-" for standard input
     AVSourceType type;
 };
 
 /// What to clean, and how.
 struct CleanJob {
     std::vector<InputFile> inputs;   ///< 1..16; the output has the format of the first
-    std::string output;              ///< "-" for raw samples on standard output
-    std::optional<AudioFormat> raw;  ///< format of "-"
+    std::string output;              ///< "-" for standard output
+    std::optional<AudioFormat> raw;  ///< format of "-"; none for a file in a pipe
+    bool wavStream = false;          ///< "-" as output takes a WAV stream instead of raw samples
+    ReadOptions reading;
     FilterSettings settings;
     std::vector<SettingsChange> changes;  ///< in order of time
     BlockSizes blockSizes;

@@ -88,7 +88,7 @@ void Declare(CLI::App& app, Arguments& arguments) {
     clean.add_option(
         "IN", arguments.files,
         "WAV, FLAC or Ogg files, mono or stereo; the first is the microphone, the others are "
-        "further sources; - for raw samples from standard input");
+        "further sources; - for standard input");
     clean
         .add_option("--source", arguments.sources,
                     "another file; TYPE is its source type: microphone, 1, 2 or 3")
@@ -96,10 +96,16 @@ void Declare(CLI::App& app, Arguments& arguments) {
         ->allow_extra_args(false);
     clean
         .add_option("-o,--output", arguments.job.output,
-                    "WAV or FLAC file to write; - for raw samples to standard output")
+                    "WAV or FLAC file to write; - for standard output")
         ->required();
-    clean.add_option("--raw", arguments.raw, "format of the raw samples")
+    clean
+        .add_option("--raw", arguments.raw,
+                    "- as input is raw samples of this format; without it, a file")
         ->check(Parsed(ParseRawFormat, "s16|f32:RATE:CHANNELS"));
+    clean.add_flag("--wav", arguments.job.wavStream,
+                   "- as output is a WAV stream; without it, raw samples");
+    clean.add_flag("--strict", arguments.job.reading.strict,
+                   "refuse inputs that end early, instead of a warning");
     clean
         .add_option("--denoise", arguments.denoise,
                     "suppression level, 0 mild to 3 most aggressive")
@@ -149,12 +155,18 @@ void Declare(CLI::App& app, Arguments& arguments) {
 
 CleanJob JobOf(const Arguments& arguments) {
     CleanJob job = arguments.job;
+    if (job.output == "/dev/stdout") {
+        job.output = "-";
+    }
     for (const std::string& file : arguments.files) {
         const auto type = static_cast<AVSourceType>(std::min<std::size_t>(job.inputs.size(), 3));
         job.inputs.push_back({file, type});
     }
     for (const std::string& source : arguments.sources) {
         job.inputs.push_back(*ParseSource(source));
+    }
+    for (InputFile& input : job.inputs) {
+        input.path = input.path == "/dev/stdin" ? "-" : input.path;
     }
     ApplySetting(job.settings, "denoise", arguments.denoise);
     ApplySetting(job.settings, "gain", arguments.gain);
@@ -187,8 +199,8 @@ void CheckCombination(const CleanJob& job, bool json) {
     if (piped > 1) {
         throw CLI::ValidationError("IN", "standard input can be only one of the sources");
     }
-    if (piped == 1 && !job.raw) {
-        throw CLI::ValidationError("--raw", "is required to read standard input");
+    if (job.wavStream && job.output != "-") {
+        throw CLI::ValidationError("--wav", "is for -o - only");
     }
     if (job.output == "-" && json) {
         throw CLI::ValidationError("--json", "standard output carries the samples");
@@ -208,10 +220,15 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
     Declare(app, arguments);
     try {
         app.parse(argc, argv);
-        const CleanJob job = JobOf(arguments);
+        CleanJob job = JobOf(arguments);
+        std::string warnings;
+        job.reading.warn = [&](const std::string& line) {
+            warnings += "audio-filter: warning: " + line + "\n";
+        };
         CheckCombination(job, arguments.json);
         const bool silent = arguments.quiet || job.log == "-";  // a bar would cut log lines
         const Report report = Clean(job, silent ? nullptr : progress);
+        err << warnings;
         if (arguments.json) {
             PrintJson(out, report);
         } else if (!arguments.quiet) {

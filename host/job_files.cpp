@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <string>
 #include <system_error>
 #include <utility>
 
@@ -10,13 +11,16 @@
 #include "host/failure.h"
 #include "host/interrupt.h"
 #include "host/pipe_stream.h"
+#include "host/piped_file.h"
 #include "host/raw_stream.h"
+#include "host/wav_stream.h"
 
 namespace {
 
 namespace fs = std::filesystem;
 
 constexpr const char* kPipe = "-";
+constexpr const char* kStandardInput = "/dev/stdin";
 
 /// A file that ends where a signal ends a live recording beside it.
 class EndsWithRecording : public AudioSource {
@@ -39,6 +43,24 @@ private:
     std::unique_ptr<AudioSource> mSource;
 };
 
+std::unique_ptr<AudioSource> OpenInput(const std::string& path, const CleanJob& job) {
+    std::error_code error;
+    const bool isPipe = path == kPipe;
+    if (isPipe && job.raw) {
+        auto input = std::make_unique<PipeInput>();
+        CheckIsRaw(*input);
+        return std::make_unique<RawReader>(std::move(input), *job.raw);
+    }
+    if (isPipe && !fs::is_regular_file(kStandardInput, error)) {
+        return OpenPiped(std::make_unique<PipeInput>(), job.reading);
+    }
+    if (fs::is_fifo(path, error)) {
+        return OpenPiped(std::make_unique<PipeInput>(path), job.reading);
+    }
+    return std::make_unique<EndsWithRecording>(std::make_unique<AudioReader>(
+        isPipe ? kStandardInput : path, job.reading, isPipe ? "standard input" : ""));
+}
+
 }  // namespace
 
 bool AreFiles(const CleanJob& job) {
@@ -51,14 +73,9 @@ bool AreFiles(const CleanJob& job) {
 Sources OpenInputs(const CleanJob& job) {
     Sources sources;
     for (const InputFile& input : job.inputs) {
-        if (input.path == kPipe) {
-            sources.push_back(std::make_unique<RawReader>(std::make_unique<PipeInput>(), *job.raw));
-            continue;
-        }
-        sources.push_back(
-            std::make_unique<EndsWithRecording>(std::make_unique<AudioReader>(input.path)));
+        sources.push_back(OpenInput(input.path, job));
         std::error_code error;
-        if (fs::equivalent(input.path, job.output, error)) {
+        if (input.path != kPipe && fs::equivalent(input.path, job.output, error)) {
             throw Failure(job.output, "is also an input");
         }
     }
@@ -70,11 +87,15 @@ std::unique_ptr<AudioSink> OpenOutput(const CleanJob& job, const AudioFormat& fo
     if (job.output != kPipe) {
         return std::make_unique<AudioWriter>(job.output, format, frames);
     }
-    if (job.raw && RawFormatName(*job.raw) != RawFormatName(format)) {
+    auto output = std::make_unique<PipeOutput>();
+    if (job.wavStream) {
+        const std::string header = WavStreamHeader(format);
+        output->Write(header.data(), header.size());
+    } else if (job.raw && RawFormatName(*job.raw) != RawFormatName(format)) {
         throw Failure("standard output: the result is " + RawFormatName(format) + ", not " +
                       RawFormatName(*job.raw));
     }
-    return std::make_unique<RawWriter>(std::make_unique<PipeOutput>(), format);
+    return std::make_unique<RawWriter>(std::move(output), format);
 }
 
 void CheckLogPath(const CleanJob& job) {

@@ -11,15 +11,6 @@ namespace {
 
 constexpr std::uint64_t kUnknownSize = std::numeric_limits<std::uint64_t>::max();
 
-/// Writers that cannot seek back to the header, as in a pipe, leave a size of 0 or of about 2 GB or
-/// 4 GB. The length is then unknown, and truncation cannot be detected.
-bool IsUnknown(std::uint64_t size) {
-    const auto isNear = [size](std::uint64_t limit) {
-        return size >= limit - 0x10000 && size <= limit + 0x10000;
-    };
-    return size == 0 || isNear(0x8000'0000) || isNear(0x1'0000'0000) || size >= kUnknownSize / 2;
-}
-
 /// The tag of an extensible format is the start of its GUID.
 bool IsMpeg(const std::string& format, bool bigEndian) {
     const auto number = bigEndian ? BigEndian : LittleEndian;
@@ -34,7 +25,23 @@ bool IsPrintable(const std::string& text) {
     return std::all_of(text.begin(), text.end(), [](char c) { return c >= ' ' && c <= '~'; });
 }
 
+/// Whether the rest of a file consists of chunks, as it does after no audio.
+bool AreChunks(std::istream& file, std::uint64_t at, std::uint64_t fileSize) {
+    while (at + 8 <= fileSize && IsPrintable(BytesAt(file, at, 4))) {
+        const std::uint64_t size = LittleEndian(BytesAt(file, at + 4, 4));
+        at += 8 + size + size % 2;
+    }
+    return at == fileSize;
+}
+
 }  // namespace
+
+bool IsUnknownWavSize(std::uint64_t size) {
+    const auto isNear = [size](std::uint64_t limit) {
+        return size >= limit - 0x10000 && size <= limit + 0x10000;
+    };
+    return size == 0 || isNear(0x8000'0000) || isNear(0x1'0000'0000) || size >= kUnknownSize / 2;
+}
 
 WavChunks WalkWavChunks(std::istream& file) {
     const std::uint64_t fileSize = SizeOf(file);
@@ -53,7 +60,10 @@ WavChunks WalkWavChunks(std::istream& file) {
         }
         if (id == "data") {
             size = size == 0xFFFF'FFFF ? longSize : size;
-            chunks.cut = !IsUnknown(size) && size > fileSize - at;
+            chunks.cut = !IsUnknownWavSize(size) && size > fileSize - at;
+            chunks.unstated = size == 0 && at < fileSize && !AreChunks(file, at, fileSize);
+            chunks.audioAt = at;
+            chunks.statedBytes = size;
             return chunks;
         }
         if (id == "ds64") {

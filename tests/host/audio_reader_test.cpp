@@ -12,9 +12,10 @@ namespace {
 
 namespace fs = std::filesystem;
 
+/// Why a file is refused where nothing may be missing.
 std::string FailureOf(const std::string& path) {
     try {
-        AudioReader reader(path);
+        AudioReader reader(path, {true});
         std::vector<float> block(1000);
         while (reader.Read(block.data(), 400) > 0) {
         }
@@ -250,7 +251,7 @@ TEST_F(AudioReaderTest, AnOggWithAMissingPageOrTrailingJunkIsRefused) {
     const std::string path = Write("a.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, 1, 200'000);
     const std::string bytes = ReadFile(path);
     WriteFile(path, bytes + "junk");
-    EXPECT_EQ(FailureOf(path), path + ": is truncated");
+    EXPECT_EQ(FailureOf(path), path + ": is truncated or damaged");
     std::string damaged = bytes;
     damaged.replace(PagesOf(bytes)[3], 4, "oggs");
     WriteFile(path, damaged);

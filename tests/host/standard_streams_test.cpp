@@ -104,10 +104,8 @@ TEST_F(StandardStreams, APipeThatClosesInsideAFrameIsReportedAndLeavesNoFile) {
         << "an end between two frames";
 }
 
-TEST_F(StandardStreams, APipeInPlaceOfAFileIsRefusedWithoutBlocking) {
+TEST_F(StandardStreams, APipeInPlaceOfAnOutputIsRefusedWithoutBlocking) {
     ASSERT_EQ(mkfifo(File("pipe.wav").c_str(), 0600), 0);
-    EXPECT_EQ(Run("$clean pipe.wav -o out.wav 2>err"), 1);
-    EXPECT_EQ(ReadFile(File("err")), "audio-filter: pipe.wav: not a regular file\n");
     EXPECT_EQ(Run("$clean in.wav -o pipe.wav 2>err"), 1);
     EXPECT_EQ(ReadFile(File("err")), "audio-filter: pipe.wav: not a regular file\n");
     EXPECT_EQ(Run("$clean in.wav -o out.wav --log pipe.wav 2>err"), 1);
