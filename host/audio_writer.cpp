@@ -1,6 +1,7 @@
 #include "host/audio_writer.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <random>
 #include <system_error>
 
@@ -82,9 +83,9 @@ void AudioWriter::CheckPath(const std::string& path) {
         throw Failure(path, "not a regular file");
     }
     // The rename at the end would replace a read-only file as well.
-    const bool exists = fs::is_regular_file(status);
-    if (status.type() == fs::file_type::none || (exists && !OutputFile::MayBeReplaced(path))) {
-        throw Failure(path, "cannot be written");
+    const int refused = fs::is_regular_file(status) ? OutputFile::MayBeReplaced(path) : 0;
+    if (status.type() == fs::file_type::none || refused != 0) {
+        throw Failure(path, "cannot be written", refused == 0 ? error.value() : refused);
     }
 }
 
@@ -98,7 +99,7 @@ AudioWriter::AudioWriter(const std::string& path, const AudioFormat& format,
     }
     const std::optional<fs::path> target = FollowLinks(path);
     if (!target) {
-        Fail();
+        Fail(ELOOP);
     }
     mTarget = *target;
     std::error_code error;
@@ -146,10 +147,10 @@ void AudioWriter::Commit() {
     std::error_code error;
     fs::rename(mPartial.path, mTarget, error);
     if (error) {
-        Fail();
+        Fail(error.value());
     }
 }
 
-void AudioWriter::Fail() const {
-    throw Failure(mPath, "cannot be written");
+void AudioWriter::Fail(int error) const {
+    throw Failure(mPath, "cannot be written", error == 0 ? mOutput.Error() : error);
 }

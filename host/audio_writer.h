@@ -43,7 +43,8 @@ private:
         std::filesystem::path path;
     };
 
-    [[noreturn]] void Fail() const;
+    /// @param error errno; 0 for the first error of the file
+    [[noreturn]] void Fail(int error = 0) const;
 
     std::string mPath;
     std::filesystem::path mTarget;  ///< mPath with symbolic links resolved

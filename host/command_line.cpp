@@ -8,10 +8,12 @@
 #include <string>
 #include <vector>
 
+#include "host/at_option.h"
 #include "host/clean.h"
 #include "host/failure.h"
 #include "host/raw_stream.h"
 #include "host/report.h"
+#include "host/terminal.h"
 
 namespace {
 
@@ -134,9 +136,9 @@ void Declare(CLI::App& app, Arguments& arguments) {
         ->capture_default_str();
     clean
         .add_option("--at", arguments.changes,
-                    "change settings in mid-stream, such as "
-                    "3.5s:denoise=off,gain=0.4")
-        ->check(Parsed(ParseChange, "TIME:SETTING=VALUE,..."))
+                    "change settings in mid-stream: at 3.5:denoise=off,gain=0.4 or 1:02:03:mix=off "
+                    "(h:m:s); repeatable")
+        ->check(CLI::Validator(ExplainAt, "TIME:SETTING=VALUE,..."))
         ->allow_extra_args(false);
     clean
         .add_option("--block-ms", arguments.blockMs,
@@ -149,6 +151,11 @@ void Declare(CLI::App& app, Arguments& arguments) {
         ->check(Parsed(ParseLogLevel, "debug|info|warn|error"))
         ->needs(log)
         ->capture_default_str();
+    for (CLI::Option* option : clean.get_options()) {
+        if (option->get_expected_max() == 1) {  // not a list: the last one wins
+            option->take_last();
+        }
+    }
     clean.add_flag("--json", arguments.json, "print the summary as one JSON object");
     clean.add_flag("--quiet", arguments.quiet, "print no progress bar and no table");
 }
@@ -174,7 +181,7 @@ CleanJob JobOf(const Arguments& arguments) {
     ApplySetting(job.settings, "mix", arguments.mix);
     ApplySetting(job.settings, "music", arguments.music);
     for (const std::string& change : arguments.changes) {
-        job.changes.push_back(*ParseChange(change));
+        job.changes.push_back(*ParseAt(change));
     }
     std::stable_sort(job.changes.begin(), job.changes.end(),
                      [](const auto& a, const auto& b) { return a.seconds < b.seconds; });
@@ -202,9 +209,29 @@ void CheckCombination(const CleanJob& job, bool json) {
     if (job.wavStream && job.output != "-") {
         throw CLI::ValidationError("--wav", "is for -o - only");
     }
+    if (piped == 1 && IsInputATerminal()) {
+        throw CLI::ValidationError("IN", "standard input is a terminal: redirect it");
+    }
+    if (job.output == "-" && IsOutputATerminal()) {
+        throw CLI::ValidationError("--output",
+                                   "standard output is a terminal: redirect it, or name a file");
+    }
     if (job.output == "-" && json) {
         throw CLI::ValidationError("--json", "standard output carries the samples");
     }
+}
+
+/// A remark on a command line without a subcommand; empty for another.
+std::string SubcommandHint(int argc, const char* const* argv) {
+    const std::string first = argc > 1 ? argv[1] : "clean";
+    if (first == "clean") {
+        return "";
+    }
+    std::string line = "audio-filter clean";
+    for (int i = 1; i < argc; ++i) {
+        line += " " + std::string(argv[i]);
+    }
+    return "a subcommand is missing: did you mean '" + line + "'?";
 }
 
 std::string FirstLine(const std::string& text) {
@@ -240,10 +267,11 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
             app.exit(error, out, err);
             return 0;
         }
-        err << "audio-filter: " << FirstLine(error.what()) << "\n";
+        const std::string hint = SubcommandHint(argc, argv);
+        err << "audio-filter: " + FirstLine(hint.empty() ? error.what() : hint) + "\n";
         return kUsageError;
     } catch (const std::exception& error) {
-        err << "audio-filter: " << FirstLine(error.what()) << "\n";
+        err << "audio-filter: " + FirstLine(error.what()) + "\n";
         return kFailed;
     }
 }

@@ -26,15 +26,19 @@ public:
     /// @return whether all of it has reached the disk
     bool Close();
 
-    /// Whether the permissions of an existing file allow writing it.
-    static bool MayBeReplaced(const std::filesystem::path& path);
+    /// The first error (errno); 0 for none.
+    int Error() const { return mError; }
+
+    /// @return 0 if the permissions of an existing file allow writing it; else errno
+    static int MayBeReplaced(const std::filesystem::path& path);
 
 private:
     static SF_VIRTUAL_IO Callbacks();
+    void Note(bool done);
     sf_count_t Size();
     sf_count_t Seek(sf_count_t offset, int whence);
     sf_count_t Write(const char* bytes, sf_count_t count);
 
     int mFile = -1;
-    bool mFailed = false;
+    int mError = 0;
 };

@@ -25,6 +25,7 @@ bool OutputFile::Create(const std::filesystem::path& path,
     // A file that only its owner may read must not be readable by others while it is written.
     const mode_t mode = permissions ? S_IRUSR | S_IWUSR : 0666;
     mFile = open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, mode);
+    Note(mFile >= 0);
     if (mFile >= 0 && permissions) {
         fchmod(mFile, static_cast<mode_t>(*permissions) &
                           0777U);  // best effort: not every file system supports it
@@ -39,15 +40,15 @@ SNDFILE* OutputFile::Open(SF_INFO& info) {
 
 bool OutputFile::Close() {
     if (mFile >= 0) {
-        mFailed = mFailed || fsync(mFile) != 0;
-        mFailed = close(mFile) != 0 || mFailed;
+        Note(fsync(mFile) == 0);
+        Note(close(mFile) == 0);
         mFile = -1;
     }
-    return !mFailed;
+    return mError == 0;
 }
 
-bool OutputFile::MayBeReplaced(const std::filesystem::path& path) {
-    return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+int OutputFile::MayBeReplaced(const std::filesystem::path& path) {
+    return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0 ? 0 : errno;
 }
 
 SF_VIRTUAL_IO OutputFile::Callbacks() {
@@ -66,15 +67,21 @@ SF_VIRTUAL_IO OutputFile::Callbacks() {
     return callbacks;
 }
 
+void OutputFile::Note(bool done) {
+    if (!done && mError == 0) {
+        mError = errno;
+    }
+}
+
 sf_count_t OutputFile::Size() {
     struct stat status = {};
-    mFailed = fstat(mFile, &status) != 0 || mFailed;
+    Note(fstat(mFile, &status) == 0);
     return status.st_size;
 }
 
 sf_count_t OutputFile::Seek(sf_count_t offset, int whence) {
     const off_t at = lseek(mFile, offset, whence);
-    mFailed = at < 0 || mFailed;
+    Note(at >= 0);
     return at;
 }
 
@@ -86,7 +93,7 @@ sf_count_t OutputFile::Write(const char* bytes, sf_count_t count) {
         if (now > 0) {
             written += now;
         } else if (now == 0 || errno != EINTR) {
-            mFailed = true;
+            Note(false);
             break;
         }
     }

@@ -127,7 +127,7 @@ void PrintTable(std::ostream& out, const Report& report) {
     for (const std::string& note : report.notes) {
         text += "note          " + note + "\n";
     }
-    out << text << std::flush;  // one write: lines of parallel jobs stay together
+    out << text;  // at once: lines of parallel jobs stay together
 }
 
 void PrintJson(std::ostream& out, const Report& report) {
@@ -159,6 +159,5 @@ void PrintJson(std::ostream& out, const Report& report) {
     }
     json["notes"] = report.notes;
     // Paths may contain bytes that are not UTF-8.
-    out << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n"
-        << std::flush;
+    out << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }

@@ -1,4 +1,6 @@
 #pragma once
 
-/// Whether standard error is a terminal.
+/// Whether standard input, output or error is a terminal.
+bool IsInputATerminal();
+bool IsOutputATerminal();
 bool IsErrorATerminal();

@@ -242,6 +242,21 @@ TEST_F(CommandLineTest, ARepeatableOptionTakesOneWordAtATime) {
     EXPECT_EQ(RunHost({"clean", "--source", "1=" + in, in, "-o", File("a.wav")}).status, 0);
 }
 
+TEST_F(CommandLineTest, TheLastOfARepeatedOptionWinsAndListsGrow) {
+    const std::string in = Speech();
+    const auto cleaned = [&](Words options) {
+        options.insert(options.begin(), {"clean", in, "-o", File("no/such/o.wav"), "-o",
+                                         File("o.wav"), "--quiet", "--quiet"});
+        const Outcome outcome = RunHost(options);
+        EXPECT_EQ(outcome.status, 0) << outcome.err;
+        return ReadFile(File("o.wav"));
+    };
+    EXPECT_EQ(cleaned({"--denoise", "3", "--denoise", "off"}), cleaned({"--denoise", "off"}));
+    EXPECT_EQ(cleaned({"--gain", "1", "--gain", "0.5"}), cleaned({"--gain", "0.5"}));
+    EXPECT_EQ(cleaned({"--at", "0:denoise=off", "--at", "0:0.0:gain=0.5"}),
+              cleaned({"--denoise", "off", "--gain", "0.5"}));
+}
+
 TEST_F(CommandLineTest, SettingsChangeAtTheGivenTimeAndTheSummaryShowsWhatWasInEffect) {
     for (const int rate : {32000, 48000}) {
         const std::string in = Speech("in.wav", rate);
