@@ -20,10 +20,10 @@ void Polarity::Check(std::span<const float> left, std::span<const float> right) 
         mFrames[2 * i + 1] = NearestS16(right[i * mStep]);
     }
     mCheck.Check(mFrames.data(), static_cast<int>(2 * frames));
-    // The unit reports its decision by the sign of the left samples alone. A silent block shows none.
+    // The unit reports its decision by the sign of the left samples alone. 0 and -32768 show none.
     for (std::size_t i = 0; i < frames; ++i) {
         const short before = NearestS16(left[i * mStep]);
-        if (before != 0) {
+        if (before != 0 && before != -32768) {
             mDetected = (before < 0) != (mFrames[2 * i] < 0);
             return;
         }
