@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "stream/fade.h"
 
 namespace audio_filter::internal {
 
@@ -11,6 +10,12 @@ namespace {
 
 /// The rate for which the suppressor is made; it runs at any, as if at this one.
 constexpr int kNominalRate = 32000;
+
+/// Keeps the resamplers and the energies of a block finite.
+float Bounded(float sample) {
+    constexpr float kLoudest = 1e6F;
+    return std::isfinite(sample) ? std::clamp(sample, -kLoudest, kLoudest) : 0.0F;
+}
 
 /// The energy of the third differences of a block: nearly all of it is from the upper half of the band.
 float UpperBandEnergy(std::span<const float> block) {
@@ -45,10 +50,9 @@ void SuppressionChannel::Process(std::span<const float> in, std::span<const floa
         std::copy(suppressed.begin(), suppressed.end(), out.begin());
         return;
     }
-    // A sample that is not finite would stay in the resampler.
-    std::array<float, kMaxBlockFrames> finite;
-    std::transform(in.begin(), in.end(), finite.begin(), FiniteOr0);
-    mToSuppressor->Process(std::span(finite).first(in.size()), block);
+    std::array<float, kMaxBlockFrames> bounded;
+    std::transform(in.begin(), in.end(), bounded.begin(), Bounded);
+    mToSuppressor->Process(std::span(bounded).first(in.size()), block);
     Suppress(block, suppressed);
     if (mPlan.down > 1) {
         SubtractScaled(block, suppressed);
@@ -91,7 +95,7 @@ void SuppressionChannel::SubtractScaled(const Block& in, Block& suppressed) {
 
 void SuppressionChannel::AddBandAbove(std::span<const float> delayed, std::span<float> out) const {
     for (std::size_t i = 0; i < out.size(); ++i) {
-        out[i] += mGains[i / static_cast<std::size_t>(mPlan.down)] * FiniteOr0(delayed[i]);
+        out[i] += mGains[i / static_cast<std::size_t>(mPlan.down)] * Bounded(delayed[i]);
     }
 }
 
