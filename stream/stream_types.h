@@ -26,7 +26,7 @@ enum class MusicMode : std::uint8_t {
 /// What a stream does. Out-of-range values are clamped, a gain of NaN to 0.
 struct StreamSettings {
     std::optional<int> suppression = 2;  ///< level, 0 mild .. 3 most aggressive; none for off
-    std::optional<float> gain;           ///< gain curve, 0..1 (units/audio_gain.h); none for off
+    std::optional<float> gain = {};      ///< gain curve, 0..1 (units/audio_gain.h); none for off
     bool phaseCheck = false;             ///< stereo only: detect a reversed channel and correct it
     bool mix = true;                     ///< all sources; false for the first one alone
     MusicMode music = MusicMode::kIgnore;
