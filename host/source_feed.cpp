@@ -27,27 +27,30 @@ std::optional<std::int64_t> SourceFeed<Sample>::Frames() const {
 template <typename Sample>
 std::size_t SourceFeed<Sample>::Fill(std::size_t frames) {
     const auto channels = static_cast<std::size_t>(mFormat.channels);
-    while (!mEnded && mAhead.size() < frames * channels) {
+    while (!mEnded && Held() < frames * channels) {
         ReadMore(frames);
     }
-    return std::min(frames, mAhead.size() / channels);
+    return std::min(frames, Held() / channels);
 }
 
 template <typename Sample>
 void SourceFeed<Sample>::Peek(std::size_t frames, std::vector<Sample>& block) const {
-    const std::size_t count =
-        std::min(frames * static_cast<std::size_t>(mFormat.channels), mAhead.size());
-    block.insert(block.end(), mAhead.begin(), mAhead.begin() + static_cast<std::ptrdiff_t>(count));
+    const std::size_t count = std::min(frames * static_cast<std::size_t>(mFormat.channels), Held());
+    const auto begin = mAhead.begin() + static_cast<std::ptrdiff_t>(mTaken);
+    block.insert(block.end(), begin, begin + static_cast<std::ptrdiff_t>(count));
 }
 
 template <typename Sample>
 void SourceFeed<Sample>::Take(std::size_t frames, std::vector<Sample>& block) {
     const std::size_t wanted = frames * static_cast<std::size_t>(mFormat.channels);
-    const auto end = mAhead.begin() + static_cast<std::ptrdiff_t>(std::min(wanted, mAhead.size()));
     const std::size_t start = block.size();
-    block.insert(block.end(), mAhead.begin(), end);
+    Peek(frames, block);
+    mTaken += block.size() - start;
     block.resize(start + wanted);
-    mAhead.erase(mAhead.begin(), end);
+    if (2 * mTaken >= mAhead.size()) {  // not each time: what is read ahead may be long
+        mAhead.erase(mAhead.begin(), mAhead.begin() + static_cast<std::ptrdiff_t>(mTaken));
+        mTaken = 0;
+    }
 }
 
 template <typename Sample>

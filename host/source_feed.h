@@ -31,12 +31,14 @@ public:
     void Take(std::size_t frames, std::vector<Sample>& block);
 
 private:
+    std::size_t Held() const { return mAhead.size() - mTaken; }
     void ReadMore(std::size_t frames);
     std::vector<float> WithChannels(const std::vector<float>& in) const;
 
     std::unique_ptr<AudioSource> mSource;
     AudioFormat mFormat;
     std::optional<RateConverter> mConverter;
-    std::vector<Sample> mAhead;  ///< read and not yet taken
+    std::vector<Sample> mAhead;  ///< read and not yet taken, after mTaken samples that have been
+    std::size_t mTaken = 0;
     bool mEnded = false;
 };

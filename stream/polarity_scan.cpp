@@ -54,10 +54,15 @@ public:
           mRight(mPlan.BlockFrames()) {}
 
     void Add(const float* samples, std::size_t frames) {
-        for (std::size_t i = 0; i < frames; ++i) {
-            mLeft[mGathered] = samples[2 * i];
-            mRight[mGathered] = samples[2 * i + 1];
-            if (++mGathered == mLeft.size()) {
+        for (std::size_t done = 0; done < frames;) {
+            const std::size_t count = std::min(mLeft.size() - mGathered, frames - done);
+            for (std::size_t i = 0; i < count; ++i) {
+                mLeft[mGathered + i] = samples[2 * (done + i)];
+                mRight[mGathered + i] = samples[2 * (done + i) + 1];
+            }
+            done += count;
+            mGathered += count;
+            if (mGathered == mLeft.size()) {
                 AddBlock();
                 mGathered = 0;
             }

@@ -69,7 +69,7 @@ public:
     /// @return frames written, 0 when nothing is pending; 0 for invalid arguments, too
     int Drain(void* const* out, int frames);
 
-    /// [any] Applies from the next processing block on.
+    /// [any] Applies from the next processing block on; does nothing before Init.
     void SetSettings(const StreamSettings& settings);
 
     /// [any] The latest settings, clamped.
