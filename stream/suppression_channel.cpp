@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
-
+#include <new>
 
 namespace audio_filter::internal {
 
@@ -36,7 +36,9 @@ SuppressionChannel::SuppressionChannel(RatePlan plan, int level, std::uint32_t s
         mToSuppressor.emplace(plan.down, plan.up);
         mFromSuppressor.emplace(plan.up, plan.down);
     }
-    mDenoise.Init(kNominalRate, 1, SAMPLE_FMT_S16, level);
+    if (!mSuppressor.Init(kNominalRate, SAMPLE_FMT_S16, level)) {
+        throw std::bad_alloc();
+    }
     mGains.fill(1.0F);
 }
 
@@ -67,9 +69,8 @@ void SuppressionChannel::Suppress(const Block& in, Block& out) {
     std::array<short, kBlockSamples> samples;
     std::array<short, kBlockSamples> suppressed;
     mToS16.Convert(in, samples);
-    int size = sizeof(samples);
-    mDenoise.Process(reinterpret_cast<const char*>(samples.data()),
-                     reinterpret_cast<char*>(suppressed.data()), size);
+    mSuppressor.Process(reinterpret_cast<const char*>(samples.data()),
+                        reinterpret_cast<char*>(suppressed.data()));
     std::transform(suppressed.begin(), suppressed.end(), out.begin(),
                    [](short sample) { return static_cast<float>(sample) / 32768.0F; });
 }
@@ -100,7 +101,7 @@ void SuppressionChannel::AddBandAbove(std::span<const float> delayed, std::span<
 }
 
 void SuppressionChannel::SetLevel(int level) {
-    mDenoise.Config(level);  // returns false for a mono unit, which applies the level
+    mSuppressor.setLevel(level);
 }
 
 void SuppressionChannel::Reset() {
@@ -108,7 +109,7 @@ void SuppressionChannel::Reset() {
         mToSuppressor->Reset();
         mFromSuppressor->Reset();
     }
-    mDenoise.Reset();
+    mSuppressor.Reset();
     mAligned.Reset();
     mGains.fill(1.0F);
 }

@@ -10,7 +10,7 @@
 #include "stream/rate_plan.h"
 #include "stream/resampler.h"
 #include "stream/to_s16.h"
-#include "units/audio_denoise.h"
+#include "units/ns_wrap.h"
 #include "units/suppressor_block.h"
 
 namespace audio_filter::internal {
@@ -47,7 +47,7 @@ private:
     std::optional<Resampler> mToSuppressor;
     std::optional<Resampler> mFromSuppressor;
     ToS16 mToS16;
-    AudioDenoise mDenoise;
+    NSWrap mSuppressor;
 
     // The band above the suppressor's, of streams that are resampled to a lower rate.
     static constexpr std::size_t kGainDelay = 64;  ///< samples, of the resampler back
