@@ -73,7 +73,8 @@ std::string ExplainAt(const std::string& text) {
     for (std::string item; std::getline(items, item, ',');) {
         if (!ParseChange(AtZero(item))) {
             return quoted + "'" + item +
-                   "' is not denoise=0..3|off, gain=0..1|off, phase-check=on|off or mix=on|off";
+                   "' is not denoise=0..3|off, gain=0..1|off, phase-check=on|off, "
+                   "mix=on|off or music=keep|ignore";
         }
     }
     return quoted + "ends with a comma" + kForm;

@@ -28,12 +28,12 @@ bool ScansPhase(const CleanJob& job) {
 }
 
 template <typename Sample>
-Report Run(const CleanJob& job, Sources sources, std::ostream* progress) {
+Report Run(const CleanJob& job, Sources sources, const ProgressOutput& progress) {
     std::vector<std::vector<audio_filter::Stretch>> reversed;
     if (sources.front()->Format().channels == 2 && ScansPhase(job)) {
         CleanJob silent = job;
-        silent.reading.warn = [](const std::string&) {
-        };  // warnings are given where the files are cleaned
+        // Warnings are given where the files are cleaned.
+        silent.reading.warn = [](const std::string&) {};
         reversed = FindReversedChannels(OpenInputs(silent), sources.front()->Format());
     }
     return std::make_unique<Cleaning<Sample>>(job, std::move(sources), std::move(reversed))
@@ -42,7 +42,7 @@ Report Run(const CleanJob& job, Sources sources, std::ostream* progress) {
 
 }  // namespace
 
-Report Clean(const CleanJob& job, std::ostream* progress) {
+Report Clean(const CleanJob& job, const ProgressOutput& progress) {
     Sources sources = OpenInputs(job);
     std::optional<LogFile> log;
     if (!job.log.empty()) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <iosfwd>
 #include <optional>
 #include <string>
 #include <vector>
@@ -9,6 +8,7 @@
 #include "host/audio_format.h"
 #include "host/block_sizes.h"
 #include "host/filter_settings.h"
+#include "host/progress_bar.h"
 #include "host/read_options.h"
 #include "log/media_process_log.h"
 
@@ -38,5 +38,4 @@ struct Report;
 
 /// Cleans the recordings. The output has the rate and channels of the first input and the length of
 /// the longest, and appears when it is complete. Throws Failure and then leaves no file.
-/// @param progress stream of the progress bar; null for none
-Report Clean(const CleanJob& job, std::ostream* progress);
+Report Clean(const CleanJob& job, const ProgressOutput& progress);

@@ -10,7 +10,6 @@
 #include "host/failure.h"
 #include "host/interrupt.h"
 #include "host/log_file.h"
-#include "host/progress_bar.h"
 
 namespace {
 
@@ -89,7 +88,7 @@ Cleaning<Sample>::Cleaning(const CleanJob& job, Sources sources,
 }
 
 template <typename Sample>
-Report Cleaning<Sample>::Run(std::ostream* progress) {
+Report Cleaning<Sample>::Run(const ProgressOutput& progress) {
     using Clock = std::chrono::steady_clock;
     const Clock::time_point start = Clock::now();
     const std::optional<std::int64_t> length = Length();

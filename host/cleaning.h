@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <deque>
-#include <iosfwd>
 #include <optional>
 #include <vector>
 
@@ -12,6 +11,7 @@
 #include "host/clean.h"
 #include "host/job_files.h"
 #include "host/level_meter.h"
+#include "host/progress_bar.h"
 #include "host/report.h"
 #include "host/source_feed.h"
 #include "host/timeline.h"
@@ -25,7 +25,7 @@ public:
              std::vector<std::vector<audio_filter::Stretch>> reversed);
 
     /// Processes the sources to their end and writes the output. Throws Failure.
-    Report Run(std::ostream* progress);
+    Report Run(const ProgressOutput& progress);
 
 private:
     using Block = std::vector<Sample>;

@@ -5,6 +5,7 @@
 #include <array>
 #include <exception>
 #include <ostream>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -157,7 +158,7 @@ void Declare(CLI::App& app, Arguments& arguments) {
         }
     }
     clean.add_flag("--json", arguments.json, "print the summary as one JSON object");
-    clean.add_flag("--quiet", arguments.quiet, "print no progress bar and no table");
+    clean.add_flag("--quiet", arguments.quiet, "print no progress and no table");
 }
 
 CleanJob JobOf(const Arguments& arguments) {
@@ -241,7 +242,7 @@ std::string FirstLine(const std::string& text) {
 }  // namespace
 
 int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::ostream& err,
-                   std::ostream* progress) {
+                   ProgressOutput progress) {
     CLI::App app("Cleans up recordings: phase check, mixing, noise suppression, gain");
     Arguments arguments;
     Declare(app, arguments);
@@ -253,14 +254,19 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
             warnings += "audio-filter: warning: " + line + "\n";
         };
         CheckCombination(job, arguments.json);
-        const bool silent = arguments.quiet || job.log == "-";  // a bar would cut log lines
-        const Report report = Clean(job, silent ? nullptr : progress);
-        err << warnings;
-        if (arguments.json) {
-            PrintJson(out, report);
-        } else if (!arguments.quiet) {
-            PrintTable(job.output == "-" ? err : out, report);
+        progress.label = "audio-filter: " + job.inputs.front().path;
+        if (arguments.quiet || job.log == "-") {  // a bar would cut log lines
+            progress.out = nullptr;
         }
+        const Report report = Clean(job, progress);
+        err << warnings;
+        std::ostringstream summary;
+        if (arguments.json) {
+            PrintJson(summary, report);
+        } else if (!arguments.quiet) {
+            PrintTable(summary, report);
+        }
+        (job.output == "-" ? err : out) << summary.str();
         return 0;
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) {  // --help and --version

@@ -1,4 +1,5 @@
 #include <cerrno>
+#include <cstdio>
 #include <iostream>
 
 #include "host/command_line.h"
@@ -11,8 +12,10 @@ int main(int argc, char** argv) {
     FillStandardStreams();
     NoteInterrupts();
     LetWritesFail();
+    std::setvbuf(stdout, nullptr, _IOFBF, 1 << 16);  // a summary is one write
     const int status =
-        RunCommandLine(argc, argv, std::cout, std::cerr, IsErrorATerminal() ? &std::cerr : nullptr);
+        RunCommandLine(argc, argv, std::cout, std::cerr,
+                       {&std::cerr, IsErrorATerminal() ? TerminalWidth : nullptr, ""});
     errno = 0;
     const bool printed = static_cast<bool>(std::cout.flush());
     if (!printed) {

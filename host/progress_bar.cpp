@@ -1,33 +1,106 @@
 #include "host/progress_bar.h"
 
 #include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <cstdio>
 #include <ostream>
-#include <string>
+#include <utility>
 
 namespace {
 
-constexpr std::int64_t kCells = 40;
+constexpr int kMostCells = 40;
+constexpr int kFewestCells = 5;
+constexpr double kBeforeEstimate = 1.0;  // s
+constexpr double kBetweenLines = 2.0;    // s
 
 }  // namespace
 
-ProgressBar::ProgressBar(std::ostream* out, std::optional<std::int64_t> total)
-    : mOut(total && *total > 0 ? out : nullptr), mTotal(total.value_or(0)) {}
+double ProgressBar::SystemClock() {
+    const auto now = std::chrono::steady_clock::now().time_since_epoch();
+    return std::chrono::duration<double>(now).count();
+}
+
+ProgressBar::ProgressBar(const ProgressOutput& output, std::optional<std::int64_t> total,
+                         Seconds clock)
+    : mOutput(output), mClock(std::move(clock)), mTotal(total.value_or(0)) {
+    if (mTotal <= 0) {
+        mOutput.out = nullptr;
+    }
+    mStart = mClock();
+    mShown = mStart;
+}
 
 ProgressBar::~ProgressBar() {
-    if (mOut != nullptr) {
-        *mOut << '\r' << std::string(kCells + 7, ' ') << '\r' << std::flush;
+    if (mDrawn > 0) {
+        *mOutput.out << '\r' + std::string(mDrawn, ' ') + '\r' << std::flush;
     }
 }
 
 void ProgressBar::Advance(std::int64_t amount) {
-    mDone += amount;
-    const std::int64_t percent = mTotal > 0 ? std::min<std::int64_t>(100, mDone * 100 / mTotal) : 0;
-    if (mOut == nullptr || percent == mPercent) {
+    mDone = std::min(mDone + amount, std::max(mTotal, std::int64_t{0}));
+    if (mOutput.out == nullptr) {
+        return;
+    }
+    const double now = mClock();
+    if (mOutput.terminalWidth != nullptr) {
+        Draw(now);
+    } else {
+        PrintLine(now);
+    }
+}
+
+std::string ProgressBar::TimeLeft(double now) const {
+    const double elapsed = now - mStart;
+    if (elapsed < kBeforeEstimate || mDone == 0) {
+        return "";
+    }
+    const double share = static_cast<double>(mTotal - mDone) / static_cast<double>(mDone);
+    const long long seconds = std::llround(std::min(elapsed * share, 1e7));
+    char text[40];
+    if (seconds >= 3600) {
+        std::snprintf(text, sizeof(text), "%lld:%02lld:%02lld left", seconds / 3600,
+                      seconds / 60 % 60, seconds % 60);
+    } else {
+        std::snprintf(text, sizeof(text), "%lld:%02lld left", seconds / 60, seconds % 60);
+    }
+    return text;
+}
+
+void ProgressBar::Draw(double now) {
+    const std::int64_t percent = mDone * 100 / mTotal;
+    if (percent == mPercent && now - mShown < 1.0) {
         return;
     }
     mPercent = percent;
-    const auto filled = static_cast<std::size_t>(percent * kCells / 100);
+    mShown = now;
     const std::string number = std::to_string(percent);
-    *mOut << "\r[" << std::string(filled, '#') << std::string(kCells - filled, '.') << "] "
-          << std::string(3 - number.size(), ' ') << number << '%' << std::flush;
+    const std::string left = TimeLeft(now);
+    std::string text = std::string(3 - number.size(), ' ') + number + '%';
+    // The last column stays free: some terminals wrap around there.
+    const int width = mOutput.terminalWidth() - 1;
+    const int cells = std::min(kMostCells, width - 7 - static_cast<int>(text.size()) - 10);
+    if (cells >= kFewestCells) {
+        const auto filled = static_cast<std::size_t>(percent * cells / 100);
+        text = '[' + std::string(filled, '#') +
+               std::string(static_cast<std::size_t>(cells) - filled, '.') + "] " + text +
+               (left.empty() ? "" : "  " + left);
+    }
+    text.resize(std::min(text.size(), static_cast<std::size_t>(std::max(width, 0))));
+    const std::size_t shorter = mDrawn > text.size() ? mDrawn - text.size() : 0;
+    mDrawn = text.size();
+    *mOutput.out << '\r' + text + std::string(shorter, ' ') << std::flush;
+}
+
+void ProgressBar::PrintLine(double now) {
+    const std::int64_t percent = mDone * 10 / mTotal * 10;
+    if (percent <= std::max<std::int64_t>(mPercent, 0) || percent == 100 ||
+        now - mShown < kBetweenLines) {
+        return;
+    }
+    mPercent = percent;
+    mShown = now;
+    // In one write: several jobs may share the stream.
+    *mOutput.out << mOutput.label + ": " + std::to_string(percent) + " %, " + TimeLeft(now) + "\n"
+                 << std::flush;
 }

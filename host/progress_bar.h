@@ -1,17 +1,30 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <iosfwd>
 #include <optional>
+#include <string>
 
-/// A progress bar on a terminal, redrawn in place at most once a percent.
+/// Where progress is shown.
+struct ProgressOutput {
+    std::ostream* out = nullptr;       ///< null for nowhere
+    int (*terminalWidth)() = nullptr;  ///< columns; null if it is no terminal
+    std::string label;                 ///< of lines elsewhere
+};
+
+/// On a terminal, a progress bar with the time left, redrawn in place when it changes. Elsewhere a
+/// line every 10 percent, but none within 2 seconds of the one before it or of the start.
 class ProgressBar {
 public:
-    /// @param out null for none
-    /// @param total what Advance adds up to; without it no bar is drawn
-    ProgressBar(std::ostream* out, std::optional<std::int64_t> total);
+    using Seconds = std::function<double()>;
 
-    /// Clears the line.
+    /// @param total what Advance adds up to; without it nothing is shown
+    /// @param clock seconds from any start; the system's by default
+    ProgressBar(const ProgressOutput& output, std::optional<std::int64_t> total,
+                Seconds clock = SystemClock);
+
+    /// Clears the bar.
     ~ProgressBar();
 
     ProgressBar(const ProgressBar&) = delete;
@@ -20,8 +33,17 @@ public:
     void Advance(std::int64_t amount);
 
 private:
-    std::ostream* mOut;
+    static double SystemClock();
+    std::string TimeLeft(double now) const;
+    void Draw(double now);
+    void PrintLine(double now);
+
+    ProgressOutput mOutput;
+    Seconds mClock;
     std::int64_t mTotal;
     std::int64_t mDone = 0;
-    std::int64_t mPercent = -1;
+    std::int64_t mPercent = -1;  ///< shown
+    double mStart;
+    double mShown;           ///< time of the last line or bar
+    std::size_t mDrawn = 0;  ///< columns
 };

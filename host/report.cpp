@@ -127,7 +127,7 @@ void PrintTable(std::ostream& out, const Report& report) {
     for (const std::string& note : report.notes) {
         text += "note          " + note + "\n";
     }
-    out << text;  // at once: lines of parallel jobs stay together
+    out << text;
 }
 
 void PrintJson(std::ostream& out, const Report& report) {

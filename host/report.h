@@ -36,7 +36,7 @@ struct Report {
 /// The settings in words, such as "suppression level 2, gain off".
 std::string SettingsText(const FilterSettings& settings);
 
-/// Prints a table, in one write.
+/// Prints a table.
 void PrintTable(std::ostream& out, const Report& report);
 
 /// Prints the same as one JSON object; minus infinity becomes null.

@@ -4,3 +4,6 @@
 bool IsInputATerminal();
 bool IsOutputATerminal();
 bool IsErrorATerminal();
+
+/// The width of standard error's terminal, in columns; 80 if unknown.
+int TerminalWidth();

@@ -1,5 +1,6 @@
 #include "host/terminal.h"
 
+#include <sys/ioctl.h>
 #include <unistd.h>
 
 bool IsInputATerminal() {
@@ -12,4 +13,9 @@ bool IsOutputATerminal() {
 
 bool IsErrorATerminal() {
     return isatty(STDERR_FILENO) == 1;
+}
+
+int TerminalWidth() {
+    winsize size = {};
+    return ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : 80;
 }

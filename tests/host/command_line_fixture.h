@@ -29,8 +29,8 @@ inline Outcome RunHost(const Words& words) {
     std::ostringstream out;
     std::ostringstream err;
     std::ostringstream progress;
-    const int status =
-        RunCommandLine(static_cast<int>(argv.size()), argv.data(), out, err, &progress);
+    const int status = RunCommandLine(static_cast<int>(argv.size()), argv.data(), out, err,
+                                      {&progress, [] { return 80; }, ""});
     return {status, out.str(), err.str(), progress.str()};
 }
 

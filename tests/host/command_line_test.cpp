@@ -156,6 +156,46 @@ TEST_F(CommandLineTest, PrintsATableOrOneJsonObjectOrNothing) {
     EXPECT_EQ(both.progress, "");
 }
 
+/// Counts the writes that reach a stream.
+class Writes : public std::streambuf {
+public:
+    int count = 0;
+
+private:
+    std::streamsize xsputn(const char*, std::streamsize size) override {
+        count += size > 0 ? 1 : 0;
+        return size;
+    }
+    int overflow(int) override {
+        ++count;
+        return 0;
+    }
+};
+
+TEST_F(CommandLineTest, TheSummaryAndAMessageAreOneWriteEach) {
+    const std::string in = Speech();
+    const std::string cut = Speech("cut.wav");
+    fs::resize_file(cut, 30000);
+    const auto writesOf = [](const Words& words) {
+        std::vector<const char*> argv = {"audio-filter"};
+        for (const std::string& word : words) {
+            argv.push_back(word.c_str());
+        }
+        Writes out;
+        Writes err;
+        std::ostream outStream(&out);
+        std::ostream errStream(&err);
+        RunCommandLine(static_cast<int>(argv.size()), argv.data(), outStream, errStream, {});
+        return std::pair(out.count, err.count);
+    };
+    const std::string o = File("o.wav");
+    EXPECT_EQ(writesOf({"clean", in, "-o", o}), std::pair(1, 0));
+    EXPECT_EQ(writesOf({"clean", in, "-o", o, "--json"}), std::pair(1, 0));
+    EXPECT_EQ(writesOf({"clean", cut, "-o", o, "--quiet"}), std::pair(0, 1));
+    EXPECT_EQ(writesOf({"clean", File("none.wav"), "-o", o}), std::pair(0, 1));
+    EXPECT_EQ(writesOf({"clean", in}), std::pair(0, 1));
+}
+
 TEST_F(CommandLineTest, HelpAndVersionGoToStandardOutputWithStatus0) {
     for (const Words& words : {Words{"--help"}, Words{"clean", "--help"}}) {
         const Outcome outcome = RunHost(words);

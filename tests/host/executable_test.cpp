@@ -150,7 +150,7 @@ TEST_F(ExecutableTest, ASummaryThatCannotBePrintedIsReportedAndFails) {
     }
 }
 
-TEST_F(ExecutableTest, WithoutATerminalNoProgressIsDrawn) {
+TEST_F(ExecutableTest, WithoutATerminalAShortRunPrintsNoProgress) {
     Process run({"clean", Recording(32000), "-o", dir.File("out.wav")}, logs.File("out"), Err());
     EXPECT_EQ(run.Wait(), 0);
     EXPECT_EQ(run.Err(), "");
