@@ -15,13 +15,6 @@ std::size_t EndOfTime(const std::string& text) {
     return text.rfind(':', text.find('='));
 }
 
-/// The settings as a change at 0 s.
-std::string AtZero(const std::string& settings) {
-    std::string text = "0:";
-    text.append(settings);
-    return text;
-}
-
 }  // namespace
 
 std::optional<double> ParseTime(const std::string& text) {
@@ -48,12 +41,8 @@ std::optional<SettingsChange> ParseAt(const std::string& text) {
         return std::nullopt;
     }
     const std::optional<double> seconds = ParseTime(text.substr(0, end));
-    std::optional<SettingsChange> change = ParseChange(AtZero(text.substr(end + 1)));
-    if (!seconds || !change) {
-        return std::nullopt;
-    }
-    change->seconds = *seconds;
-    return change;
+    const std::optional<SettingValues> values = ParseSettings(text.substr(end + 1));
+    return seconds && values ? std::optional(SettingsChange{*seconds, *values}) : std::nullopt;
 }
 
 std::string ExplainAt(const std::string& text) {
@@ -71,7 +60,7 @@ std::string ExplainAt(const std::string& text) {
     }
     std::istringstream items(text.substr(end + 1));
     for (std::string item; std::getline(items, item, ',');) {
-        if (!ParseChange(AtZero(item))) {
+        if (!ParseSettings(item)) {
             return quoted + "'" + item +
                    "' is not denoise=0..3|off, gain=0..1|off, phase-check=on|off, "
                    "mix=on|off or music=keep|ignore";

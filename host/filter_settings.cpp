@@ -63,25 +63,13 @@ bool ApplySetting(FilterSettings& settings, const std::string& name, const std::
     return name == "mix" && Choose(settings.mix, value, kSwitch);
 }
 
-std::optional<SettingsChange> ParseChange(const std::string& text) {
-    const std::size_t colon = text.find(':');
-    if (colon == std::string::npos) {
-        return std::nullopt;
-    }
-    std::string time = text.substr(0, colon);
-    if (!time.empty() && time.back() == 's') {
-        time.pop_back();
-    }
-    const std::optional<double> seconds = ParseNumber<double>(time);
-    if (!seconds || !(*seconds >= 0.0 && *seconds < 1e9)) {
-        return std::nullopt;
-    }
-    SettingsChange change = {*seconds, {}};
+std::optional<SettingValues> ParseSettings(const std::string& text) {
+    SettingValues values;
     FilterSettings scratch;
-    if (text.back() == ',') {
+    if (text.ends_with(',')) {
         return std::nullopt;
     }
-    std::istringstream items(text.substr(colon + 1));
+    std::istringstream items(text);
     for (std::string item; std::getline(items, item, ',');) {
         const std::size_t equals = item.find('=');
         const std::string name = item.substr(0, equals);
@@ -89,7 +77,7 @@ std::optional<SettingsChange> ParseChange(const std::string& text) {
         if (!ApplySetting(scratch, name, value)) {
             return std::nullopt;
         }
-        change.values.emplace_back(name, value);
+        values.emplace_back(name, value);
     }
-    return change.values.empty() ? std::nullopt : std::optional(change);
+    return values.empty() ? std::nullopt : std::optional(values);
 }

@@ -28,11 +28,14 @@ struct FilterSettings {
 /// @return false for another name or a value out of range: nothing changes then
 bool ApplySetting(FilterSettings& settings, const std::string& name, const std::string& value);
 
+/// Names of settings and valid values.
+using SettingValues = std::vector<std::pair<std::string, std::string>>;
+
+/// Reads "denoise=off,gain=0.4". @return none for anything else
+std::optional<SettingValues> ParseSettings(const std::string& text);
+
 /// A change of settings at a point in the stream.
 struct SettingsChange {
     double seconds;
-    std::vector<std::pair<std::string, std::string>> values;  ///< names and valid values
+    SettingValues values;
 };
-
-/// Reads "3.5s:denoise=off,gain=0.4". @return none for anything else
-std::optional<SettingsChange> ParseChange(const std::string& text);

@@ -13,8 +13,8 @@ TEST(AtOption, ATimeIsSecondsMinutesOrHours) {
     EXPECT_EQ(ParseTime("2:00:01"), 7201.0);
     EXPECT_EQ(ParseTime("100:00"), 6000.0);
     for (const char* text :
-         {"",     "s",    ":",   "1:",  ":1",    "1::2", "1:60", "1:2:3:4", "1.5:10", "-1",
-          "1:-2", "1e10", "nan", "inf", "1:nan", "0x1",  " 1",   "1 ",      "1h",     "1ss"}) {
+         {"",     "s",   ":",   "1:",    ":1",  "1::2", "1:60", "1:2:3:4", "1.5:10", "-1", "1:-2",
+          "1e10", "nan", "inf", "1:nan", "1e9", "1ms",  "0x1",  " 1",      "1 ",     "1h", "1ss"}) {
         EXPECT_FALSE(ParseTime(text)) << text;
     }
 }
