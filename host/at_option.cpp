@@ -15,6 +15,12 @@ std::size_t EndOfTime(const std::string& text) {
     return text.rfind(':', text.find('='));
 }
 
+std::string NotASetting(const std::string& item) {
+    return "'" + item +
+           "' is not denoise=0..3|off, gain=0..1|off, phase-check=on|off, mix=on|off or "
+           "music=keep|ignore";
+}
+
 }  // namespace
 
 std::optional<double> ParseTime(const std::string& text) {
@@ -61,9 +67,7 @@ std::string ExplainAt(const std::string& text) {
     std::istringstream items(text.substr(end + 1));
     for (std::string item; std::getline(items, item, ',');) {
         if (!ParseSettings(item)) {
-            return quoted + "'" + item +
-                   "' is not denoise=0..3|off, gain=0..1|off, phase-check=on|off, "
-                   "mix=on|off or music=keep|ignore";
+            return quoted + NotASetting(item);
         }
     }
     return quoted + "ends with a comma" + kForm;

@@ -21,9 +21,8 @@ double ProgressBar::SystemClock() {
     return std::chrono::duration<double>(now).count();
 }
 
-ProgressBar::ProgressBar(const ProgressOutput& output, std::optional<std::int64_t> total,
-                         Seconds clock)
-    : mOutput(output), mClock(std::move(clock)), mTotal(total.value_or(0)) {
+ProgressBar::ProgressBar(ProgressOutput output, std::optional<std::int64_t> total, Seconds clock)
+    : mOutput(std::move(output)), mClock(std::move(clock)), mTotal(total.value_or(0)) {
     if (mTotal <= 0) {
         mOutput.out = nullptr;
     }

@@ -21,7 +21,7 @@ public:
 
     /// @param total what Advance adds up to; without it nothing is shown
     /// @param clock seconds from any start; the system's by default
-    ProgressBar(const ProgressOutput& output, std::optional<std::int64_t> total,
+    ProgressBar(ProgressOutput output, std::optional<std::int64_t> total,
                 Seconds clock = SystemClock);
 
     /// Clears the bar.

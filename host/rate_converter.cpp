@@ -35,8 +35,8 @@ std::vector<float> RateConverter::Convert(const std::vector<float>& block, bool 
     std::vector<float> converted;
     Append(block, converted);
     if (last) {
-        const int pending = speex_resampler_get_input_latency(mState.get());
-        Append(std::vector<float>(static_cast<std::size_t>(pending) * mChannels), converted);
+        const int latency = speex_resampler_get_input_latency(mState.get());
+        Append(std::vector<float>(static_cast<std::size_t>(latency) * mChannels), converted);
     }
     return converted;
 }

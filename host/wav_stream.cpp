@@ -29,7 +29,7 @@ float Decoded(const std::string& bytes, bool isFloat) {
     return static_cast<float>(value) / 2147483648.0F;
 }
 
-std::string Number(std::uint64_t value, std::size_t bytes) {
+std::string Field(std::uint64_t value, std::size_t bytes) {
     std::string text;
     for (std::size_t i = 0; i < bytes; ++i) {
         text += static_cast<char>(value >> (8 * i));
@@ -164,8 +164,8 @@ std::string WavStreamHeader(const AudioFormat& format) {
     const std::uint64_t sampleBytes = s16 ? 2 : 4;
     const auto channels = static_cast<std::uint64_t>(format.channels);
     const auto rate = static_cast<std::uint64_t>(format.sampleRate);
-    return "RIFF" + Number(0xFFFF'FFFF, 4) + "WAVEfmt " + Number(16, 4) +
-           Number(s16 ? kPcm : kIeeeFloat, 2) + Number(channels, 2) + Number(rate, 4) +
-           Number(rate * channels * sampleBytes, 4) + Number(channels * sampleBytes, 2) +
-           Number(8 * sampleBytes, 2) + "data" + Number(0xFFFF'FFFF, 4);
+    return "RIFF" + Field(0xFFFF'FFFF, 4) + "WAVEfmt " + Field(16, 4) +
+           Field(s16 ? kPcm : kIeeeFloat, 2) + Field(channels, 2) + Field(rate, 4) +
+           Field(rate * channels * sampleBytes, 4) + Field(channels * sampleBytes, 2) +
+           Field(8 * sampleBytes, 2) + "data" + Field(0xFFFF'FFFF, 4);
 }

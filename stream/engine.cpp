@@ -146,7 +146,7 @@ void Stream::Engine::Start(const StreamSettings& settings) {
     for (std::size_t source = 0; source < mPolarities.size(); ++source) {
         const bool negate = (settings.reversed >> source & 1) != 0;
         mPolarities[source].Start(negate);
-        mReversed |= std::uint32_t{negate} << source;
+        mReversed |= (negate ? 1U : 0U) << source;
     }
 }
 

@@ -16,7 +16,7 @@ constexpr int kReversedShift = 16;
 constexpr int kGainShift = 32;
 
 std::uint64_t Bit(bool on, int bit) {
-    return std::uint64_t{on} << bit;
+    return (on ? std::uint64_t{1} : 0) << bit;
 }
 
 }  // namespace
