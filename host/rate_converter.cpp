@@ -31,10 +31,10 @@ RateConverter::RateConverter(int fromRate, int toRate, int channels)
 
 RateConverter::~RateConverter() = default;
 
-std::vector<float> RateConverter::Convert(const std::vector<float>& block, bool last) {
+std::vector<float> RateConverter::Convert(const std::vector<float>& block, bool isLast) {
     std::vector<float> converted;
     Append(block, converted);
-    if (last) {
+    if (isLast) {
         const int latency = speex_resampler_get_input_latency(mState.get());
         Append(std::vector<float>(static_cast<std::size_t>(latency) * mChannels), converted);
     }

@@ -13,9 +13,9 @@ public:
     RateConverter(int fromRate, int toRate, int channels);
     ~RateConverter();
 
-    /// @param last whether this block, which may be empty, ends the stream
+    /// @param isLast whether this block, which may be empty, ends the stream
     /// @return the frames available so far, any number
-    std::vector<float> Convert(const std::vector<float>& block, bool last);
+    std::vector<float> Convert(const std::vector<float>& block, bool isLast);
 
 private:
     struct Release {

@@ -14,23 +14,6 @@ using namespace internal;
 
 namespace {
 
-/// Remembers where the latest run of blocks began in which one phase prevails: a cumulative score that
-/// never falls below 0 has been above 0 since then.
-class Run {
-public:
-    void Add(int score, std::int64_t blockEnd) {
-        mScore = std::max<std::int64_t>(0, mScore + score);
-        if (mScore == 0 && score < 0) {
-            mBegin = blockEnd;
-        }
-    }
-    std::int64_t Begin() const { return mBegin; }
-
-private:
-    std::int64_t mScore = 0;
-    std::int64_t mBegin = 0;
-};
-
 /// The opposed frames of a block less those in phase; silent frames, as PhaseCheck defines them, count
 /// as neither.
 int OpposedScore(std::span<const float> left, std::span<const float> right) {
@@ -77,6 +60,23 @@ public:
     }
 
 private:
+    /// Remembers where the latest run of blocks began in which one phase prevails: a cumulative score that
+    /// never falls below 0 has been above 0 since then.
+    class Run {
+    public:
+        void Add(int score, std::int64_t blockEnd) {
+            mScore = std::max<std::int64_t>(0, mScore + score);
+            if (mScore == 0 && score < 0) {
+                mBegin = blockEnd;
+            }
+        }
+        std::int64_t Begin() const { return mBegin; }
+
+    private:
+        std::int64_t mScore = 0;
+        std::int64_t mBegin = 0;
+    };
+
     void AddBlock() {
         mFrames += static_cast<std::int64_t>(mLeft.size());
         mPolarity.Check(mLeft, mRight);
