@@ -10,3 +10,10 @@
 #else
 #define AUDIO_FILTER_STREAM_API __declspec(dllimport)
 #endif
+
+/// Marks what a class of the library keeps to itself.
+#if defined(_WIN32)
+#define AUDIO_FILTER_STREAM_LOCAL
+#else
+#define AUDIO_FILTER_STREAM_LOCAL __attribute__((visibility("hidden")))
+#endif

@@ -97,7 +97,7 @@ public:
     bool NextEvent(StreamEvent& event);
 
 private:
-    class Engine;
+    class AUDIO_FILTER_STREAM_LOCAL Engine;
     std::unique_ptr<Engine> mEngine;
 };
 
