@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include <barrier>
+#include <atomic>
 #include <set>
 #include <string>
 #include <thread>
@@ -60,9 +60,12 @@ TEST(SideBySide, EveryTwoOperationsRunBesideEachOtherAndEachBesideItself) {
                     SCOPED_TRACE(subject.className + (" in " + std::string(subject.header)) + ": " +
                                  subject.sideBySide[first].name + " beside " +
                                  subject.sideBySide[second].name);
-                    std::barrier start(2);
+                    std::atomic<int> waiting = 2;  // a std::barrier of mingw can lose its wake-up
                     const auto repeat = [&](const Operation& operation) {
-                        start.arrive_and_wait();
+                        --waiting;
+                        while (waiting > 0) {
+                            std::this_thread::yield();
+                        }
                         for (int call = 0; call < subject.calls; ++call) {
                             operation.run();
                         }
