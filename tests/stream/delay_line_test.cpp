@@ -17,7 +17,7 @@ std::vector<float> Ramp(std::size_t length) {
 }
 
 TEST(DelayLine, DelaysBy0And1And197And1000SamplesInBlocksOf1To64) {
-    for (const std::size_t delay : {0, 1, 63, 64, 65, 197, 1000}) {
+    for (const std::size_t delay : {0U, 1U, 63U, 64U, 65U, 197U, 1000U}) {
         DelayLine line(delay, 64);
         const std::vector<float> in = Ramp(3000);
         std::vector<float> out(in.size());

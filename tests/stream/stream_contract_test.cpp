@@ -65,7 +65,7 @@ void ExpectTheSameForAllBlocks(int rate, int channels, int sources) {
     const std::vector<Change> changes = Changes(frames, rate);
     const StreamSettings settings = {.gain = 0.5F, .phaseCheck = true, .music = MusicMode::kKeep};
     const Buffers<Sample> expected = PlayAligned(format, settings, in, Blocks(480), changes);
-    for (const std::size_t block : {1, 64, 137, 1024}) {
+    for (const std::size_t block : {1U, 64U, 137U, 1024U}) {
         const Buffers<Sample> out = PlayAligned(format, settings, in, Blocks(block), changes);
         EXPECT_TRUE(SameBits(out[0], expected[0])) << rate << " Hz, blocks of " << block;
     }
