@@ -257,7 +257,7 @@ void Stream::Engine::Measure() {
     double after = 0.0;
     for (const Channel& channel : mChannels) {
         before += Energy(channel.delayed);
-        after += Energy(channel.suppressed);
+        after += Energy(channel.out);
     }
     if (!std::isfinite(before)) {
         return;

@@ -308,6 +308,22 @@ TEST(Stream, ReversedSourcesAreToldFromTheFirstBlockAndOnlySources0To15Exist) {
     EXPECT_TRUE(EventsOf(stream).empty());
 }
 
+TEST(Stream, ReductionIs0InTheBlockThatSwitchesSuppressionOn) {
+    for (const int rate : {8000, 16000, 48000, 96000}) {
+        const StreamFormat format = {.sampleRate = rate, .samples = SAMPLE_FMT_FLT};
+        Stream stream;
+        stream.Init(format, AllOff());
+        const auto block = static_cast<std::size_t>(stream.BlockFrames());
+        const Buffers<float> tone = {Tone(10 * block, 440.0, rate, 0.1)};
+        Play(stream, format, tone);
+        stream.SetSettings(Suppressing(0));
+        // The suppressor starts with silence in its delay; its output is not yet faded in.
+        const Buffers<float> next = {Tone(block, 440.0, rate, 0.1)};
+        Play(stream, format, next);
+        EXPECT_EQ(stream.Reduction(), 0.0F) << rate;
+    }
+}
+
 TEST(Stream, ReductionIsTheFallOfSteadyNoiseAnd0WhenOffAndInSilence) {
     for (const int rate : {8000, 48000, 96000}) {
         const StreamFormat format = {.sampleRate = rate, .samples = SAMPLE_FMT_FLT};
