@@ -177,7 +177,7 @@ std::size_t AudioReader::Checked(std::int64_t frames) {
     if (frames == 0 && mRead == 0) {
         Fail("contains no audio");
     }
-    mIsCut = mIsCut || lost;
+    mIsCut = mIsCut || (lost && mRead != mFrames);  // a tag may follow the audio
     if (frames == 0 && (mIsCut || mRead < mFrames.value_or(0))) {
         EndEarly();
     }

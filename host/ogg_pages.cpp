@@ -1,6 +1,7 @@
 #include "host/ogg_pages.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <string>
 
@@ -9,6 +10,7 @@
 namespace {
 
 constexpr std::size_t kHeaderBytes = 27;  // followed by up to 255 segment lengths
+constexpr std::size_t kChecksumAt = 22;
 constexpr unsigned kFirstOfStream = 2;
 constexpr unsigned kLastOfStream = 4;
 
@@ -23,7 +25,34 @@ unsigned ByteOf(const std::string& bytes, std::size_t at) {
     return static_cast<unsigned char>(bytes[at]);
 }
 
+/// Of a CRC with the polynomial 0x04C11DB7, by the highest byte.
+constexpr std::array<std::uint32_t, 256> ChecksumTable() {
+    std::array<std::uint32_t, 256> table = {};
+    for (std::uint32_t byte = 0; byte < 256; ++byte) {
+        std::uint32_t value = byte << 24;
+        for (int bit = 0; bit < 8; ++bit) {
+            value = value << 1 ^ ((value >> 31) != 0 ? 0x04C11DB7U : 0U);
+        }
+        table[byte] = value;
+    }
+    return table;
+}
+
+bool IsIntact(const std::string& page) {
+    return LittleEndian(page.substr(kChecksumAt, 4)) == OggChecksum(page);
+}
+
 }  // namespace
+
+std::uint32_t OggChecksum(std::string page) {
+    static constexpr std::array<std::uint32_t, 256> kTable = ChecksumTable();
+    page.replace(kChecksumAt, 4, 4, '\0');
+    std::uint32_t checksum = 0;
+    for (const char byte : page) {
+        checksum = checksum << 8 ^ kTable[checksum >> 24 ^ static_cast<unsigned char>(byte)];
+    }
+    return checksum;
+}
 
 OggPages WalkOggPages(std::istream& file) {
     const std::uint64_t fileSize = SizeOf(file);
@@ -32,6 +61,7 @@ OggPages WalkOggPages(std::istream& file) {
     std::string flacStream;  // its serial number
     std::uint64_t at = 0;
     while (at < fileSize) {
+        const std::uint64_t start = at;
         const std::string header = BytesAt(file, at, kHeaderBytes + 255);
         if (header.size() < kHeaderBytes || header.compare(0, 4, "OggS") != 0) {
             pages.damaged = header.size() >= kHeaderBytes;
@@ -43,6 +73,10 @@ OggPages WalkOggPages(std::istream& file) {
         at = body;
         for (std::size_t i = kHeaderBytes; i < header.size() && i < kHeaderBytes + parts; ++i) {
             at += ByteOf(header, i);
+        }
+        if (at <= fileSize && !IsIntact(BytesAt(file, start, at - start))) {
+            pages.damaged = true;
+            return pages;
         }
         const unsigned flags = ByteOf(header, 5);
         const bool first = (flags & kFirstOfStream) != 0;

@@ -1,10 +1,12 @@
 // Files that end early, state no length, or begin with a tag.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <filesystem>
 
 #include "host/audio_reader.h"
 #include "host/failure.h"
+#include "host/ogg_pages.h"
 #include "sound_files.h"
 #include "support/temp_dir.h"
 
@@ -121,6 +123,31 @@ TEST_F(DamagedFile, ACutOggIsReadUpToItsLastPageWithOneWarning) {
     EXPECT_NE(ReadMono(path, true).failure, "");
 }
 
+TEST_F(DamagedFile, AnOggWithAChangedByteInAnyPageIsRefusedInEitherMode) {
+    const std::string path = Write("a.ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS);
+    const std::string bytes = ReadFile(path);
+    std::size_t pages = 0;
+    for (std::size_t at = bytes.find("OggS"); at != std::string::npos;
+         at = bytes.find("OggS", at + 4)) {
+        std::string damaged = bytes;
+        damaged[at + 40] = static_cast<char>(damaged[at + 40] ^ 1);
+        WriteFile(path, damaged);
+        EXPECT_EQ(ReadMono(path).failure, path + ": is truncated or damaged") << at;
+        ++pages;
+    }
+    EXPECT_GT(pages, 5U);
+}
+
+TEST_F(DamagedFile, AFlacBeforeATagOf128BytesIsReadWholeWithoutAWarning) {
+    const std::string path = Write("a.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
+    const std::vector<short> whole = ReadMono(path, true).samples;
+    WriteFile(path, ReadFile(path) + "TAG" + std::string(125, 'x'));
+    const Contents tagged = ReadMono(path, true);
+    EXPECT_EQ(tagged.failure, "");
+    EXPECT_TRUE(tagged.warnings.empty());
+    EXPECT_EQ(tagged.samples, whole);
+}
+
 TEST_F(DamagedFile, AFlacBehindAnId3TagIsReadWhole) {
     const std::string path = Write("a.flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
     const std::vector<short> whole = ReadMono(path).samples;
@@ -139,7 +166,7 @@ TEST_F(DamagedFile, AFlacBehindAnId3TagIsReadWhole) {
     EXPECT_EQ(ReadMono(path).failure, path + ": not a WAV, FLAC or Ogg file");
 }
 
-/// Wraps a FLAC file into Ogg pages of up to 255 x 255 bytes, without checksums.
+/// Wraps a FLAC file into Ogg pages of up to 255 x 255 bytes.
 std::string InOgg(const std::string& flac) {
     const std::string mark = std::string(
         "\x7f"
@@ -152,9 +179,15 @@ std::string InOgg(const std::string& flac) {
         const std::string body = page == 0 ? mark + flac.substr(0, 42) : flac.substr(at, 1000);
         at += page == 0 ? 42 : body.size();
         const char flags = page == 0 ? '\2' : at == flac.size() ? '\4' : '\0';
-        ogg += std::string("OggS\0", 5) + flags + std::string(8, '\0') + "id??" +
-               std::string(8, '\0') + static_cast<char>(body.size() / 255 + 1) +
-               std::string(body.size() / 255, '\xff') + static_cast<char>(body.size() % 255) + body;
+        std::string bytes = std::string("OggS\0", 5) + flags + std::string(8, '\0') + "id??" +
+                            std::string(8, '\0') + static_cast<char>(body.size() / 255 + 1) +
+                            std::string(body.size() / 255, '\xff') +
+                            static_cast<char>(body.size() % 255) + body;
+        const std::uint32_t checksum = OggChecksum(bytes);
+        for (std::size_t i = 0; i < 4; ++i) {
+            bytes[22 + i] = static_cast<char>(checksum >> (8 * i));
+        }
+        ogg += bytes;
     }
     return ogg;
 }
