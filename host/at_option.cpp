@@ -17,7 +17,7 @@ std::size_t EndOfTime(const std::string& text) {
 
 std::string NotASetting(const std::string& item) {
     return "'" + item +
-           "' is not denoise=0..3|off, gain=0..1|off, phase-check=on|off, mix=on|off or "
+           "' is not denoise=0..3|off, gain=0..1|off, phase-check=file|live|off, mix=on|off or "
            "music=keep|ignore";
 }
 
