@@ -6,6 +6,7 @@
 #include <system_error>
 
 #include "host/failure.h"
+#include "host/follow_links.h"
 
 namespace fs = std::filesystem;
 
@@ -40,18 +41,6 @@ int FileFormat(const fs::path& path, const AudioFormat& format,
 /// FLAC stores rates up to 65535 Hz in Hz, and higher ones in units of 10 Hz.
 bool FitsFlac(int sampleRate) {
     return sampleRate <= 0xFFFF || (sampleRate <= 655350 && sampleRate % 10 == 0);
-}
-
-/// Follows symbolic links, also to a file that does not exist yet; none for a cycle.
-std::optional<fs::path> FollowLinks(fs::path path) {
-    std::error_code error;
-    for (int links = 0; links < 40; ++links) {
-        if (!fs::is_symlink(fs::symlink_status(path, error))) {
-            return path;
-        }
-        path = path.parent_path() / fs::read_symlink(path, error);
-    }
-    return std::nullopt;
 }
 
 /// A hidden name in the same folder, so that the final rename is atomic. Its length does not depend

@@ -245,7 +245,8 @@ void Cleaning<Sample>::NoteVerdicts(std::size_t frames) {
             "noise reduced by " + std::to_string(std::lround(stream.Reduction())) + " dB");
     }
     mMusicFrames += stream.IsMusic() ? count : 0;
-    for (std::size_t source = 0; source < mFeeds.size(); ++source) {
+    const std::size_t processed = mTimeline.Applied().back().settings.mix ? mFeeds.size() : 1;
+    for (std::size_t source = 0; source < processed; ++source) {
         mCorrectedFrames += stream.IsReversed(static_cast<int>(source)) ? count : 0;
     }
 }

@@ -56,5 +56,5 @@ private:
     std::vector<StreamNotice> mNotices;
     std::int64_t mFrames = 0;  ///< pushed so far
     std::int64_t mMusicFrames = 0;
-    std::int64_t mCorrectedFrames = 0;  ///< of all sources
+    std::int64_t mCorrectedFrames = 0;  ///< of all processed sources
 };

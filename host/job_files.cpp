@@ -9,6 +9,7 @@
 #include "host/audio_reader.h"
 #include "host/audio_writer.h"
 #include "host/failure.h"
+#include "host/follow_links.h"
 #include "host/interrupt.h"
 #include "host/pipe_stream.h"
 #include "host/piped_file.h"
@@ -108,7 +109,10 @@ void CheckLogPath(const CleanJob& job) {
             throw Failure(job.log, "is also an input");
         }
     }
-    if (fs::weakly_canonical(job.log, error) == fs::weakly_canonical(job.output, error)) {
+    const auto target = [&error](const std::string& path) {
+        return fs::weakly_canonical(FollowLinks(path).value_or(path), error);
+    };
+    if (target(job.log) == target(job.output)) {
         throw Failure(job.log, "is also the output");
     }
 }

@@ -86,7 +86,7 @@ private:
     StreamSettings mCurrent;          ///< of the last block
     internal::Fade mMixFade;          ///< 1: mixed
     internal::Fade mSuppressionFade;  ///< 1: suppressed
-    /// Frames in the suppressors since they run. They run while their output is heard; before it is faded in,
+    /// Frames in the suppressors since they run. They run while they are on or fade out; before their output is faded in,
     /// everything from before has to leave their delay.
     std::size_t mFilled = 0;
     int mLevel = 0;  ///< of the suppressors

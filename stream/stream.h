@@ -17,7 +17,8 @@ namespace audio_filter {
 ///     stream.Process(in, out, frames);   // cleaned[0] is captured[0] of Latency() frames ago
 ///
 /// Stages, in this order: phase correction of each stereo source, mixing, noise suppression, gain.
-/// Each change of a setting or of a verdict crossfades over 10 ms. With every stage off
+/// Each change of a setting or of a verdict crossfades over 10 ms; a change of the suppression level is
+/// smoothed by the suppressor's overlapping windows. With every stage off
 /// and one source, the output is the delayed input, bit for bit.
 ///
 /// Processing blocks. The stream collects 320 samples of the suppressor's rate: 10 ms at 32000 Hz and

@@ -53,6 +53,7 @@ protected:
         fs::create_directory(File("folder.wav"));
         fs::create_hard_link(good, File("same.wav"));
         fs::create_symlink(good, File("link.wav"));
+        fs::create_symlink("out.wav", File("dangling"));
         const std::string out = File("out.wav");
         Words seventeen = {"clean", "-o", out};
         seventeen.insert(seventeen.end(), 17, good);
@@ -129,6 +130,9 @@ protected:
              1,
              "link.wav: is also an input"},
             {{"clean", good, "-o", out, "--log", out}, 1, "out.wav: is also the output"},
+            {{"clean", good, "-o", out, "--log", File("dangling")},
+             1,
+             "dangling: is also the output"},
             {{"clean", good, "-o", out, "--log", File("folder/../out.wav")},
              1,
              "is also the output"},
