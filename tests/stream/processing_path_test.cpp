@@ -101,12 +101,15 @@ private:
     int mEvents = 0;
 };
 
-/// One rate of every class, every format, and up to 3 channels and sources.
+/// One rate of every class, up to 3 channels and sources, and every format at 48000 Hz.
 std::vector<StreamFormat> Formats() {
     std::vector<StreamFormat> formats;
-    for (const int rate : {8000, 11025, 16000, 24000, 32000, 44100, 48000, 96000, 192000}) {
+    for (const int rate : {8000, 16000, 48000, 96000, 144000, 192000}) {
         for (const SampleFmt samples :
              {SAMPLE_FMT_S16, SAMPLE_FMT_FLT, SAMPLE_FMT_S16P, SAMPLE_FMT_FLTP}) {
+            if (rate != 48000 && samples != SAMPLE_FMT_FLTP) {
+                continue;
+            }
             for (const int count : {1, 2, 3}) {
                 formats.push_back({.sampleRate = rate,
                                    .channels = count,
