@@ -10,13 +10,13 @@
 namespace {
 
 /// A copy of a map that a call may change, or null.
-using Switches = std::optional<ProcessSwitchMap>;
+using OptionalSwitches = std::optional<ProcessSwitchMap>;
 
-Switches CopyOf(const ProcessSwitchMap* switches) {
-    return switches == nullptr ? Switches() : Switches(*switches);
+OptionalSwitches CopyOf(const ProcessSwitchMap* switches) {
+    return switches == nullptr ? OptionalSwitches() : OptionalSwitches(*switches);
 }
 
-ProcessSwitchMap* AddressOf(Switches& switches) {
+ProcessSwitchMap* AddressOf(OptionalSwitches& switches) {
     return switches ? &*switches : nullptr;
 }
 
@@ -34,8 +34,8 @@ void ComparedFilters::Renew() {
 /// An Init that runs out of memory is not successful.
 void ComparedFilters::Init(int sampleRate, int channels, SampleFmt fmt,
                            const ProcessSwitchMap* switches) {
-    Switches given = CopyOf(switches);
-    Switches model = given;
+    OptionalSwitches given = CopyOf(switches);
+    OptionalSwitches model = given;
     const double second =
         static_cast<double>(sampleRate) * channels * PlainFilter::SampleBytesOf(fmt);
     try {
@@ -57,8 +57,8 @@ void ComparedFilters::Clear() {
 }
 
 void ComparedFilters::SetMethod(const ProcessSwitchMap* switches) {
-    Switches given = CopyOf(switches);
-    Switches model = given;
+    OptionalSwitches given = CopyOf(switches);
+    OptionalSwitches model = given;
     EXPECT_EQ(mFilter->SetMethod(AddressOf(given)), mExpected->SetMethod(AddressOf(model)));
     EXPECT_EQ(given, model);
     ExpectTheSame();

@@ -12,8 +12,6 @@ using namespace audio_filter::internal;
 
 namespace {
 
-constexpr AVSourceType kMic = AV_SOURCE_MICROPHONE;
-
 template <typename... Args>
 std::string Text(const char* format, Args... args) {
     char text[200];

@@ -8,8 +8,16 @@
 #include <vector>
 
 #include "audio_filter/audio_filter.h"
+#include "audio_filter/log_address.h"
 #include "log_capture.h"
 #include "support/bytes.h"
+
+constexpr AVSourceType kMic = AV_SOURCE_MICROPHONE;
+
+/// An address as log lines print it.
+inline std::string Number(const void* address) {
+    return std::to_string(audio_filter::internal::LogAddress(address));
+}
 
 /// A filter with a listener, and its log lines and events.
 class FilterTest : public testing::Test, public FilterListener {

@@ -1,4 +1,3 @@
-#include "audio_filter/log_address.h"
 #include "common/result_code.h"
 #include "filter_fixture.h"
 #include "support/seed.h"
@@ -9,14 +8,8 @@ using namespace audio_filter::internal;
 
 namespace {
 
-constexpr AVSourceType kMic = AV_SOURCE_MICROPHONE;
-
-std::string Debug(int line, const std::string& text) {
+std::string MultiDebug(int line, const std::string& text) {
     return "[DEBUG]MediaProcessLog:AudioFilter::MulitProcess:" + std::to_string(line) + ":" + text;
-}
-
-std::string Number(const void* address) {
-    return std::to_string(LogAddress(address));
 }
 
 std::vector<AVSourceType> Types(std::initializer_list<int> types) {
@@ -128,14 +121,15 @@ TEST_F(MultiSourceChain, WithoutAMicrophoneTheMixIsCopiedWithoutDetectionAndSupp
     const std::string in = Number(samples.data());
     const std::string second = Number(samples.data() + 400);
     const std::string work = Number(filter->mBuffer);
-    EXPECT_EQ(
-        log.Lines(),
-        (Lines{Debug(561, "[ASRC1]multi phase check process(s16), in:" + in + ", byteSize:800"),
-               Debug(561, "[ASRC2]multi phase check process(s16), in:" + second + ", byteSize:800"),
-               Debug(586, "[ASRC mixed]mix process, in:" + in + ", out:" + work +
-                              ", size:1600, mSrcNum:2"),
-               Debug(636, "copy to outbuf, outData:" + Number(result.data()) + ", out:" + work +
-                              ", byteSize:800")}));
+    EXPECT_EQ(log.Lines(),
+              (Lines{MultiDebug(
+                         561, "[ASRC1]multi phase check process(s16), in:" + in + ", byteSize:800"),
+                     MultiDebug(561, "[ASRC2]multi phase check process(s16), in:" + second +
+                                         ", byteSize:800"),
+                     MultiDebug(586, "[ASRC mixed]mix process, in:" + in + ", out:" + work +
+                                         ", size:1600, mSrcNum:2"),
+                     MultiDebug(636, "copy to outbuf, outData:" + Number(result.data()) +
+                                         ", out:" + work + ", byteSize:800")}));
 }
 
 TEST_F(MultiSourceChain, WithGainTheMixIsGainedInTheWorkBufferAndTheCopyLogsIn) {
@@ -148,11 +142,11 @@ TEST_F(MultiSourceChain, WithGainTheMixIsGainedInTheWorkBufferAndTheCopyLogsIn) 
     const Lines lines = log.Lines();
     ASSERT_EQ(lines.size(), 5U);
     const std::string in = Number(samples.data());
-    EXPECT_EQ(lines[0],
-              Debug(557, "[ASRC1]multi phase check process(float), in:" + in + ", byteSize:1600"));
-    EXPECT_EQ(lines[3], Debug(628, "[ASRC mixed]AGC processed, in:" + Number(filter->mBuffer) +
-                                       ", byteSize:1600"));
-    EXPECT_EQ(lines[4].find(Debug(631, "copy to outbuf, outData:")), 0U);
+    EXPECT_EQ(lines[0], MultiDebug(557, "[ASRC1]multi phase check process(float), in:" + in +
+                                            ", byteSize:1600"));
+    EXPECT_EQ(lines[3], MultiDebug(628, "[ASRC mixed]AGC processed, in:" + Number(filter->mBuffer) +
+                                            ", byteSize:1600"));
+    EXPECT_EQ(lines[4].find(MultiDebug(631, "copy to outbuf, outData:")), 0U);
     EXPECT_NE(lines[4].find(", in:" + Number(filter->mBuffer) + ", byteSize:1600"),
               std::string::npos);
 }
@@ -180,12 +174,13 @@ TEST_F(MultiSourceChain, WithAMicrophoneTheSuppressorWritesTheOutputAndGainRunsT
     EXPECT_EQ(filter->mClassifier.mGathered, 700U) << "the mix enters music detection";
     const std::string work = Number(filter->mBuffer);
     const std::string target = Number(result.data());
-    EXPECT_EQ(log.Lines(),
-              (Lines{Debug(586, "[ASRC mixed]mix process, in:" + Number(samples.data()) +
-                                    ", out:" + work + ", size:2800, mSrcNum:2"),
-                     Debug(619, "[ASRC mixed]denoise processed, in:" + work + ", out:" + target +
-                                    ", byteSize:1400"),
-                     Debug(628, "[ASRC mixed]AGC processed, in:" + target + ", byteSize:1280")}));
+    EXPECT_EQ(
+        log.Lines(),
+        (Lines{MultiDebug(586, "[ASRC mixed]mix process, in:" + Number(samples.data()) +
+                                   ", out:" + work + ", size:2800, mSrcNum:2"),
+               MultiDebug(619, "[ASRC mixed]denoise processed, in:" + work + ", out:" + target +
+                                   ", byteSize:1400"),
+               MultiDebug(628, "[ASRC mixed]AGC processed, in:" + target + ", byteSize:1280")}));
 }
 
 TEST_F(MultiSourceChain, At48000HzWithAMicrophoneTheMixIsHandedBackWith9) {

@@ -1,6 +1,5 @@
 #include <cmath>
 
-#include "audio_filter/log_address.h"
 #include "common/result_code.h"
 #include "filter_fixture.h"
 #include "support/seed.h"
@@ -11,14 +10,8 @@ using namespace audio_filter::internal;
 
 namespace {
 
-constexpr AVSourceType kMic = AV_SOURCE_MICROPHONE;
-
-std::string Debug(int line, const std::string& text) {
+std::string SingleDebug(int line, const std::string& text) {
     return "[DEBUG]MediaProcessLog:AudioFilter::SingleProcess:" + std::to_string(line) + ":" + text;
-}
-
-std::string Number(const void* address) {
-    return std::to_string(LogAddress(address));
 }
 
 class SingleSourceChain : public FilterTest {
@@ -64,14 +57,14 @@ TEST_F(SingleSourceChain, AStereoBlockOf4000BytesIsCheckedWithCount2000) {
     std::vector<short> samples = Opposed(1000);
     EXPECT_EQ(Chain(samples, kMic), 0);
     EXPECT_EQ(Counted(0), 1000U) << "frames of two";
-    EXPECT_EQ(log.Lines()[1], Debug(460, "[ASRC0]phase check processed(s16), in:" +
-                                             Number(samples.data()) + " , byteSize:4000"));
+    EXPECT_EQ(log.Lines()[1], SingleDebug(460, "[ASRC0]phase check processed(s16), in:" +
+                                                   Number(samples.data()) + " , byteSize:4000"));
     Start(32000, 2, SAMPLE_FMT_FLT, {AP_PHASE_CHECK});
     std::vector<float> floats(1000, 0.5F);
     EXPECT_EQ(Chain(floats, kMic), 0);
     EXPECT_EQ(Counted(0), 500U);
-    EXPECT_EQ(log.Lines()[1], Debug(455, "[ASRC0]phase check process(float), in:" +
-                                             Number(floats.data()) + " , byteSize:4000"));
+    EXPECT_EQ(log.Lines()[1], SingleDebug(455, "[ASRC0]phase check process(float), in:" +
+                                                   Number(floats.data()) + " , byteSize:4000"));
 }
 
 TEST_F(SingleSourceChain, Sources0And3ShareACheckerAnd1And2HaveTheirOwn) {
@@ -132,12 +125,12 @@ TEST_F(SingleSourceChain, Source1IsNeitherSuppressedNorDetectedAndGainRunsInTheI
     EXPECT_EQ(samples, gained);
     EXPECT_EQ(Out<short>(), gained);
     EXPECT_EQ(filter->mClassifier.mGathered, 0U);
-    EXPECT_EQ(
-        log.Lines(),
-        (Lines{Debug(436, "SingleProcess"),
-               Debug(523, "[ASRC1]AGC process, in:" + Number(samples.data()) + ", byteSize:1280"),
-               Debug(530, "copy to outbuf, outData:" + Number(out.data()) +
-                              ", out:" + Number(samples.data()) + ", byteSize:1280")}));
+    EXPECT_EQ(log.Lines(),
+              (Lines{SingleDebug(436, "SingleProcess"),
+                     SingleDebug(523, "[ASRC1]AGC process, in:" + Number(samples.data()) +
+                                          ", byteSize:1280"),
+                     SingleDebug(530, "copy to outbuf, outData:" + Number(out.data()) +
+                                          ", out:" + Number(samples.data()) + ", byteSize:1280")}));
 }
 
 TEST_F(SingleSourceChain, AMicrophoneIsDetectedSuppressedGainedAndCopiedFromTheWorkBuffer) {
@@ -160,12 +153,12 @@ TEST_F(SingleSourceChain, AMicrophoneIsDetectedSuppressedGainedAndCopiedFromTheW
     EXPECT_EQ(filter->mClassifier.mGathered, 700U);
     const std::string work = Number(filter->mBuffer);
     EXPECT_EQ(log.Lines(),
-              (Lines{Debug(436, "SingleProcess"),
-                     Debug(491, "[ASRC0]denoise process, in:" + Number(samples.data()) +
-                                    ", out:" + work + ", byteSize:1400"),
-                     Debug(523, "[ASRC0]AGC process, in:" + work + ", byteSize:1280"),
-                     Debug(530, "copy to outbuf, outData:" + Number(out.data()) + ", out:" + work +
-                                    ", byteSize:1280")}));
+              (Lines{SingleDebug(436, "SingleProcess"),
+                     SingleDebug(491, "[ASRC0]denoise process, in:" + Number(samples.data()) +
+                                          ", out:" + work + ", byteSize:1400"),
+                     SingleDebug(523, "[ASRC0]AGC process, in:" + work + ", byteSize:1280"),
+                     SingleDebug(530, "copy to outbuf, outData:" + Number(out.data()) +
+                                          ", out:" + work + ", byteSize:1280")}));
 }
 
 TEST_F(SingleSourceChain, At48000HzAMicrophoneIsHandedBackWith9AndTheRequestedFormat) {
@@ -177,7 +170,7 @@ TEST_F(SingleSourceChain, At48000HzAMicrophoneIsHandedBackWith9AndTheRequestedFo
     EXPECT_EQ(param.audioSampleRate, 32000);
     EXPECT_EQ(param.audioChannels, 2);
     EXPECT_EQ(param.audioSampleFmt, SAMPLE_FMT_FLT);
-    EXPECT_EQ(log.Lines(), Lines{Debug(436, "SingleProcess")});
+    EXPECT_EQ(log.Lines(), Lines{SingleDebug(436, "SingleProcess")});
 }
 
 TEST_F(SingleSourceChain, At48000HzWithoutSuppressionTheBlockIsProcessedDirectly) {

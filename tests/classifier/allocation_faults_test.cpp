@@ -11,13 +11,13 @@
 
 namespace {
 
-struct Stream {
+struct ClassifierStream {
     unsigned short channels;
     int rate;
     SampleFmt format;
 };
 
-const std::vector<Stream> kStreams = {
+const std::vector<ClassifierStream> kClassifierStreams = {
     {1, 32000, SAMPLE_FMT_S16}, {2, 32000, SAMPLE_FMT_FLT},  {3, 32000, SAMPLE_FMT_S16},
     {1, 44100, SAMPLE_FMT_FLT}, {2, 44100, SAMPLE_FMT_S16},  {2, 48000, SAMPLE_FMT_FLT},
     {1, 8000, SAMPLE_FMT_S16},  {1, 32000, SAMPLE_FMT_S16P}, {1, 32000, SAMPLE_FMT_DBL},
@@ -25,13 +25,13 @@ const std::vector<Stream> kStreams = {
 
 using Bytes = std::vector<unsigned char>;
 
-std::size_t BlockBytes(const Stream& stream) {
+std::size_t BlockBytes(const ClassifierStream& stream) {
     const std::size_t width = stream.format == SAMPLE_FMT_FLT ? 4 : 2;
     return static_cast<std::size_t>(stream.rate / 100) * stream.channels * width;
 }
 
 /// 1.2 s of speech: more than one analysis.
-Bytes Speech(const Stream& stream) {
+Bytes Speech(const ClassifierStream& stream) {
     std::mt19937 random(1);
     const auto samples = static_cast<std::size_t>(stream.rate / 100) * stream.channels;
     const std::vector<float> floats = NoisySpeech(random, 120 * samples, stream.rate);
@@ -40,7 +40,8 @@ Bytes Speech(const Stream& stream) {
     return {bytes, bytes + 120 * BlockBytes(stream)};
 }
 
-std::vector<bool> RunStream(AudioClassifier& classifier, const Stream& stream, Bytes speech) {
+std::vector<bool> RunStream(AudioClassifier& classifier, const ClassifierStream& stream,
+                            Bytes speech) {
     const std::size_t block = BlockBytes(stream);
     std::vector<bool> results;
     for (std::size_t at = 0; at < speech.size(); at += block) {
@@ -59,13 +60,13 @@ struct State {
     bool operator==(const State&) const = default;
 };
 
-State StateAfter(AudioClassifier& classifier, const Stream& stream, const Bytes& speech) {
+State StateAfter(AudioClassifier& classifier, const ClassifierStream& stream, const Bytes& speech) {
     std::vector<bool> results = RunStream(classifier, stream, speech);
     return {classifier.mHistory, classifier.mVotes, std::move(results)};
 }
 
 /// @param before an earlier stream of the classifier; null for none
-int FailInit(const Stream& stream, const Stream* before) {
+int FailClassifierInit(const ClassifierStream& stream, const ClassifierStream* before) {
     const auto make = [before] {
         auto classifier = std::make_unique<AudioClassifier>();
         if (before != nullptr) {
@@ -97,12 +98,12 @@ int FailInit(const Stream& stream, const Stream* before) {
 
 TEST(AllocationFaults, AClassifierWhoseInitThrewIsNotInitialisedAndTheNextInitGivesTheSameResults) {
     int failures = 0;
-    for (const Stream& stream : kStreams) {
-        failures += FailInit(stream, nullptr);
+    for (const ClassifierStream& stream : kClassifierStreams) {
+        failures += FailClassifierInit(stream, nullptr);
     }
-    failures += FailInit(kStreams[0], &kStreams[5]);
-    failures += FailInit(kStreams[4], &kStreams[0]);
-    failures += FailInit(kStreams[4], &kStreams[4]);
+    failures += FailClassifierInit(kClassifierStreams[0], &kClassifierStreams[5]);
+    failures += FailClassifierInit(kClassifierStreams[4], &kClassifierStreams[0]);
+    failures += FailClassifierInit(kClassifierStreams[4], &kClassifierStreams[4]);
     Report("AudioClassifier::Init", failures);
 }
 

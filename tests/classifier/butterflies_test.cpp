@@ -15,8 +15,8 @@ using namespace audio_filter::internal;
 namespace {
 
 /// Random elements, and the result of plain loops over them.
-struct Block {
-    Block(std::mt19937& random, std::size_t length) : real(length), imag(length) {
+struct ComplexBlock {
+    ComplexBlock(std::mt19937& random, std::size_t length) : real(length), imag(length) {
         std::uniform_real_distribution<float> any(-1.0F, 1.0F);
         for (std::size_t i = 0; i < length; ++i) {
             real[i] = any(random);
@@ -45,7 +45,7 @@ struct Block {
     std::vector<float> imag;
 };
 
-void ExpectSame(const Block& a, const Block& b, std::size_t length) {
+void ExpectSame(const ComplexBlock& a, const ComplexBlock& b, std::size_t length) {
     EXPECT_TRUE(SameBits(a.real, b.real)) << length;
     EXPECT_TRUE(SameBits(a.imag, b.imag)) << length;
 }
@@ -54,8 +54,8 @@ TEST(Butterflies, AllStagesOf1To1024ElementsEqualPlainLoops) {
     std::mt19937 random = SeededRandom();
     const TwiddleFactors factors(1024);
     for (std::size_t length = 1; length <= 1024; length *= 2) {
-        Block block(random, length);
-        Block plain = block;
+        ComplexBlock block(random, length);
+        ComplexBlock plain = block;
         AllStages(block, length, factors.Table());
         for (std::size_t half = 1; half < length; half *= 2) {
             plain.PlainStage(half, factors.Table());
@@ -68,8 +68,8 @@ TEST(Butterflies, TwoStagesAtATimeOf4To4096ElementsEqualPlainLoops) {
     std::mt19937 random = SeededRandom();
     const TwiddleFactors factors(4096);
     for (std::size_t quarter = 1; quarter <= 1024; quarter *= 2) {
-        Block block(random, 4 * quarter);
-        Block plain = block;
+        ComplexBlock block(random, 4 * quarter);
+        ComplexBlock plain = block;
         TwoStages(block, quarter, factors.Table());
         plain.PlainStage(quarter, factors.Table());
         plain.PlainStage(2 * quarter, factors.Table());
@@ -80,7 +80,7 @@ TEST(Butterflies, TwoStagesAtATimeOf4To4096ElementsEqualPlainLoops) {
 TEST(Butterflies, FiveStagesOf32RowsEqualATransformPerLane) {
     std::mt19937 random = SeededRandom();
     const TwiddleFactors factors(32);
-    std::vector<Block> lanes;
+    std::vector<ComplexBlock> lanes;
     Row real[32];
     Row imag[32];
     for (std::size_t lane = 0; lane < kLanes; ++lane) {
@@ -108,9 +108,9 @@ TEST(Butterflies, TheLastTwoStagesOfARepetitionCutInEitherHalfEqualPlainLoopsInA
     constexpr std::size_t kHalf = 64;
     const TwiddleFactors factors(2 * kHalf);
     for (const bool second : {false, true}) {
-        const Block first(random, 2 * kHalf);
-        const Block cut(random, kHalf);
-        Block plain = first;
+        const ComplexBlock first(random, 2 * kHalf);
+        const ComplexBlock cut(random, kHalf);
+        ComplexBlock plain = first;
         plain.real.resize(4 * kHalf);
         plain.imag.resize(4 * kHalf);
         for (std::size_t i = 0; i < kHalf; ++i) {

@@ -19,7 +19,7 @@ namespace fs = std::filesystem;
 /// What happens during a run.
 enum class When { kAsItIs, kDiskIsFull, kInterruptedHalfWay, kFifoClosesEarly, kReaderGoesAway };
 
-struct Case {
+struct BadInput {
     Words words;
     int status;
     std::string message;  ///< part of the line
@@ -28,7 +28,7 @@ struct Case {
 
 class BadInputTest : public CommandLineTest {
 protected:
-    std::vector<Case> Cases() {
+    std::vector<BadInput> Cases() {
         const std::string good = Speech();
         const std::string stereo3 =
             Record<short>("three.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 32000, 3);
@@ -193,7 +193,7 @@ protected:
     }
 
     /// Runs the executable while something happens to it.
-    Outcome RunWhile(const Case& c) {
+    Outcome RunWhile(const BadInput& c) {
         const bool full = c.when == When::kDiskIsFull;
         const bool fed = c.when == When::kFifoClosesEarly;
         const bool left = c.when == When::kReaderGoesAway;
@@ -220,17 +220,17 @@ protected:
 };
 
 TEST_F(BadInputTest, PrintsOneLineReturnsAStatusAndLeavesNoOutput) {
-    const std::vector<Case> cases = Cases();
+    const std::vector<BadInput> cases = Cases();
     EXPECT_GE(cases.size(), 40U);
     const Words before = Sorted(dir.Names());
     const std::string original = ReadFile(File("in.wav"));
-    for (const Case& c : cases) {
+    for (const BadInput& c : cases) {
         std::string line = "audio-filter";
         for (const std::string& word : c.words) {
             line += " " + word;
         }
         for (const bool json : {false, true}) {
-            Case run = c;
+            BadInput run = c;
             if (json && !c.words.empty() && c.when != When::kReaderGoesAway) {
                 run.words.insert(run.words.begin() + 1, "--json");
             }

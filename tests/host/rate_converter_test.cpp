@@ -9,7 +9,7 @@
 
 namespace {
 
-std::vector<float> Sine(std::size_t frames, double rate, double hz) {
+std::vector<float> SineOf(std::size_t frames, double rate, double hz) {
     std::vector<float> signal(frames);
     for (std::size_t i = 0; i < frames; ++i) {
         signal[i] =
@@ -34,9 +34,9 @@ std::vector<float> ConvertInBlocks(RateConverter& converter, const std::vector<f
 
 TEST(RateConverter, A440HzSineAt48000HzIsThatSineAt32000HzWithoutDelay) {
     RateConverter converter(48000, 32000, 1);
-    const std::vector<float> out = ConvertInBlocks(converter, Sine(48000, 48000, 440), 480);
+    const std::vector<float> out = ConvertInBlocks(converter, SineOf(48000, 48000, 440), 480);
     EXPECT_NEAR(static_cast<double>(out.size()), 32000.0, 1.0);
-    const std::vector<float> expected = Sine(32000, 32000, 440);
+    const std::vector<float> expected = SineOf(32000, 32000, 440);
     for (std::size_t i = 200; i + 200 < out.size(); ++i) {
         ASSERT_NEAR(out[i], expected[i], 1e-3F) << i;
     }

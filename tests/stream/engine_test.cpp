@@ -26,18 +26,6 @@ namespace {
 
 using Type = StreamEvent::Type;
 
-StreamFormat FormatOf(int rate, int channels, SampleFmt samples, int sources = 1) {
-    return {.sampleRate = rate, .channels = channels, .samples = samples, .sources = sources};
-}
-
-std::vector<StreamEvent> EventsOf(Stream& stream) {
-    std::vector<StreamEvent> events;
-    for (StreamEvent event; stream.NextEvent(event);) {
-        events.push_back(event);
-    }
-    return events;
-}
-
 /// AudioDenoise alone, in blocks of 320 samples, with levels from some blocks on.
 std::vector<short> Denoised(const std::vector<short>& in, int level,
                             const std::vector<std::pair<std::size_t, int>>& levels) {

@@ -30,6 +30,19 @@ constexpr SampleFmt Planar() {
     return std::is_same_v<Sample, float> ? SAMPLE_FMT_FLTP : SAMPLE_FMT_S16P;
 }
 
+inline StreamFormat FormatOf(int rate, int channels, SampleFmt samples, int sources = 1) {
+    return {.sampleRate = rate, .channels = channels, .samples = samples, .sources = sources};
+}
+
+/// Takes all events that are waiting.
+inline std::vector<StreamEvent> EventsOf(Stream& stream) {
+    std::vector<StreamEvent> events;
+    for (StreamEvent event; stream.NextEvent(event);) {
+        events.push_back(event);
+    }
+    return events;
+}
+
 /// Settings with every stage off.
 inline StreamSettings AllOff() {
     return {.suppression = {}, .gain = {}, .phaseCheck = false, .mix = false};

@@ -20,10 +20,6 @@ namespace {
 
 constexpr int kRates[] = {8000, 16000, 32000, 44100, 48000, 96000};
 
-StreamFormat FormatOf(int rate, int channels, SampleFmt samples, int sources = 1) {
-    return {.sampleRate = rate, .channels = channels, .samples = samples, .sources = sources};
-}
-
 /// A change of every setting, 9 times a second.
 std::vector<Change> Changes(std::size_t frames, int rate) {
     std::vector<Change> changes;
@@ -344,20 +340,24 @@ TEST(StreamContract, OutputIsFiniteAgainWithin100MsOfABlockOfNaNOrInfinitiesOrTh
     for (const int rate : {8000, 16000, 32000, 44100, 48000, 96000, 192000}) {
         for (const float bad : {std::nanf(""), infinity, -infinity, largest, -largest, 1e20F}) {
             for (const bool alternating : {false, true}) {
-                const auto second = static_cast<std::size_t>(rate);
-                std::vector<float> in = Bursts(2 * second, rate, 0.5F, 0.1F, 1);
-                for (std::size_t i = second / 2; i < second / 2 + second / 50; ++i) {
+                if (alternating && bad < 0.0F) {
+                    continue;  // the same again
+                }
+                const auto half = static_cast<std::size_t>(rate) / 2;
+                std::vector<float> in = Bursts(2 * half, rate, 0.5F, 0.1F, 1);
+                const std::size_t end = half / 2 + half / 25;
+                for (std::size_t i = half / 2; i < end; ++i) {
                     in[i] = alternating && i % 8 < 4 ? -bad : bad;
                 }
                 const StreamSettings settings = {.gain = 0.5F, .music = MusicMode::kKeep};
                 const Buffers<float> out =
                     PlayAligned(FormatOf(rate, 1, SAMPLE_FMT_FLT), settings, Buffers<float>{in});
                 double energy = 0.0;
-                for (std::size_t i = second; i < out[0].size(); ++i) {
+                for (std::size_t i = end + half / 5; i < out[0].size(); ++i) {
                     ASSERT_TRUE(std::isfinite(out[0][i])) << rate << " Hz, " << bad;
                     energy += static_cast<double>(out[0][i] * out[0][i]);
                 }
-                EXPECT_GT(energy / static_cast<double>(second), 1e-4) << rate << " Hz, " << bad;
+                EXPECT_GT(energy / static_cast<double>(half), 1e-4) << rate << " Hz, " << bad;
             }
         }
     }

@@ -21,14 +21,6 @@ using Type = StreamEvent::Type;
 
 constexpr StreamFormat kMono = {.samples = SAMPLE_FMT_FLT, .maxFrames = 1000};
 
-std::vector<StreamEvent> EventsOf(Stream& stream) {
-    std::vector<StreamEvent> events;
-    for (StreamEvent event; stream.NextEvent(event);) {
-        events.push_back(event);
-    }
-    return events;
-}
-
 /// Processes a number of processing blocks.
 void PlayBlocks(Stream& stream, const StreamFormat& format, int blocks) {
     const auto frames = static_cast<std::size_t>(blocks * stream.BlockFrames());

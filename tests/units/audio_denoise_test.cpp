@@ -11,13 +11,11 @@
 #include "support/bytes.h"
 #include "support/seed.h"
 #include "support/signals.h"
+#include "units/speech.h"
 
 namespace {
 
 constexpr int kBlock = 320;
-
-template <typename Sample>
-constexpr SampleFmt kFormat = std::is_same_v<Sample, short> ? SAMPLE_FMT_S16 : SAMPLE_FMT_FLT;
 
 /// The output of a block, in a buffer with 10 ms more.
 template <typename Sample>
@@ -28,12 +26,6 @@ std::vector<Sample> Process(AudioDenoise& denoise, const std::vector<Sample>& bl
     EXPECT_EQ(size % static_cast<int>(sizeof(Sample)), 0);
     out.resize(static_cast<std::size_t>(size) / sizeof(Sample));
     return out;
-}
-
-template <typename Sample>
-std::vector<Sample> Speech(int samples) {
-    std::mt19937 random = SeededRandom();
-    return As<Sample>(NoisySpeech(random, static_cast<std::size_t>(samples), 32000.0));
 }
 
 template <typename Sample>

@@ -13,7 +13,7 @@ using namespace audio_filter::internal;
 
 namespace {
 
-AudioGain Ready(SampleFmt fmt) {
+AudioGain ReadyGain(SampleFmt fmt) {
     AudioGain gain;
     EXPECT_EQ(gain.Init(fmt), RESULT_OK);
     return gain;
@@ -38,15 +38,15 @@ TEST(AudioGain, ANewUnitHasGain0_8AndIsNotInitialised) {
 }
 
 TEST(AudioGain, InitTakes1And6As16BitAnd3And8AsFloat) {
-    EXPECT_EQ(Ready(SAMPLE_FMT_S16).mFmt, 1);
-    EXPECT_EQ(Ready(SAMPLE_FMT_S16P).mFmt, 1);
-    EXPECT_EQ(Ready(SAMPLE_FMT_FLT).mFmt, 3);
-    EXPECT_EQ(Ready(SAMPLE_FMT_FLTP).mFmt, 3);
+    EXPECT_EQ(ReadyGain(SAMPLE_FMT_S16).mFmt, 1);
+    EXPECT_EQ(ReadyGain(SAMPLE_FMT_S16P).mFmt, 1);
+    EXPECT_EQ(ReadyGain(SAMPLE_FMT_FLT).mFmt, 3);
+    EXPECT_EQ(ReadyGain(SAMPLE_FMT_FLTP).mFmt, 3);
 }
 
 TEST(AudioGain, InitRefusesEveryOtherFormatWith3AndKeepsTheEarlierFormatAndGain) {
     for (const int fmt : {-1, 0, 2, 4, 5, 7, 9, 10, -100, 1000}) {
-        AudioGain gain = Ready(SAMPLE_FMT_FLT);
+        AudioGain gain = ReadyGain(SAMPLE_FMT_FLT);
         gain.SetGain(0.25F);
         EXPECT_EQ(gain.Init(static_cast<SampleFmt>(fmt)), RESULT_INVALID) << fmt;
         EXPECT_FALSE(gain.IsInited());
@@ -63,7 +63,7 @@ TEST(AudioGain, InitResetsTheGainTo0_8) {
 }
 
 TEST(AudioGain, ClearLeavesGain0AndNoFormat) {
-    AudioGain gain = Ready(SAMPLE_FMT_S16);
+    AudioGain gain = ReadyGain(SAMPLE_FMT_S16);
     EXPECT_TRUE(gain.Clear());
     EXPECT_FALSE(gain.IsInited());
     EXPECT_EQ(gain.mGain, 0.0F);
@@ -89,16 +89,16 @@ TEST(AudioGain, SetGainClampsTo0To1AndStoresNaNAs0) {
 }
 
 TEST(AudioGain, GainZeroAfterSetGainMinus5LeavesTheBufferBitIdentical) {
-    AudioGain s16 = Ready(SAMPLE_FMT_S16);
+    AudioGain s16 = ReadyGain(SAMPLE_FMT_S16);
     s16.SetGain(-5.0F);
     EXPECT_EQ(Processed(s16, kSomeS16), kSomeS16);
-    AudioGain flt = Ready(SAMPLE_FMT_FLT);
+    AudioGain flt = ReadyGain(SAMPLE_FMT_FLT);
     flt.SetGain(-5.0F);
     EXPECT_TRUE(SameBits(Processed(flt, kSomeFloat), kSomeFloat));
 }
 
 TEST(AudioGain, AClearedUnitLeavesTheBufferBitIdenticalThroughTheThreeArgumentProcess) {
-    AudioGain gain = Ready(SAMPLE_FMT_S16);
+    AudioGain gain = ReadyGain(SAMPLE_FMT_S16);
     gain.Clear();
     std::vector<short> samples = kSomeS16;
     EXPECT_EQ(gain.Process(BytesOf(samples), ByteCount(samples), SAMPLE_FMT_S16), RESULT_OK);
@@ -109,14 +109,14 @@ TEST(AudioGain, AClearedUnitLeavesTheBufferBitIdenticalThroughTheThreeArgumentPr
 }
 
 TEST(AudioGain, GainOneMapsKnee8192To24568) {
-    AudioGain gain = Ready(SAMPLE_FMT_S16);
+    AudioGain gain = ReadyGain(SAMPLE_FMT_S16);
     gain.SetGain(1.0F);
     EXPECT_EQ(Processed(gain, std::vector<short>{8192, -8192}),
               (std::vector<short>{24568, -24568}));
 }
 
 TEST(AudioGain, TheDefaultGainMapsFullScale32767To32744AndMinus32768NoLowerThanItself) {
-    AudioGain gain = Ready(SAMPLE_FMT_S16);
+    AudioGain gain = ReadyGain(SAMPLE_FMT_S16);
     const std::vector<short> mapped = Processed(gain, std::vector<short>{32767, -32768});
     EXPECT_EQ(mapped[0], 32744);
     // (-32768 + 9830) * 438 - 9830 * 2389 = -33530714, shifted right by 10.
@@ -124,32 +124,32 @@ TEST(AudioGain, TheDefaultGainMapsFullScale32767To32744AndMinus32768NoLowerThanI
 }
 
 TEST(AudioGain, FloatInputBeyondFullScaleIsClampedToExactly1) {
-    AudioGain gain = Ready(SAMPLE_FMT_FLT);
+    AudioGain gain = ReadyGain(SAMPLE_FMT_FLT);
     EXPECT_EQ(Processed(gain, std::vector<float>{1.5F, -1.5F, 1e30F}),
               (std::vector<float>{1, -1, 1}));
 }
 
 TEST(AudioGain, ThreeBytesOf16BitAreOneSampleAndTheLastByteIsUnchanged) {
-    AudioGain gain = Ready(SAMPLE_FMT_S16);
+    AudioGain gain = ReadyGain(SAMPLE_FMT_S16);
     std::vector<short> samples = {1000, 1000};
     EXPECT_EQ(gain.Process(BytesOf(samples), 3), RESULT_OK);
     EXPECT_EQ(samples, (std::vector<short>{1000 * 2389 >> 10, 1000}));
     std::vector<float> floats = {0.1F, 0.1F};
-    AudioGain flt = Ready(SAMPLE_FMT_FLT);
+    AudioGain flt = ReadyGain(SAMPLE_FMT_FLT);
     EXPECT_EQ(flt.Process(BytesOf(floats), 7), RESULT_OK);
     EXPECT_NE(floats[0], 0.1F);
     EXPECT_EQ(floats[1], 0.1F);
 }
 
 TEST(AudioGain, ASizeBelowOneSampleChangesNothingAndReturns0) {
-    AudioGain gain = Ready(SAMPLE_FMT_S16);
+    AudioGain gain = ReadyGain(SAMPLE_FMT_S16);
     char byte = 77;
     EXPECT_EQ(gain.Process(&byte, 1), RESULT_OK);
     EXPECT_EQ(byte, 77);
 }
 
 TEST(AudioGain, ThreeArgumentProcessOfAPlanarFormatReturns11AndLeavesTheBuffer) {
-    AudioGain gain = Ready(SAMPLE_FMT_S16P);
+    AudioGain gain = ReadyGain(SAMPLE_FMT_S16P);
     for (const int fmt : {6, 8, -1, 0, 2, 4, 5, 7, 9, 100}) {
         std::vector<short> samples = kSomeS16;
         EXPECT_EQ(gain.Process(BytesOf(samples), ByteCount(samples), static_cast<SampleFmt>(fmt)),
@@ -164,7 +164,7 @@ TEST(AudioGain, ThreeArgumentProcessNeedsNoInitAndUsesItsOwnFormat) {
     std::vector<short> samples = {1000};
     EXPECT_EQ(fresh.Process(BytesOf(samples), 2, SAMPLE_FMT_S16), RESULT_OK);
     EXPECT_EQ(samples[0], 1000 * 2389 >> 10);
-    AudioGain flt = Ready(SAMPLE_FMT_FLT);
+    AudioGain flt = ReadyGain(SAMPLE_FMT_FLT);
     samples = {1000};
     EXPECT_EQ(flt.Process(BytesOf(samples), 2, SAMPLE_FMT_S16), RESULT_OK);
     EXPECT_EQ(samples[0], 1000 * 2389 >> 10);
@@ -197,13 +197,13 @@ TEST(AudioGain, ABadArgumentReturns2BeforeNotInitialisedReturns4) {
 }
 
 TEST(AudioGain, AnInitialisedUnitWithoutAFormatLeavesTheBufferAndReturns0) {
-    AudioGain gain = Ready(SAMPLE_FMT_S16);
+    AudioGain gain = ReadyGain(SAMPLE_FMT_S16);
     gain.mFmt = -1;
     EXPECT_EQ(Processed(gain, kSomeS16), kSomeS16);
 }
 
 TEST(AudioGain, ABlockAtAnOddAddressIsMappedLikeAnyOther) {
-    AudioGain gain = Ready(SAMPLE_FMT_S16);
+    AudioGain gain = ReadyGain(SAMPLE_FMT_S16);
     const std::vector<short> expected = Processed(gain, kSomeS16);
     std::vector<char> bytes(1 + kSomeS16.size() * sizeof(short));
     std::memcpy(bytes.data() + 1, kSomeS16.data(), bytes.size() - 1);
@@ -228,7 +228,7 @@ TEST(AudioGain, TheAlternativeCurveIsAvailableThroughPrivateOperations) {
 }
 
 TEST(AudioGain, TheSmallestGainStillClampsFloatSamples) {
-    AudioGain gain = Ready(SAMPLE_FMT_FLT);
+    AudioGain gain = ReadyGain(SAMPLE_FMT_FLT);
     gain.SetGain(1e-30F);
     EXPECT_EQ(Processed(gain, std::vector<float>{1.5F, -2.0F, 0.25F}),
               (std::vector<float>{1.0F, -1.0F, 0.25F}));

@@ -16,7 +16,7 @@ using namespace audio_filter::internal;
 
 namespace {
 
-std::unique_ptr<AudioMixing> Ready(SampleFmt fmt) {
+std::unique_ptr<AudioMixing> ReadyMixing(SampleFmt fmt) {
     auto mixing = std::make_unique<AudioMixing>();
     EXPECT_EQ(mixing->Init(fmt), RESULT_OK);
     return mixing;
@@ -53,21 +53,21 @@ TEST(AudioMixing, InitTakesFormats1_3_6_8AndRefusesTheRestWithMinus1) {
 }
 
 TEST(AudioMixing, ARefusedInitKeepsTheEarlierFormatButIsNotInitialised) {
-    const auto mixing = Ready(SAMPLE_FMT_FLTP);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_FLTP);
     EXPECT_EQ(mixing->Init(SAMPLE_FMT_S32), RESULT_FAILURE);
     EXPECT_FALSE(mixing->IsInited());
     EXPECT_EQ(mixing->mFmt, SAMPLE_FMT_FLTP);
 }
 
 TEST(AudioMixing, AClearedUnitIsNotInitialisedAndHasNoFormat) {
-    const auto mixing = Ready(SAMPLE_FMT_S16);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_S16);
     EXPECT_TRUE(mixing->Clear());
     EXPECT_FALSE(mixing->IsInited());
     EXPECT_EQ(mixing->mFmt, -1);
 }
 
 TEST(AudioMixing, TwoSamplesOf20000LeaveAs29463) {
-    const auto mixing = Ready(SAMPLE_FMT_S16);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_S16);
     const auto mixed = Mix(*mixing, std::vector<short>{20000, 20000}, 2);
     EXPECT_EQ(mixed.code, RESULT_OK);
     EXPECT_EQ(mixed.size, 2);
@@ -75,17 +75,17 @@ TEST(AudioMixing, TwoSamplesOf20000LeaveAs29463) {
 }
 
 TEST(AudioMixing, Samples16384AndMinus16384LeaveAs0) {
-    const auto mixing = Ready(SAMPLE_FMT_S16);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_S16);
     EXPECT_EQ(Mix(*mixing, std::vector<short>{16384, -16384}, 2).out[0], 0);
 }
 
 TEST(AudioMixing, ASumOfMinus32768LeavesAsMinus28672) {
-    const auto mixing = Ready(SAMPLE_FMT_S16);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_S16);
     EXPECT_EQ(Mix(*mixing, std::vector<short>{-32768, 0}, 2).out[0], -28672);
 }
 
 TEST(AudioMixing, ASingleSourceIsCopiedUnchangedWithAllItsBytes) {
-    const auto mixing = Ready(SAMPLE_FMT_S16);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_S16);
     const std::vector<short> in = {-32768, 32767, 1, 0x0505};
     const auto mixed = Mix(*mixing, in, 1, 7);
     EXPECT_EQ(mixed.code, RESULT_OK);
@@ -95,7 +95,7 @@ TEST(AudioMixing, ASingleSourceIsCopiedUnchangedWithAllItsBytes) {
 }
 
 TEST(AudioMixing, ASingleSourceInPlaceIsUnchanged) {
-    const auto mixing = Ready(SAMPLE_FMT_S16);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_S16);
     std::vector<short> samples = {5, -6};
     int size = 4;
     EXPECT_EQ(mixing->Process(BytesOf(samples), BytesOf(samples), size, 1), RESULT_OK);
@@ -104,14 +104,14 @@ TEST(AudioMixing, ASingleSourceInPlaceIsUnchanged) {
 }
 
 TEST(AudioMixing, OneOfTwoSourcesWithTheOtherSilentIsScaledBy7_8) {
-    const auto mixing = Ready(SAMPLE_FMT_S16);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_S16);
     const auto mixed = Mix(*mixing, std::vector<short>{8000, -8000, 0, 0}, 2);
     EXPECT_EQ(mixed.out[0], 7000);
     EXPECT_EQ(mixed.out[1], -7000);
 }
 
 TEST(AudioMixing, ASingleSourceThroughThePrivateMixIsScaledBy7_8) {
-    const auto mixing = Ready(SAMPLE_FMT_S16);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_S16);
     short in[2] = {8000, -8000};
     short out[2] = {};
     int count = 2;
@@ -122,7 +122,7 @@ TEST(AudioMixing, ASingleSourceThroughThePrivateMixIsScaledBy7_8) {
 }
 
 TEST(AudioMixing, SevenSamplesOfTwoSourcesReturn3AndSizeIsThatOfTheInput) {
-    const auto mixing = Ready(SAMPLE_FMT_S16);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_S16);
     const auto mixed = Mix(*mixing, std::vector<short>(7, 5), 2);
     EXPECT_EQ(mixed.code, RESULT_INVALID);
     EXPECT_EQ(mixed.size, 14);
@@ -130,38 +130,38 @@ TEST(AudioMixing, SevenSamplesOfTwoSourcesReturn3AndSizeIsThatOfTheInput) {
 }
 
 TEST(AudioMixing, ASizeThatIsNotWholeSamplesIsRoundedDownEvenWhenCode3Returns) {
-    const auto mixing = Ready(SAMPLE_FMT_S16);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_S16);
     const auto refused = Mix(*mixing, std::vector<short>(8, 5), 2, 15);
     EXPECT_EQ(refused.code, RESULT_INVALID);
     EXPECT_EQ(refused.size, 14);
     const auto mixed = Mix(*mixing, std::vector<short>(8, 5), 2, 13);
     EXPECT_EQ(mixed.code, RESULT_OK);
     EXPECT_EQ(mixed.size, 6);
-    const auto flt = Ready(SAMPLE_FMT_FLT);
+    const auto flt = ReadyMixing(SAMPLE_FMT_FLT);
     const auto floats = Mix(*flt, std::vector<float>(8, 0.5F), 3, 31);
     EXPECT_EQ(floats.code, RESULT_INVALID);
     EXPECT_EQ(floats.size, 28);
 }
 
 TEST(AudioMixing, ASizeBelowOneSampleMixesNothingAndReturns0) {
-    const auto mixing = Ready(SAMPLE_FMT_FLT);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_FLT);
     const auto mixed = Mix(*mixing, std::vector<float>(2, 1.0F), 2, 3);
     EXPECT_EQ(mixed.code, RESULT_OK);
     EXPECT_EQ(mixed.size, 0);
     EXPECT_EQ(mixed.out[0], 77.0F);
-    const auto s16 = Ready(SAMPLE_FMT_S16);
+    const auto s16 = ReadyMixing(SAMPLE_FMT_S16);
     EXPECT_EQ(Mix(*s16, std::vector<short>(2, 5), 2, 1).code, RESULT_OK);
     EXPECT_EQ(Mix(*s16, std::vector<short>(2, 5), 2, 1).size, 0);
 }
 
 TEST(AudioMixing, SixteenSourcesAreMixed) {
-    const auto mixing = Ready(SAMPLE_FMT_S16);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_S16);
     EXPECT_EQ(Mix(*mixing, std::vector<short>(16, 1000), 16).out[0], 14000);
     EXPECT_EQ(mixing->mScratch[15][0], 1000);
 }
 
 TEST(AudioMixing, SamplesBeyondABlockOf1920ReuseTheScratchFromItsStart) {
-    const auto mixing = Ready(SAMPLE_FMT_S16);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_S16);
     std::vector<short> in(2 * 1921, 5);
     in[1920] = 7;
     Mix(*mixing, in, 2);
@@ -182,7 +182,7 @@ TEST(AudioMixing, TheScratchOfANewUnitIsZero) {
 }
 
 TEST(AudioMixing, APrivateMixOf0OrFewerSamplesIsEmptyAndOf0OrTooManySourcesReturns2) {
-    const auto mixing = Ready(SAMPLE_FMT_S16);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_S16);
     short s16[4] = {1, 2, 3, 4};
     float flt[4] = {1, 2, 3, 4};
     for (const int given : {0, -4, -2}) {
@@ -202,7 +202,7 @@ TEST(AudioMixing, APrivateMixOf0OrFewerSamplesIsEmptyAndOf0OrTooManySourcesRetur
 }
 
 TEST(AudioMixing, Float1WithASilentSecondSourceLeavesAs28671Of32767) {
-    const auto mixing = Ready(SAMPLE_FMT_FLT);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_FLT);
     const auto mixed = Mix(*mixing, std::vector<float>{1.0F, 0.0F}, 2);
     EXPECT_EQ(mixed.code, RESULT_OK);
     EXPECT_EQ(mixed.size, 4);
@@ -211,8 +211,9 @@ TEST(AudioMixing, Float1WithASilentSecondSourceLeavesAs28671Of32767) {
 }
 
 TEST(AudioMixing, PlanarFormatsMixLikeTheirInterleavedForms) {
-    EXPECT_EQ(Mix(*Ready(SAMPLE_FMT_S16P), std::vector<short>{20000, 20000}, 2).out[0], 29463);
-    EXPECT_EQ(Mix(*Ready(SAMPLE_FMT_FLTP), std::vector<float>{1.0F, 0.0F}, 2).out[0],
+    EXPECT_EQ(Mix(*ReadyMixing(SAMPLE_FMT_S16P), std::vector<short>{20000, 20000}, 2).out[0],
+              29463);
+    EXPECT_EQ(Mix(*ReadyMixing(SAMPLE_FMT_FLTP), std::vector<float>{1.0F, 0.0F}, 2).out[0],
               28671.0F / 32767.0F);
 }
 
@@ -223,7 +224,7 @@ TEST(AudioMixing, NotInitialisedReturns4BeforeABadArgumentReturns2) {
 }
 
 TEST(AudioMixing, BadArgumentsReturn2AndChangeNothing) {
-    const auto mixing = Ready(SAMPLE_FMT_S16);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_S16);
     const std::vector<short> in(64, 5);
     std::vector<short> out(64, 77);
     const auto code = [&](const char* from, char* to, int size, int sources) {
@@ -245,7 +246,7 @@ TEST(AudioMixing, BadArgumentsReturn2AndChangeNothing) {
 }
 
 TEST(AudioMixing, AnUnknownFormatInProcessReturns12AndChangesNothing) {
-    const auto mixing = Ready(SAMPLE_FMT_S16);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_S16);
     mixing->mFmt = SAMPLE_FMT_S32;
     const auto mixed = Mix(*mixing, std::vector<short>{1, 2}, 2);
     EXPECT_EQ(mixed.code, RESULT_PASSED_THROUGH);
@@ -257,7 +258,7 @@ TEST(AudioMixing, AnUnknownFormatInProcessReturns12AndChangesNothing) {
 template <typename Sample>
 void MixesLikeASum(SampleFmt fmt, bool inPlace) {
     std::mt19937 random = SeededRandom();
-    const auto mixing = Ready(fmt);
+    const auto mixing = ReadyMixing(fmt);
     for (const int length : {1, 2, 7, 1919, 1920, 1921, 3840, 5000}) {
         const int sources = RandomInt(random, 2, 16);
         std::vector<Sample> in(static_cast<std::size_t>(sources * length));
@@ -298,7 +299,7 @@ TEST(AudioMixing, MixesInPlace) {
 }
 
 TEST(AudioMixing, BlocksAtOddAddressesAreMixedLikeAnyOther) {
-    const auto mixing = Ready(SAMPLE_FMT_S16);
+    const auto mixing = ReadyMixing(SAMPLE_FMT_S16);
     char bytes[9] = {};
     const short in[4] = {20000, -1, 20000, 1};
     std::memcpy(bytes + 1, in, sizeof(in));

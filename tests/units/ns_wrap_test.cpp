@@ -11,11 +11,9 @@
 #include "support/bytes.h"
 #include "support/seed.h"
 #include "support/signals.h"
+#include "units/speech.h"
 
 namespace {
-
-template <typename Sample>
-constexpr SampleFmt kFormat = std::is_same_v<Sample, short> ? SAMPLE_FMT_S16 : SAMPLE_FMT_FLT;
 
 template <typename Sample>
 std::vector<Sample> ProcessBlocks(NSWrap& wrap, const std::vector<Sample>& in) {
@@ -26,12 +24,6 @@ std::vector<Sample> ProcessBlocks(NSWrap& wrap, const std::vector<Sample>& in) {
             RESULT_OK);
     }
     return out;
-}
-
-template <typename Sample>
-std::vector<Sample> Speech(int blocks) {
-    std::mt19937 random = SeededRandom();
-    return As<Sample>(NoisySpeech(random, static_cast<std::size_t>(blocks) * 320, 32000.0));
 }
 
 TEST(NSWrap, InitTakes8000_16000_32000HzFormats1And3AndLevels0To3) {
@@ -122,7 +114,7 @@ TEST(NSWrap, SetLevelTakes0To3AndLeavesTheStoredLevel) {
         EXPECT_EQ(wrap.setLevel(level), level >= 0 && level <= 3) << level;
     }
     EXPECT_EQ(wrap.mLevel, 3) << "as given to Init";
-    const std::vector<short> in = Speech<short>(60);
+    const std::vector<short> in = Speech<short>(60 * 320);
     BareSuppressor bare(32000, 3);
     wrap.Init(32000, SAMPLE_FMT_S16, 3);
     for (std::size_t block = 0; block < 60; ++block) {
@@ -138,7 +130,7 @@ TEST(NSWrap, SetLevelTakes0To3AndLeavesTheStoredLevel) {
 }
 
 TEST(NSWrap, SixteenBitBlocksEqualTheBareSuppressorAtEveryRateAndLevel) {
-    const std::vector<short> in = Speech<short>(60);
+    const std::vector<short> in = Speech<short>(60 * 320);
     for (const int rate : {8000, 16000, 32000}) {
         for (int level = 0; level < 4; ++level) {
             NSWrap wrap;
@@ -166,7 +158,7 @@ TEST(NSWrap, AFloatBlockOfZerosStaysZeroWithAllMemoriesAtZero) {
 }
 
 TEST(NSWrap, FullScaleFloatSpeechStaysInRangeWithAHighBandOfExactly0) {
-    std::vector<float> speech = Speech<float>(100);
+    std::vector<float> speech = Speech<float>(100 * 320);
     float peak = 0.0F;
     for (const float sample : speech) {
         peak = std::max(peak, std::abs(sample));
@@ -190,7 +182,7 @@ TEST(NSWrap, FullScaleFloatSpeechStaysInRangeWithAHighBandOfExactly0) {
 
 template <typename Sample>
 void ASecondInitKeepsTheFilterMemoriesAndRestartsTheSuppressor() {
-    const std::vector<Sample> in = Speech<Sample>(20);
+    const std::vector<Sample> in = Speech<Sample>(20 * 320);
     NSWrap wrap;
     wrap.Init(32000, kFormat<Sample>, 3);
     ProcessBlocks(wrap, in);
@@ -216,7 +208,7 @@ TEST(NSWrap, ASecondInitRestartsTheSuppressorAndKeepsTheFilterMemories) {
 
 template <typename Sample>
 void ResetSilencesTheFiltersOnly() {
-    const std::vector<Sample> in = Speech<Sample>(20);
+    const std::vector<Sample> in = Speech<Sample>(20 * 320);
     NSWrap wrap;
     wrap.Init(32000, kFormat<Sample>, 3);
     const std::vector<Sample> first = ProcessBlocks(wrap, in);
@@ -238,14 +230,14 @@ TEST(NSWrap, ResetZeroesTheFiltersAndKeepsTheSuppressorState) {
 TEST(NSWrap, AChangeOfFormatStartsWithBuffersOfZeros) {
     NSWrap wrap;
     wrap.Init(32000, SAMPLE_FMT_S16, 3);
-    ProcessBlocks(wrap, Speech<short>(10));
+    ProcessBlocks(wrap, Speech<short>(10 * 320));
     ASSERT_TRUE(wrap.Init(32000, SAMPLE_FMT_FLT, 3));
-    const std::vector<float> in = Speech<float>(10);
+    const std::vector<float> in = Speech<float>(10 * 320);
     NSWrap fresh;
     fresh.Init(32000, SAMPLE_FMT_FLT, 3);
     EXPECT_TRUE(SameBits(ProcessBlocks(wrap, in), ProcessBlocks(fresh, in)));
     ASSERT_TRUE(wrap.Init(32000, SAMPLE_FMT_S16, 3));
-    const std::vector<short> s16 = Speech<short>(10);
+    const std::vector<short> s16 = Speech<short>(10 * 320);
     NSWrap fresh16;
     fresh16.Init(32000, SAMPLE_FMT_S16, 3);
     EXPECT_EQ(ProcessBlocks(wrap, s16), ProcessBlocks(fresh16, s16));
@@ -262,7 +254,7 @@ TEST(NSWrap, AFailedInitWithAnotherFormatProcessesNothing) {
 }
 
 TEST(NSWrap, FilterMemoriesSurviveAnInitWithAnUnprocessedFormat) {
-    const std::vector<short> in = Speech<short>(10);
+    const std::vector<short> in = Speech<short>(10 * 320);
     NSWrap wrap;
     wrap.Init(32000, SAMPLE_FMT_S16, 3);
     ProcessBlocks(wrap, in);
@@ -273,7 +265,7 @@ TEST(NSWrap, FilterMemoriesSurviveAnInitWithAnUnprocessedFormat) {
 }
 
 TEST(NSWrap, ABlockInPlaceAtAnOddAddressIsProcessedLikeAnyOther) {
-    const std::vector<short> in = Speech<short>(5);
+    const std::vector<short> in = Speech<short>(5 * 320);
     NSWrap wrap;
     wrap.Init(32000, SAMPLE_FMT_S16, 3);
     NSWrap twin;
@@ -290,7 +282,7 @@ TEST(NSWrap, ABlockInPlaceAtAnOddAddressIsProcessedLikeAnyOther) {
 TEST(NSWrap, SamplesThatAreNotFiniteCountAsZeros) {
     NSWrap wrap;
     wrap.Init(32000, SAMPLE_FMT_FLT, 3);
-    std::vector<float> in = Speech<float>(40);
+    std::vector<float> in = Speech<float>(40 * 320);
     std::vector<float> zeroed = in;
     for (const std::size_t at : {std::size_t{100}, std::size_t{101}, std::size_t{3333}}) {
         in[at] = at % 2 == 0 ? NAN : -INFINITY;
@@ -304,7 +296,7 @@ TEST(NSWrap, SamplesThatAreNotFiniteCountAsZeros) {
 TEST(NSWrap, ABlockOfTheLargestFiniteSamplesLeavesNoTraceAfterASecond) {
     NSWrap wrap;
     wrap.Init(32000, SAMPLE_FMT_FLT, 3);
-    std::vector<float> in = Speech<float>(150);
+    std::vector<float> in = Speech<float>(150 * 320);
     for (std::size_t i = 320; i < 640; ++i) {
         in[i] = i % 3 == 0 ? -3.4e38F : 3.4e38F;
     }
@@ -360,7 +352,7 @@ TEST(NSWrap, FloatBlocksEqualTheBareFloatSuppressorAtEveryRateThroughSpeechAndSi
 }
 
 TEST(NSWrap, ARefusedRateAfterAGoodInitIsStoredAndTheStreamContinues) {
-    const std::vector<short> in = Speech<short>(20);
+    const std::vector<short> in = Speech<short>(20 * 320);
     NSWrap wrap;
     NSWrap twin;
     wrap.Init(32000, SAMPLE_FMT_S16, 3);

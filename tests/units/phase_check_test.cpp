@@ -13,7 +13,7 @@
 
 namespace {
 
-PhaseCheck Ready(int rate = 48000, bool planar = false) {
+PhaseCheck ReadyCheck(int rate = 48000, bool planar = false) {
     PhaseCheck check;
     EXPECT_EQ(check.Init(rate, planar), RESULT_OK);
     return check;
@@ -47,7 +47,7 @@ TEST(PhaseCheck, InitTakes8000To48000Hz) {
         EXPECT_EQ(check.mMaxScore, rate * 10);
     }
     for (const int rate : {7999, 48001, 0, -8000, 96000, INT32_MIN, INT32_MAX}) {
-        PhaseCheck check = Ready();
+        PhaseCheck check = ReadyCheck();
         EXPECT_EQ(check.Init(rate, false), RESULT_FAILURE) << rate;
         EXPECT_FALSE(check.IsInited());
         EXPECT_EQ(check.mSampleRate, 48000);
@@ -55,7 +55,7 @@ TEST(PhaseCheck, InitTakes8000To48000Hz) {
 }
 
 TEST(PhaseCheck, SixteenBitFrame491Minus491IsSilent) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     std::vector<short> frame = {491, -491};
     EXPECT_EQ(Check(check, frame), RESULT_OK);
     EXPECT_EQ(check.GetSilenceRatio(), 1.0F);
@@ -64,7 +64,7 @@ TEST(PhaseCheck, SixteenBitFrame491Minus491IsSilent) {
 }
 
 TEST(PhaseCheck, SixteenBitFrame492Minus491IsOpposedForCheckAndScores1InCheck2) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     std::vector<short> frame = {492, -491};
     Check(check, frame);
     EXPECT_EQ(check.GetOpposedPhaseRatio(), 1.0F);
@@ -73,7 +73,7 @@ TEST(PhaseCheck, SixteenBitFrame492Minus491IsOpposedForCheckAndScores1InCheck2) 
 }
 
 TEST(PhaseCheck, FloatFrame0_016And0IsOpposedForCheckAndScoresNothingInCheck2) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     std::vector<float> frame = {0.016F, 0.0F};
     Check(check, frame);
     EXPECT_EQ(check.mOpposed, 1U);
@@ -83,7 +83,7 @@ TEST(PhaseCheck, FloatFrame0_016And0IsOpposedForCheckAndScoresNothingInCheck2) {
 }
 
 TEST(PhaseCheck, AFrameWithOneChannelAtZeroIsOpposedForCheckAndNothingForCheck2) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     std::vector<short> frames = {20000, 0, 0, -20000, -20000, 0, 0, 20000};
     Check(check, frames);
     EXPECT_EQ(check.mOpposed, 4U);
@@ -92,7 +92,7 @@ TEST(PhaseCheck, AFrameWithOneChannelAtZeroIsOpposedForCheckAndNothingForCheck2)
 }
 
 TEST(PhaseCheck, CheckAt48000HzStartsNegatingAfterMoreThan24000FramesWereCounted) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     const std::vector<short> opposed = Stereo<short>(12000, 10000, -10000);
     std::vector<short> block = opposed;
     Check(check, block);  // 12000 frames
@@ -107,7 +107,7 @@ TEST(PhaseCheck, CheckAt48000HzStartsNegatingAfterMoreThan24000FramesWereCounted
 }
 
 TEST(PhaseCheck, Check2At48000HzStartsAbove288000AndStopsAt144000) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     std::vector<short> opposed = Stereo<short>(48000, 10000, -10000);
     for (int second = 0; second < 6; ++second) {
         Check2(check, opposed);
@@ -137,7 +137,7 @@ TEST(PhaseCheck, Check2At48000HzStartsAbove288000AndStopsAt144000) {
 }
 
 TEST(PhaseCheck, AnOddCountReturnsMinus1AndLeavesTheBuffer) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     check.mOpposedShare = 1.0F;
     check.mScore2 = check.mMaxScore;
     std::vector<short> samples = {1000, 2000, 3000};
@@ -165,7 +165,7 @@ TEST(PhaseCheck, NotInitialisedReturnsMinus1AndLeavesTheBuffer) {
 }
 
 TEST(PhaseCheck, ANullBufferWithACountReturnsMinus1) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     EXPECT_EQ(check.Check(static_cast<short*>(nullptr), 2), RESULT_FAILURE);
     EXPECT_EQ(check.Check2(static_cast<float*>(nullptr), 2), RESULT_FAILURE);
     EXPECT_EQ(check.Check(static_cast<float*>(nullptr), 0), RESULT_OK);
@@ -173,7 +173,7 @@ TEST(PhaseCheck, ANullBufferWithACountReturnsMinus1) {
 }
 
 TEST(PhaseCheck, NegativeEvenCountsDoNothing) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     check.mScore2 = check.mMaxScore;
     short s16 = 1000;
     float flt = 0.5F;
@@ -206,7 +206,7 @@ TEST(PhaseCheck, EveryFieldOfANewUnitIsInitialised) {
 }
 
 TEST(PhaseCheck, CountZeroOnANewUnitStoresNaNInThe16BitRates) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     short sample = 0;
     EXPECT_EQ(check.Check(&sample, 0), RESULT_OK);
     EXPECT_TRUE(std::isnan(check.mInPhaseRate));
@@ -214,14 +214,14 @@ TEST(PhaseCheck, CountZeroOnANewUnitStoresNaNInThe16BitRates) {
     EXPECT_TRUE(std::isnan(check.mSilenceRate));
     EXPECT_EQ(check.mOpposedShare, 0.0F);
     EXPECT_EQ(check.GetInPhaseRatio(), 0.0F);
-    PhaseCheck flt = Ready();
+    PhaseCheck flt = ReadyCheck();
     float value = 0.0F;
     EXPECT_EQ(flt.Check(&value, 0), RESULT_OK);
     EXPECT_EQ(flt.mInPhaseRate, 0.0F);
 }
 
 TEST(PhaseCheck, Check2WithCountZeroStillDecidesByTheScore) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     check.mScore2 = 288001;  // more than six seconds
     short sample = 0;
     EXPECT_EQ(check.Check2(&sample, 0), RESULT_OK);
@@ -233,7 +233,7 @@ TEST(PhaseCheck, Check2WithCountZeroStillDecidesByTheScore) {
 }
 
 TEST(PhaseCheck, PlanarCount8HasTheFrames0And4_1And5_2And6_3And7) {
-    PhaseCheck check = Ready(8000, true);
+    PhaseCheck check = ReadyCheck(8000, true);
     check.mOpposedShare = 1.0F;
     // In phase, opposed, silent, opposed; then all of the left half negated.
     std::vector<short> samples = {1000, 2000, 3, -4000, 500, -600, 7, 800};
@@ -245,7 +245,7 @@ TEST(PhaseCheck, PlanarCount8HasTheFrames0And4_1And5_2And6_3And7) {
 }
 
 TEST(PhaseCheck, InterleavedFramesAreSamples2iAnd2iPlus1) {
-    PhaseCheck check = Ready(8000, false);
+    PhaseCheck check = ReadyCheck(8000, false);
     check.mOpposedShare = 1.0F;
     std::vector<short> samples = {1000, 500, 2000, -600, 3, 7, -4000, 800};
     EXPECT_EQ(Check(check, samples), RESULT_OK);
@@ -256,7 +256,7 @@ TEST(PhaseCheck, InterleavedFramesAreSamples2iAnd2iPlus1) {
 }
 
 TEST(PhaseCheck, ALeftSampleOfMinus32768StaysMinus32768WhenNegated) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     check.mOpposedShare = 1.0F;
     std::vector<short> samples = {-32768, 5};
     Check(check, samples);
@@ -268,7 +268,7 @@ TEST(PhaseCheck, ALeftSampleOfMinus32768StaysMinus32768WhenNegated) {
 }
 
 TEST(PhaseCheck, CorrectionTurnsAFloatZeroIntoMinusZero) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     check.mOpposedShare = 0.9F;
     std::vector<float> samples = {0.0F, 0.5F};
     Check(check, samples);
@@ -277,7 +277,7 @@ TEST(PhaseCheck, CorrectionTurnsAFloatZeroIntoMinusZero) {
 }
 
 TEST(PhaseCheck, FramesCountByTheirValuesBeforeTheCorrection) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     check.mOpposedShare = 0.9F;
     std::vector<short> opposed = Stereo<short>(10, 10000, -10000);
     Check(check, opposed);
@@ -287,7 +287,7 @@ TEST(PhaseCheck, FramesCountByTheirValuesBeforeTheCorrection) {
 }
 
 TEST(PhaseCheck, TheDecisionComparesTheShareWith0_7InDoublePrecision) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     std::vector<short> samples = {10, 10};
     check.mOpposedShare = 0.7F;  // below the double 0.7
     Check(check, samples);
@@ -298,7 +298,7 @@ TEST(PhaseCheck, TheDecisionComparesTheShareWith0_7InDoublePrecision) {
 }
 
 TEST(PhaseCheck, TheScoreCountsFramesThatLeaveOpposed) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     std::vector<short> opposed = Stereo<short>(5, 10000, -10000);
     Check(check, opposed);
     EXPECT_EQ(check.mScore, 5);
@@ -316,7 +316,7 @@ TEST(PhaseCheck, TheScoreCountsFramesThatLeaveOpposed) {
 }
 
 TEST(PhaseCheck, AScoreAbove20SecondsRestartsTheStatisticsAfterTheRates) {
-    PhaseCheck check = Ready(8000);
+    PhaseCheck check = ReadyCheck(8000);
     check.mScore = 160000 - 4;
     std::vector<short> opposed = Stereo<short>(4, 10000, -10000);
     Check(check, opposed);
@@ -332,7 +332,7 @@ TEST(PhaseCheck, AScoreAbove20SecondsRestartsTheStatisticsAfterTheRates) {
 }
 
 TEST(PhaseCheck, RatesOf16BitSamplesAreRenewedAndThoseOfFloatSamplesAreNot) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     std::vector<short> samples = {1000, 1000, 1000, -1000, 0, 0, 0, 0};
     Check(check, samples);
     EXPECT_EQ(check.mInPhaseRate, 0.25F);
@@ -351,7 +351,7 @@ TEST(PhaseCheck, RatesOf16BitSamplesAreRenewedAndThoseOfFloatSamplesAreNot) {
 TEST(PhaseCheck, The16BitShareComesFromRoundedRatesAndTheFloatShareFromTheCounts) {
     int different = 0;
     for (std::uint64_t opposed = 70001; opposed < 70200; ++opposed) {
-        PhaseCheck s16 = Ready(8000);
+        PhaseCheck s16 = ReadyCheck(8000);
         s16.mTotal = 130003;
         s16.mInPhase = 30001;
         s16.mOpposed = opposed;
@@ -370,7 +370,7 @@ TEST(PhaseCheck, The16BitShareComesFromRoundedRatesAndTheFloatShareFromTheCounts
 }
 
 TEST(PhaseCheck, At8001HzMoreThan4000_5FramesAreHalfASecond) {
-    PhaseCheck check = Ready(8001);
+    PhaseCheck check = ReadyCheck(8001);
     std::vector<short> opposed = Stereo<short>(4000, 10000, -10000);
     Check(check, opposed);
     EXPECT_EQ(check.mOpposedShare, 0.0F) << "4000 is not above 4000.5";
@@ -380,7 +380,7 @@ TEST(PhaseCheck, At8001HzMoreThan4000_5FramesAreHalfASecond) {
 }
 
 TEST(PhaseCheck, ClearKeepsTheRatesAndTheScore) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     std::vector<short> opposed = Stereo<short>(30000, 10000, -10000);
     Check(check, opposed);
     Check2(check, opposed);
@@ -401,7 +401,7 @@ TEST(PhaseCheck, ClearKeepsTheRatesAndTheScore) {
 }
 
 TEST(PhaseCheck, Check2AloneLeavesTheRatiosAt0) {
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     std::vector<float> samples = Stereo<float>(10, 0.5F, -0.5F);
     Check2(check, samples);
     EXPECT_EQ(check.GetInPhaseRatio(), 0.0F);
@@ -410,7 +410,7 @@ TEST(PhaseCheck, Check2AloneLeavesTheRatiosAt0) {
 }
 
 TEST(PhaseCheck, TheScoreOfCheck2IsBoundedAfterEveryFrame) {
-    PhaseCheck check = Ready(8000);
+    PhaseCheck check = ReadyCheck(8000);
     std::vector<short> samples = Stereo<short>(3, 10000, 10000);  // three down from 0
     samples.push_back(10000);
     samples.push_back(-10000);  // one up
@@ -428,7 +428,7 @@ TEST(PhaseCheck, ABlockAtAnOddAddressIsReadAndWrittenLikeAnyOther) {
     char bytes[13] = {};
     const short s16[4] = {1000, 2000, -3000, 4000};
     std::memcpy(bytes + 1, s16, sizeof(s16));
-    PhaseCheck check = Ready();
+    PhaseCheck check = ReadyCheck();
     check.mOpposedShare = 1.0F;
     EXPECT_EQ(check.Check(reinterpret_cast<short*>(bytes + 1), 4), RESULT_OK);
     short corrected[4] = {};
@@ -441,7 +441,7 @@ TEST(PhaseCheck, ABlockAtAnOddAddressIsReadAndWrittenLikeAnyOther) {
 template <typename Sample>
 void FollowsThePlainCounter(bool planar) {
     std::mt19937 random = SeededRandom();
-    PhaseCheck check = Ready(8000, planar);
+    PhaseCheck check = ReadyCheck(8000, planar);
     PlainDetectors plain;
     plain.rate = 8000;
     plain.planar = planar;
@@ -494,7 +494,7 @@ TEST(PhaseCheck, StatisticsAndCorrectionsFollowThePlainCounterOnFloatPlanar) {
 }
 
 TEST(PhaseCheck, TheFirstCallAfterTheRestartFollowsTheShareFromBeforeIt) {
-    PhaseCheck check = Ready(8000);
+    PhaseCheck check = ReadyCheck(8000);
     std::vector<short> opposed = Stereo<short>(5000, 10000, -10000);
     Check(check, opposed);
     check.mScore = 20 * 8000 - 1;

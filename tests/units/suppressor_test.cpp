@@ -18,7 +18,7 @@ namespace {
 template <typename Sample>
 using Band = std::array<Sample, kBandSamples>;
 
-std::unique_ptr<Suppressor> Ready(int rate, int level = 3) {
+std::unique_ptr<Suppressor> ReadySuppressor(int rate, int level = 3) {
     std::unique_ptr<Suppressor> suppressor = Suppressor::Create();
     EXPECT_TRUE(suppressor->Init(rate));
     EXPECT_TRUE(suppressor->SetLevel(level));
@@ -44,7 +44,7 @@ TEST(Suppressor, Takes8000_16000_32000HzAndRefuses48000AndTheRest) {
 }
 
 TEST(Suppressor, TakesLevels0To3AndInitResetsTheLevelTo0) {
-    const std::unique_ptr<Suppressor> suppressor = Ready(32000);
+    const std::unique_ptr<Suppressor> suppressor = ReadySuppressor(32000);
     for (int level = -2; level < 7; ++level) {
         EXPECT_EQ(suppressor->SetLevel(level), level >= 0 && level <= 3) << level;
     }
@@ -69,7 +69,7 @@ void DetectsTheEarlyExitOfUnderflowingBlocks(int rate) {
             for (int i = 0; i < std::abs(step); ++i) {
                 value = std::nextafter(value, step < 0 ? 0.0F : 1.0F);
             }
-            const std::unique_ptr<Suppressor> suppressor = Ready(rate);
+            const std::unique_ptr<Suppressor> suppressor = ReadySuppressor(rate);
             AnalysisWindow twin;
             twin.Reset(rate);
             std::mt19937 random(1);
@@ -119,7 +119,7 @@ TEST(Suppressor, DetectsTheEarlyExitOfUnderflowingBlocksAt8000Hz) {
 }
 
 TEST(Suppressor, AnEarlyExitOfAFloatBlockReturnsTheHighBandOf96SamplesAgo) {
-    const std::unique_ptr<Suppressor> suppressor = Ready(32000);
+    const std::unique_ptr<Suppressor> suppressor = ReadySuppressor(32000);
     std::mt19937 random = SeededRandom();
     const Band<float> silence = {};
     const Band<float> first = Noise(random, 1.0F);
@@ -135,7 +135,7 @@ TEST(Suppressor, AnEarlyExitOfAFloatBlockReturnsTheHighBandOf96SamplesAgo) {
 }
 
 TEST(Suppressor, AFloatBlockWithoutAnEarlyExitHasAHighBandOfExactly0) {
-    const std::unique_ptr<Suppressor> suppressor = Ready(32000);
+    const std::unique_ptr<Suppressor> suppressor = ReadySuppressor(32000);
     std::mt19937 random = SeededRandom();
     for (int block = 0; block < 50; ++block) {
         const Band<float> low = Noise(random, 1.0F);
@@ -152,7 +152,7 @@ TEST(Suppressor, AFloatBlockWithoutAnEarlyExitHasAHighBandOfExactly0) {
 }
 
 TEST(Suppressor, TheFloatLowBandIsTheSuppressorsResultOn32768TimesTheInput) {
-    const std::unique_ptr<Suppressor> suppressor = Ready(16000, 1);
+    const std::unique_ptr<Suppressor> suppressor = ReadySuppressor(16000, 1);
     NsHandleT* bare = WebRtcNs_Create();
     WebRtcNs_Init(bare, 16000);
     WebRtcNs_set_policy(bare, 1);
@@ -180,7 +180,7 @@ TEST(Suppressor, TheFloatLowBandIsTheSuppressorsResultOn32768TimesTheInput) {
 }
 
 TEST(Suppressor, At8000HzSamplesFrom80OnComeOutAsZeros) {
-    const std::unique_ptr<Suppressor> suppressor = Ready(8000);
+    const std::unique_ptr<Suppressor> suppressor = ReadySuppressor(8000);
     std::mt19937 random = SeededRandom();
     for (int block = 0; block < 10; ++block) {
         const Band<float> low = Noise(random, 1.0F);
@@ -206,8 +206,8 @@ TEST(Suppressor, At8000HzSamplesFrom80OnComeOutAsZeros) {
 }
 
 TEST(Suppressor, ABlockThatOverflowsItYieldsZerosAndRestartsIt) {
-    const std::unique_ptr<Suppressor> suppressor = Ready(32000, 2);
-    const std::unique_ptr<Suppressor> fresh = Ready(32000, 2);
+    const std::unique_ptr<Suppressor> suppressor = ReadySuppressor(32000, 2);
+    const std::unique_ptr<Suppressor> fresh = ReadySuppressor(32000, 2);
     std::mt19937 random = SeededRandom();
     Band<float> lowOut;
     Band<float> highOut;
