@@ -1,3 +1,4 @@
+#include <atomic>
 #include <csignal>
 #include <initializer_list>
 
@@ -5,13 +6,15 @@
 
 namespace {
 
-volatile std::sig_atomic_t arrived = 0;  ///< signals so far
-volatile std::sig_atomic_t last = 0;     ///< the number of the last one
-int endsOnlyStreams = 0;                 ///< how many of them do
+// Lock-free, so that the handler may use them on any thread.
+std::atomic<int> arrived = 0;          ///< signals so far
+std::atomic<int> last = 0;             ///< the number of the last one
+std::atomic<int> endsOnlyStreams = 0;  ///< how many of them do
+static_assert(std::atomic<int>::is_always_lock_free);
 
 void Note(int number) {
-    arrived = arrived < 2 ? arrived + 1 : arrived;
     last = number;
+    arrived.fetch_add(1);
 }
 
 }  // namespace
