@@ -1,23 +1,16 @@
 #include "host/audio_writer.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <random>
 #include <system_error>
 
 #include "host/failure.h"
 #include "host/follow_links.h"
+#include "host/media_extensions.h"
 
 namespace fs = std::filesystem;
 
 namespace {
-
-std::string LowerExtension(const fs::path& path) {
-    std::string extension = path.extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return extension;
-}
 
 /// The longest audio that a plain WAV header can state, with room for the headers.
 constexpr std::int64_t kLargestWavBytes = 0xFFFF0000;

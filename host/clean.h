@@ -22,11 +22,13 @@ struct InputFile {
 struct CleanJob {
     std::vector<InputFile> inputs;   ///< 1..16; the output has the format of the first
     std::string output;              ///< "-" for standard output
+    bool replace = true;             ///< an output that exists already
     std::optional<AudioFormat> raw;  ///< format of "-"; none for a file in a pipe
     bool wavStream = false;          ///< "-" as output takes a WAV stream instead of raw samples
     ReadOptions reading;
     FilterSettings settings;
     std::vector<SettingsChange> changes;  ///< in order of time
+    std::optional<double> loudness;       ///< of the output in LUFS; none to leave it
     BlockSizes blockSizes;
     bool summarises = true;  ///< whether the levels are measured
     std::string log;         ///< file for log lines; "-" for standard error, empty for

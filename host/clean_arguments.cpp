@@ -11,24 +11,31 @@
 
 namespace {
 
+std::string WithoutDevice(const std::string& path, const char* device) {
+    return path == device ? "-" : path;
+}
+
 void CheckCombination(const CleanJob& job, bool json) {
     constexpr std::size_t kMostInputs = 16;
     const auto piped = std::count_if(job.inputs.begin(), job.inputs.end(),
                                      [](const InputFile& input) { return input.path == "-"; });
     if (job.inputs.empty()) {
-        throw CLI::ValidationError("IN", "is required");
+        throw CLI::ValidationError("FILE", "is required");
+    }
+    if (job.output.empty()) {
+        throw CLI::ValidationError("--output", "is required");
     }
     if (job.inputs.size() > kMostInputs) {
-        throw CLI::ValidationError("IN", "at most 16 sources can be mixed");
+        throw CLI::ValidationError("FILE", "at most 16 sources can be mixed");
     }
     if (piped > 1) {
-        throw CLI::ValidationError("IN", "standard input can be only one of the sources");
+        throw CLI::ValidationError("FILE", "standard input can be only one of the sources");
     }
     if (job.wavStream && job.output != "-") {
         throw CLI::ValidationError("--wav", "is for -o - only");
     }
     if (piped == 1 && IsInputATerminal()) {
-        throw CLI::ValidationError("IN", "standard input is a terminal: redirect it");
+        throw CLI::ValidationError("FILE", "standard input is a terminal: redirect it");
     }
     if (job.output == "-" && IsOutputATerminal()) {
         throw CLI::ValidationError("--output",
@@ -41,20 +48,12 @@ void CheckCombination(const CleanJob& job, bool json) {
 
 }  // namespace
 
-CleanJob JobOf(const Arguments& arguments) {
+CleanJob CommonJob(const Arguments& arguments) {
     CleanJob job = arguments.job;
-    if (job.output == "/dev/stdout") {
-        job.output = "-";
-    }
-    for (const std::string& file : arguments.files) {
-        const auto type = static_cast<AVSourceType>(std::min<std::size_t>(job.inputs.size(), 3));
-        job.inputs.push_back({file, type});
-    }
     for (const std::string& source : arguments.sources) {
-        job.inputs.push_back(*ParseSource(source));
-    }
-    for (InputFile& input : job.inputs) {
-        input.path = input.path == "/dev/stdin" ? "-" : input.path;
+        InputFile input = *ParseSource(source);
+        input.path = WithoutDevice(input.path, "/dev/stdin");
+        job.inputs.push_back(input);
     }
     ApplySetting(job.settings, "denoise", arguments.denoise);
     ApplySetting(job.settings, "gain", arguments.gain);
@@ -68,8 +67,22 @@ CleanJob JobOf(const Arguments& arguments) {
                      [](const auto& a, const auto& b) { return a.seconds < b.seconds; });
     job.blockSizes = *BlockSizes::Parse(arguments.blockMs);
     job.raw = ParseRawFormat(arguments.raw);
-    job.summarises = arguments.json || !arguments.quiet;
+    job.loudness = *ParseLoudness(arguments.loudness);
+    job.summarises = (arguments.json || !arguments.quiet) && !arguments.noStats;
     job.logLevel = *ParseLogLevel(arguments.logLevel);
+    return job;
+}
+
+CleanJob JobOf(const Arguments& arguments) {
+    CleanJob job = CommonJob(arguments);
+    job.output = WithoutDevice(arguments.output, "/dev/stdout");
+    job.replace = !arguments.noClobber;
+    std::vector<InputFile> files;
+    for (const std::string& file : arguments.files) {
+        const auto type = static_cast<AVSourceType>(std::min<std::size_t>(files.size(), 3));
+        files.push_back({WithoutDevice(file, "/dev/stdin"), type});
+    }
+    job.inputs.insert(job.inputs.begin(), files.begin(), files.end());
     CheckCombination(job, arguments.json);
     return job;
 }

@@ -3,22 +3,19 @@
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <ostream>
-#include <sstream>
 #include <string>
+#include <utility>
 
-#include "host/clean_arguments.h"
+#include "host/clean_command.h"
+#include "host/console.h"
 #include "host/options.h"
-#include "host/report.h"
 
 namespace {
 
-constexpr int kFailed = 1;
-constexpr int kUsageError = 2;
-
 /// A remark on a command line without a subcommand; empty for another.
-std::string SubcommandHint(int argc, const char* const* argv) {
-    const std::string first = argc > 1 ? argv[1] : "clean";
-    if (first == "clean") {
+std::string SubcommandHint(const CLI::App& app, int argc, const char* const* argv) {
+    const auto isFirst = [argv](const CLI::App* command) { return command->check_name(argv[1]); };
+    if (argc < 2 || !app.get_subcommands(isFirst).empty()) {
         return "";
     }
     std::string line = "audio-filter clean";
@@ -41,31 +38,15 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
     Declare(app, arguments);
     try {
         app.parse(argc, argv);
-        CleanJob job = JobOf(arguments);
-        std::string warnings;
-        job.reading.warn = [&](const std::string& line) {
-            warnings += "audio-filter: warning: " + line + "\n";
-        };
-        progress.label = "audio-filter: " + job.inputs.front().path;
-        if (arguments.quiet || job.log == "-") {  // a bar would cut log lines
-            progress.out = nullptr;
-        }
-        const Report report = Clean(job, progress);
-        err << warnings;
-        std::ostringstream summary;
-        if (arguments.json) {
-            PrintJson(summary, report);
-        } else if (!arguments.quiet) {
-            PrintTable(summary, report);
-        }
-        (job.output == "-" ? err : out) << summary.str();
-        return 0;
+        const Console console = {out, err, std::move(progress)};
+        return app.got_subcommand("mix") ? RunMix(arguments, console)
+                                         : RunClean(arguments, console);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) {  // --help and --version
             app.exit(error, out, err);
-            return 0;
+            return kDone;
         }
-        const std::string hint = SubcommandHint(argc, argv);
+        const std::string hint = SubcommandHint(app, argc, argv);
         err << "audio-filter: " + FirstLine(hint.empty() ? error.what() : hint) + "\n";
         return kUsageError;
     } catch (const std::exception& error) {

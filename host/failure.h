@@ -25,7 +25,7 @@ public:
         return error == 0 ? reason : reason + ": " + std::generic_category().message(error);
     }
 
-private:
+    /// The path with '?' for control characters.
     static std::string Printable(std::string path) {
         const auto isControl = [](unsigned char c) { return c < 0x20 || c == 0x7F; };
         std::replace_if(path.begin(), path.end(), isControl, '?');

@@ -85,6 +85,10 @@ Sources OpenInputs(const CleanJob& job) {
 
 std::unique_ptr<AudioSink> OpenOutput(const CleanJob& job, const AudioFormat& format,
                                       std::optional<std::int64_t> frames) {
+    std::error_code error;
+    if (!job.replace && job.output != kPipe && fs::exists(fs::symlink_status(job.output, error))) {
+        throw Failure(job.output, "exists; --force replaces it");
+    }
     if (job.output != kPipe) {
         return std::make_unique<AudioWriter>(job.output, format, frames);
     }

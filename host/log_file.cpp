@@ -10,6 +10,20 @@
 #include "host/regular_file.h"
 #include "log/pr_log.h"
 
+namespace {
+
+thread_local std::string logLabel;  ///< before each line; empty for none
+
+}  // namespace
+
+LogLabel::LogLabel(const std::string& recording) {
+    logLabel = recording + ": ";
+}
+
+LogLabel::~LogLabel() {
+    logLabel.clear();
+}
+
 /// Takes the place of the library's dispatcher, whose writers report no write errors.
 class LogFile::Lines : public PRLog {
 public:
@@ -66,7 +80,7 @@ private:
         }
         char message[1024];  // no line of the library is longer
         std::vsnprintf(message, sizeof(message), format, args);
-        const std::string line = prefix + ":" + message + "\n";
+        const std::string line = logLabel + prefix + ":" + message + "\n";
         const std::lock_guard<std::mutex> lock(mMutex);
         NoteError(std::fwrite(line.data(), 1, line.size(), mFile) == line.size() &&
                   std::fflush(mFile) == 0);

@@ -9,6 +9,15 @@
 /// @param level PROCESS_LOG_DEBUG or PROCESS_LOG_INFO
 void Log(ProcessLogLevel level, double seconds, const std::string& text);
 
+/// Names the recording in the log lines of this thread during its lifetime.
+class LogLabel {
+public:
+    explicit LogLabel(const std::string& recording);
+    ~LogLabel();
+    LogLabel(const LogLabel&) = delete;
+    LogLabel& operator=(const LogLabel&) = delete;
+};
+
 /// Writes log lines to a file or to standard error during its lifetime.
 class LogFile {
 public:

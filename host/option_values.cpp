@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <array>
 
+#include "host/parse_number.h"
+
 std::optional<InputFile> ParseSource(const std::string& text) {
     const std::size_t equals = text.find('=');
     const std::string type = text.substr(0, equals);
@@ -26,4 +28,15 @@ std::optional<ProcessLogLevel> ParseLogLevel(const std::string& text) {
         return std::nullopt;
     }
     return static_cast<ProcessLogLevel>(PROCESS_LOG_DEBUG + (name - kNames.begin()));
+}
+
+std::optional<std::optional<double>> ParseLoudness(const std::string& text) {
+    if (text == "off") {
+        return std::optional<double>();
+    }
+    const std::optional<double> loudness = ParseNumber<double>(text);
+    if (!loudness || !(*loudness >= -70.0 && *loudness <= -5.0)) {
+        return std::nullopt;
+    }
+    return loudness;
 }

@@ -10,3 +10,6 @@ std::optional<InputFile> ParseSource(const std::string& text);
 
 /// Reads "debug", "info", "warn" or "error". @return none for anything else
 std::optional<ProcessLogLevel> ParseLogLevel(const std::string& text);
+
+/// Reads a loudness in LUFS, -70..-5, or "off". @return none for anything else; the inner one is none for "off"
+std::optional<std::optional<double>> ParseLoudness(const std::string& text);

@@ -3,105 +3,141 @@
 #include <CLI/CLI.hpp>
 
 #include "host/at_option.h"
+#include "host/help_formatter.h"
 #include "host/option_values.h"
 #include "host/raw_stream.h"
 
 namespace {
 
-/// Accepts text that `parse` accepts.
+/// Declares an option whose value has a form.
+template <typename Value>
+CLI::Option* Add(CLI::App& command, const std::string& names, Value& value, const std::string& form,
+                 const std::string& text) {
+    return command.add_option(names, value, text)->type_name(form);
+}
+
+/// Accepts values that `parse` accepts.
 template <typename Parse>
-CLI::Validator Parsed(const Parse& parse, const std::string& form) {
-    const auto check = [parse, form](const std::string& text) {
+void Check(CLI::Option* option, const Parse& parse) {
+    const std::string form = option->get_type_name();
+    option->check([parse, form](const std::string& text) {
         return parse(text) ? std::string() : "'" + text + "' is not " + form;
-    };
-    return CLI::Validator(check, form);
+    });
 }
 
-/// Accepts the values of a setting.
-CLI::Validator SettingOf(const std::string& name, const std::string& form) {
-    const auto parse = [name](const std::string& text) {
+/// Declares a setting of the filter.
+void AddSetting(CLI::App& command, const std::string& name, std::string& value,
+                const std::string& form, const std::string& text) {
+    CLI::Option* const option = Add(command, "--" + name, value, form, text)->capture_default_str();
+    Check(option, [name](const std::string& given) {
         FilterSettings scratch;
-        return ApplySetting(scratch, name, text);
-    };
-    return Parsed(parse, form);
+        return ApplySetting(scratch, name, given);
+    });
 }
 
-void DeclareInput(CLI::App& command, Arguments& arguments) {
-    command.add_option(
-        "IN", arguments.files,
-        "WAV, FLAC or Ogg files, mono or stereo; the first is the microphone, the others are "
-        "further sources; - for standard input");
-    command
-        .add_option("--source", arguments.sources,
-                    "another file; TYPE is its source type: microphone, 1, 2 or 3")
-        ->check(Parsed(ParseSource, "TYPE=FILE"))
-        ->allow_extra_args(false);
-    command
-        .add_option("--raw", arguments.raw,
-                    "- as input is raw samples of this format; without it, a file")
-        ->check(Parsed(ParseRawFormat, "s16|f32:RATE:CHANNELS"));
+/// The options declared since the last call form a group of --help.
+void Group(CLI::App& command, const std::string& name) {
+    for (CLI::Option* option : command.get_options()) {
+        if (option != command.get_help_ptr() && option->get_group() == "Options") {
+            option->group(name);
+        }
+    }
+}
+
+void DeclareInput(CLI::App& command, Arguments& arguments, const std::string& files) {
+    Add(command, "FILE", arguments.files, "", files);
+    CLI::Option* const source =
+        Add(command, "--source", arguments.sources, "TYPE=FILE",
+            "mix in another file; TYPE is its source type: microphone, 1, 2 or 3; repeatable")
+            ->allow_extra_args(false);
+    Check(source, ParseSource);
+    Check(Add(command, "--raw", arguments.raw, "s16|f32:RATE:CHANNELS",
+              "- as input is raw samples of this format; without it, a file"),
+          ParseRawFormat);
     command.add_flag("--strict", arguments.job.reading.strict,
                      "refuse inputs that end early, instead of a warning");
+    Group(command, "Input");
 }
 
 void DeclareOutput(CLI::App& command, Arguments& arguments) {
-    command
-        .add_option("-o,--output", arguments.job.output,
-                    "WAV or FLAC file to write; - for standard output")
-        ->required();
+    Add(command, "-o,--output", arguments.output, "FILE",
+        "WAV or FLAC file to write, replaced if it exists; - for standard output");
     command.add_flag("--wav", arguments.job.wavStream,
                      "- as output is a WAV stream; without it, raw samples");
+    CLI::Option* const force =
+        command.add_flag("--force", arguments.force, "replace outputs that exist");
+    command
+        .add_flag("--no-clobber", arguments.noClobber,
+                  "refuse outputs that exist; the default for many files")
+        ->excludes(force);
+    Group(command, "Output");
+}
+
+void DeclareManyFiles(CLI::App& command, Arguments& arguments) {
+    Add(command, "--output-dir", arguments.outputDir, "DIR",
+        "write an output for each file into this folder");
+    Add(command, "--suffix", arguments.suffix, "TEXT",
+        "write an output for each file with this text behind its name, beside it or in "
+        "--output-dir");
+    Add(command, "--to", arguments.to, "wav|flac",
+        "format of the outputs; without it, that of each input if it can be written, else wav")
+        ->check(CLI::IsMember({"wav", "flac"}).description(""));
+    command.add_flag("-r,--recursive", arguments.recursive,
+                     "clean the recordings in folders and their subfolders");
+    Add(command, "-j,--jobs", arguments.jobs, "N", "files to clean at a time")
+        ->check(CLI::Range(1, 1024).description(""))
+        ->default_str("cores");
+    command.add_flag("--skip-existing", arguments.skipExisting,
+                     "skip files whose output exists, to continue an interrupted run");
+    command.add_flag("-n,--dry-run", arguments.dryRun, "print what would be done, and do nothing");
+    Group(command, "Many files");
 }
 
 void DeclareSettings(CLI::App& command, Arguments& arguments) {
-    command
-        .add_option("--denoise", arguments.denoise,
-                    "suppression level, 0 mild to 3 most aggressive")
-        ->check(SettingOf("denoise", "LEVEL 0..3|off"))
-        ->capture_default_str();
-    command
-        .add_option("--gain", arguments.gain,
-                    "strength of a fixed curve that shapes the waveform (19 % distortion of a sine "
-                    "of -6 dBFS "
-                    "at 1); not a loudness target")
-        ->check(SettingOf("gain", "GAIN 0..1|off"))
-        ->capture_default_str();
-    command
-        .add_option("--phase-check", arguments.phaseCheck,
-                    "invert the left channel where it is reversed: from the first reversed frame "
-                    "(file) or from the verdict on, seconds later (live)")
-        ->check(SettingOf("phase-check", "file|live|off"))
-        ->capture_default_str();
-    command.add_option("--mix", arguments.mix, "mix all sources, or process the first one alone")
-        ->check(SettingOf("mix", "on|off"))
-        ->capture_default_str();
-    command
-        .add_option("--music", arguments.music,
-                    "ignore, or keep: suppress noise at level 0 while music is detected")
-        ->check(SettingOf("music", "ignore|keep"))
-        ->capture_default_str();
-    command
-        .add_option("--at", arguments.changes,
-                    "change settings in mid-stream: at 3.5:denoise=off,gain=0.4 or 1:02:03:mix=off "
-                    "(h:m:s); repeatable")
-        ->check(CLI::Validator(ExplainAt, "TIME:SETTING=VALUE,..."))
-        ->allow_extra_args(false);
-    command
-        .add_option("--block-ms", arguments.blockMs,
-                    "length of the blocks passed to the filter, in ms")
-        ->check(Parsed(BlockSizes::Parse, "1..1000|random:SEED"))
-        ->capture_default_str();
+    AddSetting(command, "denoise", arguments.denoise, "0|1|2|3|off",
+               "suppression level, 0 mild to 3 most aggressive");
+    AddSetting(command, "gain", arguments.gain, "0..1|off",
+               "strength of a fixed curve that shapes the waveform (19 % distortion of a sine of "
+               "-6 dBFS at 1); not a loudness target");
+    AddSetting(command, "phase-check", arguments.phaseCheck, "file|live|off",
+               "invert the left channel where it is reversed: from the first reversed frame "
+               "(file) or from the verdict on, seconds later (live)");
+    AddSetting(command, "mix", arguments.mix, "on|off",
+               "mix all sources, or process the first one alone");
+    AddSetting(command, "music", arguments.music, "ignore|keep",
+               "ignore, or keep: suppress noise at level 0 while music is detected");
+    CLI::Option* const at =
+        Add(command, "--at", arguments.changes, "TIME:SETTING=VALUE,...",
+            "change settings in mid-stream: at 3.5:denoise=off,gain=0.4 or 1:02:03:mix=off "
+            "(h:m:s); repeatable")
+            ->allow_extra_args(false);
+    at->check(ExplainAt);
+    Check(Add(command, "--loudness", arguments.loudness, "LUFS|off",
+              "loudness of the output, -70 to -5 LUFS by EBU R 128; the true peak stays below -1 "
+              "dBTP")
+              ->capture_default_str(),
+          ParseLoudness);
+    Check(Add(command, "--block-ms", arguments.blockMs, "MS|random:SEED",
+              "length of the blocks passed to the filter, 1 to 1000 ms; no effect on the output")
+              ->capture_default_str(),
+          BlockSizes::Parse);
+    Group(command, "Processing");
 }
 
 void DeclareSummary(CLI::App& command, Arguments& arguments) {
-    CLI::Option* log =
-        command.add_option("--log", arguments.job.log, "file for log lines; - for standard error");
-    command.add_option("--log-level", arguments.logLevel, "lowest level of the lines in the log")
-        ->check(Parsed(ParseLogLevel, "debug|info|warn|error"))
-        ->needs(log)
-        ->capture_default_str();
-    command.add_flag("--json", arguments.json, "print the summary as one JSON object");
-    command.add_flag("--quiet", arguments.quiet, "print no progress and no table");
+    CLI::Option* const log = Add(command, "--log", arguments.job.log, "FILE",
+                                 "write log lines to a file; - for standard error");
+    CLI::Option* const level = Add(command, "--log-level", arguments.logLevel,
+                                   "debug|info|warn|error", "lowest level of the lines in the log")
+                                   ->needs(log)
+                                   ->capture_default_str();
+    Check(level, ParseLogLevel);
+    command.add_flag("--json", arguments.json,
+                     "print the summary as one JSON object; of many files, one line a file");
+    command.add_flag("--no-stats", arguments.noStats,
+                     "measure no levels and print no table; faster");
+    command.add_flag("-q,--quiet", arguments.quiet, "print no progress and no table");
+    Group(command, "Summary");
 }
 
 /// Of an option given several times the last one counts, except for lists.
@@ -120,11 +156,25 @@ void Declare(CLI::App& app, Arguments& arguments) {
     app.description("Cleans up recordings: phase check, mixing, noise suppression, gain");
     app.set_version_flag("--version", std::string(AUDIO_FILTER_VERSION));
     app.require_subcommand(1);
+    app.formatter(std::make_shared<HelpFormatter>());
 
-    CLI::App& clean = *app.add_subcommand("clean", "Clean a recording");
-    DeclareInput(clean, arguments);
+    CLI::App& clean = *app.add_subcommand("clean", "Clean a recording, or many");
+    DeclareInput(clean, arguments,
+                 "recordings to clean: WAV, FLAC or Ogg, mono or stereo; - for standard input");
     DeclareOutput(clean, arguments);
+    DeclareManyFiles(clean, arguments);
     DeclareSettings(clean, arguments);
     DeclareSummary(clean, arguments);
-    TakeLast(clean);
+
+    CLI::App& mix = *app.add_subcommand("mix", "Clean several recordings and mix them into one");
+    DeclareInput(mix, arguments,
+                 "sources: the first is the microphone and sets rate and channels; - for standard "
+                 "input");
+    DeclareOutput(mix, arguments);
+    DeclareSettings(mix, arguments);
+    DeclareSummary(mix, arguments);
+
+    for (CLI::App* command : app.get_subcommands({})) {
+        TakeLast(*command);
+    }
 }

@@ -25,6 +25,7 @@ ProgressBar::ProgressBar(ProgressOutput output, std::optional<std::int64_t> tota
     : mOutput(std::move(output)), mClock(std::move(clock)), mTotal(total.value_or(0)) {
     if (mTotal <= 0) {
         mOutput.out = nullptr;
+        mOutput.report = nullptr;
     }
     mStart = mClock();
     mShown = mStart;
@@ -38,6 +39,10 @@ ProgressBar::~ProgressBar() {
 
 void ProgressBar::Advance(std::int64_t amount) {
     mDone = std::min(mDone + amount, std::max(mTotal, std::int64_t{0}));
+    if (mOutput.report) {
+        mOutput.report(static_cast<double>(mDone) / static_cast<double>(mTotal));
+        return;
+    }
     if (mOutput.out == nullptr) {
         return;
     }
@@ -78,10 +83,12 @@ void ProgressBar::Draw(double now) {
     std::string text = std::string(3 - number.size(), ' ') + number + '%';
     // The last column stays free: some terminals wrap around there.
     const int width = mOutput.terminalWidth() - 1;
-    const int cells = std::min(kMostCells, width - 7 - static_cast<int>(text.size()) - 10);
+    const std::string prefix = mOutput.prefix ? mOutput.prefix() : "";
+    const auto others = static_cast<int>(prefix.size() + text.size());
+    const int cells = std::min(kMostCells, width - 7 - others - 10);
     if (cells >= kFewestCells) {
         const auto filled = static_cast<std::size_t>(percent * cells / 100);
-        text = '[' + std::string(filled, '#') +
+        text = prefix + '[' + std::string(filled, '#') +
                std::string(static_cast<std::size_t>(cells) - filled, '.') + "] " + text +
                (left.empty() ? "" : "  " + left);
     }

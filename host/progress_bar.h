@@ -11,6 +11,9 @@ struct ProgressOutput {
     std::ostream* out = nullptr;       ///< null for nowhere
     int (*terminalWidth)() = nullptr;  ///< columns; null if it is no terminal
     std::string label;                 ///< of lines elsewhere
+    /// Takes the share that is done, 0..1, instead; null for a display of its own.
+    std::function<void(double share)> report = {};
+    std::function<std::string()> prefix = {};  ///< of the bar; null for none
 };
 
 /// On a terminal, a progress bar with the time left, redrawn in place when it changes. Elsewhere a

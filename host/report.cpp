@@ -130,7 +130,7 @@ void PrintTable(std::ostream& out, const Report& report) {
     out << text;
 }
 
-void PrintJson(std::ostream& out, const Report& report) {
+nlohmann::ordered_json JsonOf(const Report& report) {
     nlohmann::ordered_json json;
     json["inputs"] = report.inputs;
     json["output"] = report.output;
@@ -158,6 +158,11 @@ void PrintJson(std::ostream& out, const Report& report) {
         json["events"].push_back({{"time_s", Number(notice.seconds, 1e6)}, {"text", notice.text}});
     }
     json["notes"] = report.notes;
+    return json;
+}
+
+void PrintJson(std::ostream& out, const Report& report) {
     // Paths may contain bytes that are not UTF-8.
-    out << json.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
+    out << JsonOf(report).dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) +
+               "\n";
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <iosfwd>
+#include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
@@ -39,5 +40,8 @@ std::string SettingsText(const FilterSettings& settings);
 /// Prints a table.
 void PrintTable(std::ostream& out, const Report& report);
 
-/// Prints the same as one JSON object; minus infinity becomes null.
+/// The same as a JSON object; minus infinity becomes null.
+nlohmann::ordered_json JsonOf(const Report& report);
+
+/// Prints the JSON object.
 void PrintJson(std::ostream& out, const Report& report);

@@ -239,7 +239,7 @@ TEST_F(CommandLineTest, SeveralInputsAreConvertedToTheFormatOfTheFirstAndPaddedT
     const std::string bed =
         Record<short>("bed.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 44100, 2, 2.0);
     const Outcome mixed =
-        RunHost({"clean", in, bed, "-o", File("o.wav"), "--denoise", "off", "--json"});
+        RunHost({"mix", in, bed, "-o", File("o.wav"), "--denoise", "off", "--json"});
     ASSERT_EQ(mixed.status, 0) << mixed.err;
     const nlohmann::json json = nlohmann::json::parse(mixed.out);
     EXPECT_EQ(json["inputs"], (nlohmann::json{in, bed}));
@@ -254,7 +254,7 @@ TEST_F(CommandLineTest, SeveralInputsAreConvertedToTheFormatOfTheFirstAndPaddedT
     EXPECT_FALSE(std::equal(silence.begin(), silence.end(), both.samples.begin() + 32000));
 
     ASSERT_EQ(
-        RunHost({"clean", in, bed, "-o", File("o.wav"), "--denoise", "off", "--mix", "off"}).status,
+        RunHost({"mix", in, bed, "-o", File("o.wav"), "--denoise", "off", "--mix", "off"}).status,
         0);
     std::vector<short> padded = ReadSound<short>(in).samples;
     padded.resize(64000);
