@@ -8,11 +8,11 @@
 struct BatchRequest {
     std::vector<std::string> paths;  ///< files, and folders if `recursive`
     bool recursive = false;
-    std::string outputDir;      ///< mirrors the folders; empty for the folder of each input
-    std::string suffix;         ///< between name and extension of the output
-    std::string extension;      ///< of the outputs, without dot; empty for that of each input
-    bool replace = false;       ///< outputs that exist already
-    bool skipExisting = false;  ///< inputs whose output exists already
+    std::string outputDir = {};  ///< mirrors the folders; empty for the folder of each input
+    std::string suffix = {};     ///< between name and extension of the output
+    std::string extension = {};  ///< of the outputs, without dot; empty for that of each input
+    bool replace = false;        ///< outputs that exist already
+    bool skipExisting = false;   ///< inputs whose output exists already
 };
 
 /// An input, and what becomes of it.

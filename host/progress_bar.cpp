@@ -73,17 +73,18 @@ std::string ProgressBar::TimeLeft(double now) const {
 
 void ProgressBar::Draw(double now) {
     const std::int64_t percent = mDone * 100 / mTotal;
-    if (percent == mPercent && now - mShown < 1.0) {
+    const std::string prefix = mOutput.prefix ? mOutput.prefix() : "";
+    if (percent == mPercent && prefix == mPrefix && now - mShown < 1.0) {
         return;
     }
     mPercent = percent;
+    mPrefix = prefix;
     mShown = now;
     const std::string number = std::to_string(percent);
     const std::string left = TimeLeft(now);
     std::string text = std::string(3 - number.size(), ' ') + number + '%';
     // The last column stays free: some terminals wrap around there.
     const int width = mOutput.terminalWidth() - 1;
-    const std::string prefix = mOutput.prefix ? mOutput.prefix() : "";
     const auto others = static_cast<int>(prefix.size() + text.size());
     const int cells = std::min(kMostCells, width - 7 - others - 10);
     if (cells >= kFewestCells) {

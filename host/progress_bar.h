@@ -46,6 +46,7 @@ private:
     std::int64_t mTotal;
     std::int64_t mDone = 0;
     std::int64_t mPercent = -1;  ///< shown
+    std::string mPrefix;         ///< shown
     double mStart;
     double mShown;           ///< time of the last line or bar
     std::size_t mDrawn = 0;  ///< columns

@@ -47,6 +47,32 @@ TEST_F(ExecutableTest, ASignalInMidStreamLeavesNoFilePrintsOneLineAndEndsTheProc
     }
 }
 
+TEST_F(ExecutableTest, ASignalEndsABatchLeavesWholeFilesAndSaysHowManyAreDone) {
+    WriteHoursOfSilence(dir.File("hours.wav"));
+    const std::string out = logs.File("out");
+    Process run(
+        {"clean", Recording(3200), dir.File("hours.wav"), "--output-dir", out, "-j", "1", "--json"},
+        logs.File("lines"), Err());
+    const auto names = [&out] {
+        Words found;
+        std::error_code error;
+        for (const auto& entry : std::filesystem::directory_iterator(out, error)) {
+            found.push_back(entry.path().filename());
+        }
+        return found;
+    };
+    while (names().size() < 2 && !run.HasEnded()) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    run.Signal(SIGINT);
+    EXPECT_EQ(run.Wait(), -SIGINT);
+    EXPECT_EQ(run.Err(),
+              "audio-filter: interrupted after 1 of 2 files; --skip-existing continues there\n");
+    EXPECT_EQ(names(), Words{"in.wav"});
+    const std::string lines = ReadFile(logs.File("lines"));
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 1) << lines;
+}
+
 /// Blocks until the reader has taken everything.
 void WaitUntilEmpty(int pipe, Process& reader) {
     for (int waiting = 1; waiting != 0 && !reader.HasEnded();) {
