@@ -82,6 +82,9 @@ Cleaning<Sample>::Cleaning(const CleanJob& job, Sources sources,
             mMix.emplace(mFormat, sources.size(), MixOnly(mTimeline.ForStream()));
         }
     }
+    if (job.loudness) {
+        mLoudness.emplace(mFormat, *job.loudness, job.output);
+    }
     for (std::unique_ptr<AudioSource>& source : sources) {
         mFeeds.emplace_back(std::move(source), mFormat);
     }
@@ -217,14 +220,33 @@ void Cleaning<Sample>::Finish(AudioSink& sink) {
     if (mMix) {
         mBefore->Add(mMix->Drain());
     }
+    if (!mLoudness) {
+        return;
+    }
+    mLoudness->Finish();
+    for (Block block = mLoudness->Next(); !block.empty(); block = mLoudness->Next()) {
+        Deliver(sink, block);
+        if (Interrupted()) {
+            throw Failure("interrupted");
+        }
+    }
 }
 
 template <typename Sample>
 void Cleaning<Sample>::Write(AudioSink& sink, const Block& cleaned) {
-    if (mAfter) {
-        mAfter->Add(cleaned);
+    if (mLoudness) {
+        mLoudness->Add(cleaned);
+    } else {
+        Deliver(sink, cleaned);
     }
-    sink.Write(cleaned.data(), cleaned.size() / static_cast<std::size_t>(mFormat.channels));
+}
+
+template <typename Sample>
+void Cleaning<Sample>::Deliver(AudioSink& sink, const Block& output) {
+    if (mAfter) {
+        mAfter->Add(output);
+    }
+    sink.Write(output.data(), output.size() / static_cast<std::size_t>(mFormat.channels));
 }
 
 template <typename Sample>
@@ -257,6 +279,9 @@ std::vector<std::string> Cleaning<Sample>::Notes() const {
     if (mTimeline.LacksMicrophone()) {
         notes.emplace_back("no noise is suppressed: no microphone is among the sources");
     }
+    if (mLoudness && !mLoudness->Gain().note.empty()) {
+        notes.push_back(mLoudness->Gain().note);
+    }
     for (const double seconds : mTimeline.NotReached()) {
         char time[32];
         std::snprintf(time, sizeof(time), "%g s", seconds);
@@ -275,6 +300,10 @@ Report Cleaning<Sample>::MakeReport(double elapsed) const {
     report.format = mFormat;
     report.duration = Seconds(mFrames);
     report.elapsed = elapsed;
+    report.hasLevels = mBefore.has_value();
+    if (mLoudness) {
+        report.loudnessGain = mLoudness->Gain().db;
+    }
     if (mBefore) {
         report.loudnessBefore = mBefore->Loudness();
         report.loudnessAfter = mAfter->Loudness();

@@ -11,6 +11,7 @@
 #include "host/clean.h"
 #include "host/job_files.h"
 #include "host/level_meter.h"
+#include "host/loudness_pass.h"
 #include "host/progress_bar.h"
 #include "host/report.h"
 #include "host/source_feed.h"
@@ -38,6 +39,7 @@ private:
     void Measure(Block blocks);
     void Finish(AudioSink& sink);
     void Write(AudioSink& sink, const Block& cleaned);
+    void Deliver(AudioSink& sink, const Block& output);
     void NoteVerdicts(std::size_t frames);
     std::vector<std::string> Notes() const;
     Report MakeReport(double elapsed) const;
@@ -52,6 +54,7 @@ private:
         mMix;                           ///< of several sources, not processed, for the meters
     std::optional<LevelMeter> mBefore;  ///< none without a summary
     std::optional<LevelMeter> mAfter;
+    std::optional<LoudnessPass<Sample>> mLoudness;  ///< none where the loudness is left
     std::deque<SourceFeed<Sample>> mFeeds;
     std::vector<StreamNotice> mNotices;
     std::int64_t mFrames = 0;  ///< pushed so far

@@ -135,7 +135,7 @@ void DeclareSummary(CLI::App& command, Arguments& arguments) {
     command.add_flag("--json", arguments.json,
                      "print the summary as one JSON object; of many files, one line a file");
     command.add_flag("--no-stats", arguments.noStats,
-                     "measure no levels and print no table; faster");
+                     "measure no levels and print no table");
     command.add_flag("-q,--quiet", arguments.quiet, "print no progress and no table");
     Group(command, "Summary");
 }

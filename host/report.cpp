@@ -115,6 +115,9 @@ void PrintTable(std::ostream& out, const Report& report) {
         text += Format("from %.3f s  ", report.settings[i].seconds) +
                 SettingsText(report.settings[i].settings) + "\n";
     }
+    if (report.loudnessGain) {
+        text += Format("applied gain  %+.1f dB\n", *report.loudnessGain);
+    }
     if (report.phaseCorrected > 0.0) {
         text += Format("phase         left channel inverted for %.2f s\n", report.phaseCorrected);
     }
@@ -139,10 +142,15 @@ nlohmann::ordered_json JsonOf(const Report& report) {
     json["channels"] = report.format.channels;
     json["samples"] = SampleFormatName(report.format.samples);
     json["speed"] = Number(Speed(report), 10.0);
-    for (const Row& row : Rows(report)) {
-        json[row.key] = {{"before", Number(row.before, 100.0)},
-                         {"after", Number(row.after, 100.0)},
-                         {"change", Number(row.after - row.before, 100.0)}};
+    if (report.hasLevels) {
+        for (const Row& row : Rows(report)) {
+            json[row.key] = {{"before", Number(row.before, 100.0)},
+                             {"after", Number(row.after, 100.0)},
+                             {"change", Number(row.after - row.before, 100.0)}};
+        }
+    }
+    if (report.loudnessGain) {
+        json["loudness_gain_db"] = Number(*report.loudnessGain, 100.0);
     }
     json.update(SettingsJson(report.settings.front().settings));
     json["phase_corrected_s"] = Number(report.phaseCorrected, 1e6);

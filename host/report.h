@@ -2,6 +2,7 @@
 
 #include <iosfwd>
 #include <nlohmann/json_fwd.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -20,14 +21,16 @@ struct Report {
     std::vector<std::string> inputs;
     std::string output;
     AudioFormat format;
-    double duration;  ///< s
-    double elapsed;   ///< s
+    double duration;        ///< s
+    double elapsed;         ///< s
+    bool hasLevels = true;  ///< whether the levels have been measured
     double loudnessBefore;
     double loudnessAfter;
     double peakBefore;
     double peakAfter;
     WindowLevels levels;
-    std::vector<SettingsAt> settings;  ///< at the start, then after each change
+    std::optional<double> loudnessGain;  ///< dB, of --loudness
+    std::vector<SettingsAt> settings;    ///< at the start, then after each change
     std::vector<StreamNotice> notices;
     std::vector<std::string> notes;  ///< remarks on this run
     double music;                    ///< s in which music was detected
