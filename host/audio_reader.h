@@ -28,6 +28,12 @@ public:
     /// Length, if the file states it; corrected once its end is reached.
     std::optional<std::int64_t> Frames() const override { return mFrames; }
 
+    /// Frames that Read has returned so far.
+    std::int64_t FramesRead() const { return mRead; }
+
+    /// libsndfile's constants of the container and the codec, SF_FORMAT_...
+    int LibraryFormat() const { return mInfo.format; }
+
     /// Reads up to `frames` frames. @return frames read; 0 at the end
     std::size_t Read(short* samples, std::size_t frames) override;
     std::size_t Read(float* samples, std::size_t frames) override;

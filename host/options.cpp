@@ -134,8 +134,7 @@ void DeclareSummary(CLI::App& command, Arguments& arguments) {
     Check(level, ParseLogLevel);
     command.add_flag("--json", arguments.json,
                      "print the summary as one JSON object; of many files, one line a file");
-    command.add_flag("--no-stats", arguments.noStats,
-                     "measure no levels and print no table");
+    command.add_flag("--no-stats", arguments.noStats, "measure no levels and print no table");
     command.add_flag("-q,--quiet", arguments.quiet, "print no progress and no table");
     Group(command, "Summary");
 }
@@ -173,6 +172,14 @@ void Declare(CLI::App& app, Arguments& arguments) {
     DeclareOutput(mix, arguments);
     DeclareSettings(mix, arguments);
     DeclareSummary(mix, arguments);
+
+    CLI::App& info =
+        *app.add_subcommand("info", "Show what is in files, and what cleaning would do with them");
+    Add(info, "FILE", arguments.files, "", "recordings");
+    info.add_flag("--scan", arguments.scan,
+                  "read the files to their end, which finds damage and unstated lengths");
+    info.add_flag("--json", arguments.json, "print one line of JSON a file");
+    DeclareSettings(info, arguments);
 
     for (CLI::App* command : app.get_subcommands({})) {
         TakeLast(*command);

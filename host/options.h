@@ -23,6 +23,7 @@ struct Arguments {
     bool recursive = false;
     bool skipExisting = false;
     bool dryRun = false;
+    bool scan = false;
     int jobs = 0;  ///< 0 for one a core
     std::string denoise = "2";
     std::string gain = "off";

@@ -70,7 +70,9 @@ bool KeepsMusic(const Report& report) {
                        [](const SettingsAt& at) { return at.settings.keepMusic; });
 }
 
-nlohmann::ordered_json SettingsJson(const FilterSettings& settings) {
+}  // namespace
+
+nlohmann::ordered_json JsonOf(const FilterSettings& settings) {
     nlohmann::ordered_json json;
     json["denoise_level"] = nullptr;
     if (settings.denoiseLevel) {
@@ -85,8 +87,6 @@ nlohmann::ordered_json SettingsJson(const FilterSettings& settings) {
     json["music"] = settings.keepMusic ? "keep" : "ignore";
     return json;
 }
-
-}  // namespace
 
 std::string SettingsText(const FilterSettings& settings) {
     std::string text =
@@ -152,13 +152,13 @@ nlohmann::ordered_json JsonOf(const Report& report) {
     if (report.loudnessGain) {
         json["loudness_gain_db"] = Number(*report.loudnessGain, 100.0);
     }
-    json.update(SettingsJson(report.settings.front().settings));
+    json.update(JsonOf(report.settings.front().settings));
     json["phase_corrected_s"] = Number(report.phaseCorrected, 1e6);
     json["music_s"] = Number(report.music, 1e6);
     json["changes"] = nlohmann::ordered_json::array();
     for (std::size_t i = 1; i < report.settings.size(); ++i) {
         nlohmann::ordered_json change = {{"time_s", Number(report.settings[i].seconds, 1e6)}};
-        change.update(SettingsJson(report.settings[i].settings));
+        change.update(JsonOf(report.settings[i].settings));
         json["changes"].push_back(change);
     }
     json["events"] = nlohmann::ordered_json::array();

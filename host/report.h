@@ -40,6 +40,9 @@ struct Report {
 /// The settings in words, such as "suppression level 2, gain off".
 std::string SettingsText(const FilterSettings& settings);
 
+/// The settings as a JSON object.
+nlohmann::ordered_json JsonOf(const FilterSettings& settings);
+
 /// Prints a table.
 void PrintTable(std::ostream& out, const Report& report);
 
