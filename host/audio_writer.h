@@ -4,13 +4,12 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
 
 #include "host/audio_stream.h"
-#include "host/output_file.h"
+#include "host/partial_file.h"
 
 /// Writes a WAV or FLAC file, which appears whole at Commit or not at all: until then it has a
 /// temporary name in the same folder. Throws Failure when it cannot be written.
@@ -37,18 +36,8 @@ private:
         void operator()(SNDFILE* file) const;
     };
 
-    /// The temporary file; removed with the object.
-    struct Partial {
-        ~Partial();
-        std::filesystem::path path;
-    };
+    static const std::string& Suited(const std::string& path, const AudioFormat& format);
 
-    /// @param error errno; 0 for the first error of the file
-    [[noreturn]] void Fail(int error = 0) const;
-
-    std::string mPath;
-    std::filesystem::path mTarget;  ///< mPath with symbolic links resolved
-    Partial mPartial;
-    OutputFile mOutput;
+    PartialFile mPartial;
     std::unique_ptr<SNDFILE, Close> mFile;
 };

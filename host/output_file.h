@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <optional>
 
-/// A new file that libsndfile writes through and that records write errors: libsndfile does not
+/// A new file that libraries write through and that records write errors: libsndfile does not
 /// report those at the end of a FLAC file.
 class OutputFile {
 public:
@@ -32,12 +32,20 @@ public:
     /// @return 0 if the permissions of an existing file allow writing it; else errno
     static int MayBeReplaced(const std::filesystem::path& path);
 
+    sf_count_t Size();
+
+    /// @param whence as for lseek. @return the new position; -1 for an error
+    sf_count_t Seek(sf_count_t offset, int whence);
+
+    /// @return bytes read; fewer at the end
+    sf_count_t Read(char* bytes, sf_count_t count);
+
+    /// @return bytes written; fewer only after an error
+    sf_count_t Write(const char* bytes, sf_count_t count);
+
 private:
     static SF_VIRTUAL_IO Callbacks();
     void Note(bool done);
-    sf_count_t Size();
-    sf_count_t Seek(sf_count_t offset, int whence);
-    sf_count_t Write(const char* bytes, sf_count_t count);
 
     int mFile = -1;
     int mError = 0;

@@ -58,7 +58,7 @@ SF_VIRTUAL_IO OutputFile::Callbacks() {
         return OutputOf(self).Seek(offset, whence);
     };
     callbacks.read = [](void* bytes, sf_count_t count, void* self) {
-        return sf_count_t{read(OutputOf(self).mFile, bytes, static_cast<std::size_t>(count))};
+        return OutputOf(self).Read(static_cast<char*>(bytes), count);
     };
     callbacks.write = [](const void* bytes, sf_count_t count, void* self) {
         return OutputOf(self).Write(static_cast<const char*>(bytes), count);
@@ -83,6 +83,10 @@ sf_count_t OutputFile::Seek(sf_count_t offset, int whence) {
     const off_t at = lseek(mFile, offset, whence);
     Note(at >= 0);
     return at;
+}
+
+sf_count_t OutputFile::Read(char* bytes, sf_count_t count) {
+    return sf_count_t{read(mFile, bytes, static_cast<std::size_t>(count))};
 }
 
 sf_count_t OutputFile::Write(const char* bytes, sf_count_t count) {

@@ -1,0 +1,75 @@
+#include "host/partial_file.h"
+
+#include <algorithm>
+#include <cctype>
+#include <cerrno>
+#include <optional>
+#include <random>
+#include <system_error>
+
+#include "host/failure.h"
+#include "host/follow_links.h"
+
+namespace fs = std::filesystem;
+
+PartialFile::PartialFile(const std::string& path) : mPath(path) {
+    CheckPath(path);
+    const std::optional<fs::path> target = FollowLinks(path);
+    if (!target) {
+        Fail(ELOOP);
+    }
+    mTarget = *target;
+    std::error_code error;
+    const fs::file_status replaced = fs::status(mTarget, error);
+    const fs::path partial = PartialPath(mTarget);
+    if (!mOutput.Create(
+            partial, fs::exists(replaced) ? std::optional(replaced.permissions()) : std::nullopt)) {
+        Fail();
+    }
+    mPartial = partial;
+}
+
+PartialFile::~PartialFile() {
+    std::error_code ignored;
+    fs::remove(mPartial, ignored);
+}
+
+void PartialFile::CheckPath(const std::string& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (fs::exists(status) && !fs::is_regular_file(status)) {
+        throw Failure(path, "not a regular file");
+    }
+    // The rename at the end would replace a read-only file as well.
+    const int refused = fs::is_regular_file(status) ? OutputFile::MayBeReplaced(path) : 0;
+    if (status.type() == fs::file_type::none || refused != 0) {
+        throw Failure(path, "cannot be written", refused == 0 ? error.value() : refused);
+    }
+}
+
+void PartialFile::Commit() {
+    if (!mOutput.Close()) {
+        Fail();
+    }
+    std::error_code error;
+    fs::rename(mPartial, mTarget, error);
+    if (error) {
+        Fail(error.value());
+    }
+}
+
+void PartialFile::Fail(int error) const {
+    throw Failure(mPath, "cannot be written", error == 0 ? mOutput.Error() : error);
+}
+
+fs::path PartialPath(const fs::path& target) {
+    return target.parent_path() /
+           (".audio-filter-" + std::to_string(std::random_device()()) + ".partial");
+}
+
+std::string LowerExtension(const fs::path& path) {
+    std::string extension = path.extension().string();
+    std::transform(extension.begin(), extension.end(), extension.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return extension;
+}
