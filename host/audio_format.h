@@ -10,7 +10,7 @@ enum class SampleFormat { kS16, kFloat };
 /// An interleaved stream.
 struct AudioFormat {
     int sampleRate;  ///< Hz
-    int channels;    ///< 1 or 2
+    int channels;    ///< 1..8
     SampleFormat samples;
 };
 

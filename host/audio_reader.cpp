@@ -10,6 +10,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/channels.h"
 #include "host/container.h"
 #include "host/failure.h"
 #include "host/file_bytes.h"
@@ -134,8 +135,8 @@ void AudioReader::TakeInfo() {
     if (!mFile) {
         Fail(kNoSound);
     }
-    if (mInfo.channels > 2) {
-        Fail("has " + std::to_string(mInfo.channels) + " channels; only one or two are supported");
+    if (mInfo.channels > kMostChannels) {
+        Fail(TooManyChannels(mInfo.channels));
     }
     if (mInfo.frames == 0) {
         Fail("contains no audio");

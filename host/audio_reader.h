@@ -13,8 +13,8 @@
 #include "host/read_options.h"
 #include "host/sound_bytes.h"
 
-/// Reads a WAV, FLAC or Ogg file. Throws Failure for anything but a file of one or two channels with
-/// at least one frame. A file that ends early is read up to there, with a warning.
+/// Reads a WAV, FLAC or Ogg file. Throws Failure for anything but a file of 1..8 channels with at least
+/// one frame. A file that ends early is read up to there, with a warning.
 class AudioReader : public AudioSource {
 public:
     /// @param name in messages; empty for the path

@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "host/channels.h"
 #include "host/failure.h"
 #include "host/interrupt.h"
 #include "host/log_file.h"
@@ -21,7 +22,7 @@ using audio_filter::StreamSettings;
 constexpr double kPrimeSeconds = 2.0;
 
 std::string FormatName(const AudioFormat& format) {
-    return std::to_string(format.sampleRate) + " Hz " + (format.channels == 1 ? "mono" : "stereo");
+    return std::to_string(format.sampleRate) + " Hz " + ChannelsName(format.channels);
 }
 
 /// Inputs that are converted to the rate and channels of the first one.

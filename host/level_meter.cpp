@@ -4,6 +4,7 @@
 #include <cmath>
 #include <limits>
 
+#include "host/channels.h"
 #include "host/failure.h"
 
 namespace {
@@ -42,6 +43,12 @@ LevelMeter::LevelMeter(const AudioFormat& format)
                      mChannels) {
     if (!mLoudness) {
         throw Failure("cannot measure loudness at " + std::to_string(format.sampleRate) + " Hz");
+    }
+    if (mChannels == kMostChannels) {  // libebur128 leaves the side channels out
+        ebur128_set_channel(mLoudness.get(), 4, EBUR128_Mp135);
+        ebur128_set_channel(mLoudness.get(), 5, EBUR128_Mm135);
+        ebur128_set_channel(mLoudness.get(), 6, EBUR128_Mp090);
+        ebur128_set_channel(mLoudness.get(), 7, EBUR128_Mm090);
     }
 }
 

@@ -49,7 +49,8 @@ std::optional<Job> Parse(const std::vector<std::string>& words) {
         }
     }
     const std::vector<std::string> piped = {"clean", "-", "-o", "-"};
-    return job.format && rest == piped ? std::optional(job) : std::nullopt;
+    const bool suits = job.format && job.format->channels <= 2;  // as many as the filter cleans
+    return suits && rest == piped ? std::optional(job) : std::nullopt;
 }
 
 template <typename Sample>

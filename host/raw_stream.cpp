@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <cstring>
 
+#include "host/channels.h"
 #include "host/failure.h"
 #include "host/parse_number.h"
 
 namespace {
 
-/// Keeps the bytes of one second of stereo floats well within an int.
+/// Keeps the bytes of one second of eight floats well within an int.
 constexpr int kHighestRate = 768000;
 
 }  // namespace
@@ -23,7 +24,7 @@ std::optional<AudioFormat> ParseRawFormat(const std::string& text) {
     const std::optional<int> rate = ParseNumber<int>(text.substr(first + 1, second - first - 1));
     const std::optional<int> channels = ParseNumber<int>(text.substr(second + 1));
     if ((samples != "s16" && samples != "f32") || !rate || *rate < 1 || *rate > kHighestRate ||
-        !channels || *channels < 1 || *channels > 2) {
+        !channels || *channels < 1 || *channels > kMostChannels) {
         return std::nullopt;
     }
     return AudioFormat{*rate, *channels,

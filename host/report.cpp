@@ -7,6 +7,8 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
+#include "host/channels.h"
+
 namespace {
 
 struct Row {
@@ -101,7 +103,7 @@ void PrintTable(std::ostream& out, const Report& report) {
     const FilterSettings& settings = report.settings.front().settings;
     std::string text = Joined(report.inputs, " + ") + " -> " + report.output + "\n";
     text += Format("%.2f s, %d Hz, %s, %s; ", report.duration, report.format.sampleRate,
-                   report.format.channels == 1 ? "mono" : "stereo",
+                   ChannelsName(report.format.channels).c_str(),
                    SampleFormatName(report.format.samples));
     text += Format("%.0f x real time\n", Speed(report));
     text += Format("%-13s %-5s %8s %8s %8s\n", "", "", "before", "after", "change");

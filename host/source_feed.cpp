@@ -5,6 +5,8 @@
 #include <iterator>
 #include <utility>
 
+#include "host/channels.h"
+
 template <typename Sample>
 SourceFeed<Sample>::SourceFeed(std::unique_ptr<AudioSource> source, const AudioFormat& format)
     : mSource(std::move(source)), mFormat(format) {
@@ -69,29 +71,11 @@ void SourceFeed<Sample>::ReadMore(std::size_t frames) {
     const std::size_t read = mSource->Read(block.data(), frames);
     block.resize(read * ownChannels);
     mEnded = read == 0;
-    block = WithChannels(block);
+    block = ConvertChannels(std::move(block), own.channels, mFormat.channels);
     if (mConverter) {
         block = mConverter->Convert(block, mEnded);
     }
     std::transform(block.begin(), block.end(), std::back_inserter(mAhead), FromFloat<Sample>);
-}
-
-template <typename Sample>
-std::vector<float> SourceFeed<Sample>::WithChannels(const std::vector<float>& in) const {
-    if (mSource->Format().channels == mFormat.channels) {
-        return in;
-    }
-    std::vector<float> out;
-    if (mFormat.channels == 2) {
-        for (const float sample : in) {
-            out.insert(out.end(), {sample, sample});
-        }
-    } else {
-        for (std::size_t i = 0; i < in.size(); i += 2) {
-            out.push_back(0.5F * (in[i] + in[i + 1]));
-        }
-    }
-    return out;
 }
 
 template class SourceFeed<short>;

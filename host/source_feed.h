@@ -10,8 +10,7 @@
 #include "host/audio_stream.h"
 #include "host/rate_converter.h"
 
-/// A source converted to the common format: mono to two equal channels, stereo to the mean of both,
-/// any rate to the common one.
+/// A source converted to the common format: its channels (see ConvertChannels) and its rate.
 template <typename Sample>
 class SourceFeed {
 public:
@@ -33,7 +32,6 @@ public:
 private:
     std::size_t Held() const { return mAhead.size() - mTaken; }
     void ReadMore(std::size_t frames);
-    std::vector<float> WithChannels(const std::vector<float>& in) const;
 
     std::unique_ptr<AudioSource> mSource;
     AudioFormat mFormat;

@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "host/channels.h"
 #include "host/failure.h"
 #include "host/file_bytes.h"
 #include "host/wav_chunks.h"
@@ -82,8 +83,8 @@ void WavStreamReader::TakeFormat(const std::string& chunk) {
     const std::size_t channels = number(2, 2);
     const std::size_t rate = number(4, 4);
     const std::size_t bits = number(14, 2);
-    if (channels > 2) {
-        Fail("has " + std::to_string(channels) + " channels; only one or two are supported");
+    if (channels > kMostChannels) {
+        Fail(TooManyChannels(static_cast<int>(channels)));
     }
     mIsFloat = tag == kIeeeFloat;
     const bool integer = tag == kPcm && bits % 8 == 0 && bits >= 8 && bits <= 32;

@@ -61,7 +61,7 @@ TEST(RawStream, AFormatIsASampleFormatARateAndOneOrTwoChannels) {
                              "s16::2",
                              ":48000:2",
                              "s16:48000:0",
-                             "s16:48000:3",
+                             "s16:48000:9",
                              "s16:0:1",
                              "s16:-8000:1",
                              "s16:768001:1",

@@ -94,6 +94,20 @@ TEST(SourceFeed, MonoBecomesTwoEqualChannelsAndStereoTheMeanOfBoth) {
     EXPECT_EQ(All(narrow, 10), (std::vector<float>{0.125F, 1.0F}));
 }
 
+TEST(SourceFeed, SurroundBecomesADownmixThatCannotClipAndStereoItsFrontChannels) {
+    const AudioFormat surround = {32000, 6, SampleFormat::kFloat};
+    SourceFeed<float> narrow(
+        std::make_unique<Tape>(surround, std::vector<float>{1.0F, -1.0F, 1.0F, 1.0F, 1.0F, -1.0F}),
+        kStereoFloat);
+    const std::vector<float> mixed = All(narrow, 10);
+    ASSERT_EQ(mixed.size(), 2U);
+    EXPECT_FLOAT_EQ(mixed[0], 1.0F);
+    EXPECT_NEAR(mixed[1], -0.41421F, 1e-5F) << "(-1 + 0.7071 - 0.7071) / 2.4142";
+    SourceFeed<float> wide(std::make_unique<Tape>(kStereoFloat, std::vector<float>{0.5F, -0.25F}),
+                           surround);
+    EXPECT_EQ(All(wide, 10), (std::vector<float>{0.5F, -0.25F, 0.0F, 0.0F, 0.0F, 0.0F}));
+}
+
 TEST(SourceFeed, OneSecondAt48000HzIsOneSecondAt32000HzAndAligned) {
     std::vector<float> in(48000);
     for (std::size_t i = 0; i < in.size(); ++i) {
