@@ -62,6 +62,7 @@ AudioReader::AudioReader(const std::string& path, ReadOptions options, const std
         case Container::kFlac: OpenFlac(file, start); break;
         case Container::kOgg: start == 0 ? OpenOgg(file) : Fail(kNoSound); break;
         case Container::kWav: start == 0 ? OpenWav(file) : Fail(kNoSound); break;
+        case Container::kOther: OpenOther(file, start); break;
         case Container::kNone: Fail(kNoSound);
     }
     TakeInfo();
@@ -118,6 +119,18 @@ void AudioReader::OpenOgg(std::istream& file) {
     }
     mFile.reset(mBytes.Open(mInfo));
     mDecodesToFloat = !mIsFlac;
+}
+
+void AudioReader::OpenOther(std::istream& file, std::uint64_t start) {
+    if (start > 0) {
+        Fail(kNoSound);
+    }
+    const std::string head = BytesAt(file, 0, 8);
+    mIsCut = head.compare(0, 4, "FORM") == 0 && BigEndian(head.substr(4)) + 8 > SizeOf(file);
+    if (mIsCut && mOptions.strict) {
+        Fail("is truncated or damaged");
+    }
+    mFile.reset(mBytes.Open(mInfo));
 }
 
 void AudioReader::ReadFlacLength() {

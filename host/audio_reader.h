@@ -13,7 +13,7 @@
 #include "host/read_options.h"
 #include "host/sound_bytes.h"
 
-/// Reads a WAV, FLAC or Ogg file. Throws Failure for anything but a file of 1..8 channels with at least
+/// Reads a WAV, FLAC, Ogg, AIFF, CAF, AU or Wave64 file through libsndfile. Throws Failure for anything but a file of 1..8 channels with at least
 /// one frame. A file that ends early is read up to there, with a warning.
 class AudioReader : public AudioSource {
 public:
@@ -48,6 +48,7 @@ private:
     void OpenWav(std::istream& file);
     void OpenFlac(std::istream& file, std::uint64_t start);
     void OpenOgg(std::istream& file);
+    void OpenOther(std::istream& file, std::uint64_t start);
     void ReadFlacLength();
     void TakeInfo();
     std::size_t Checked(std::int64_t frames);

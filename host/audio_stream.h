@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
+#include <vector>
 
 #include "host/audio_format.h"
 
@@ -34,4 +36,7 @@ public:
 
     /// Completes the stream. Without it, no file may remain.
     virtual void Commit() = 0;
+
+    /// Remarks on what the stream cannot hold.
+    virtual std::vector<std::string> Notes() const { return {}; }
 };

@@ -1,15 +1,19 @@
 #include "host/clean.h"
 
 #include <algorithm>
+#include <cstdio>
 #include <memory>
 #include <optional>
+#include <string>
 #include <utility>
+#include <vector>
 
 #include "host/cleaning.h"
 #include "host/failure.h"
 #include "host/interrupt.h"
 #include "host/job_files.h"
 #include "host/log_file.h"
+#include "host/media_source.h"
 #include "host/phase_pass.h"
 
 namespace {
@@ -40,19 +44,68 @@ Report Run(const CleanJob& job, Sources sources, const ProgressOutput& progress)
         ->Run(progress);
 }
 
+/// Cleans one track. The log is open.
+Report CleanTrack(const CleanJob& job, Sources sources, const ProgressOutput& progress) {
+    const bool s16 = sources.front()->Format().samples == SampleFormat::kS16;
+    return s16 ? Run<short>(job, std::move(sources), progress)
+               : Run<float>(job, std::move(sources), progress);
+}
+
+/// Cleans every audio track of the first input. @return the report of the first, with a note on each other
+Report CleanTracks(const CleanJob& job, Sources sources, const ProgressOutput& progress) {
+    const int tracks = CountAudioTracks(job.inputs.front().path);
+    CleanJob one = job;
+    one.tracks = OpenMediaOutput(MediaJobOf(job));
+    std::optional<Report> first;
+    for (one.track = 1; one.track <= tracks; ++one.track) {
+        const Report report =
+            CleanTrack(one, first ? OpenInputs(one) : std::move(sources), progress);
+        if (!first) {
+            first = report;
+            continue;
+        }
+        char note[120];
+        std::snprintf(note, sizeof(note),
+                      "track %d: noise floor %.1f -> %.1f dBFS, speech %.1f -> %.1f dBFS",
+                      one.track, report.levels.noiseFloorBefore, report.levels.noiseFloorAfter,
+                      report.levels.speechBefore, report.levels.speechAfter);
+        first->notes.emplace_back(note);
+    }
+    const std::vector<std::string>& notes = one.tracks->Notes();
+    first->notes.insert(first->notes.end(), notes.begin(), notes.end());
+    return *first;
+}
+
+/// Whether each of several tracks is to be cleaned.
+bool CleansAll(const CleanJob& job) {
+    if (job.track == kAllTracks && !AreFiles(job)) {
+        throw Failure("--track all needs a file as input");
+    }
+    if (job.track != kAllTracks || CountAudioTracks(job.inputs.front().path) == 1) {
+        return false;
+    }
+    if (!IsMediaOutput(job.output)) {
+        throw Failure(job.output, "holds one audio track: choose --track N");
+    }
+    return true;
+}
+
 }  // namespace
 
-Report Clean(const CleanJob& job, const ProgressOutput& progress) {
+Report Clean(const CleanJob& wanted, const ProgressOutput& progress) {
+    CleanJob job = wanted;
+    const bool all = CleansAll(job);
+    job.track = all ? 1 : std::max(job.track, 0);
     Sources sources = OpenInputs(job);
+    job.track = all ? kAllTracks : job.track;
     std::optional<LogFile> log;
     if (!job.log.empty()) {
         CheckLogPath(job);
         log.emplace(job.log, job.logLevel);
     }
     try {
-        const bool s16 = sources.front()->Format().samples == SampleFormat::kS16;
-        Report report = s16 ? Run<short>(job, std::move(sources), progress)
-                            : Run<float>(job, std::move(sources), progress);
+        Report report = all ? CleanTracks(job, std::move(sources), progress)
+                            : CleanTrack(job, std::move(sources), progress);
         if (log) {
             log->Close();
         }

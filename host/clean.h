@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -8,6 +9,7 @@
 #include "host/audio_format.h"
 #include "host/block_sizes.h"
 #include "host/filter_settings.h"
+#include "host/media_output.h"
 #include "host/progress_bar.h"
 #include "host/read_options.h"
 #include "log/media_process_log.h"
@@ -25,6 +27,11 @@ struct CleanJob {
     bool replace = true;             ///< an output that exists already
     std::optional<AudioFormat> raw;  ///< format of "-"; none for a file in a pipe
     bool wavStream = false;          ///< "-" as output takes a WAV stream instead of raw samples
+    int track =
+        0;  ///< audio track of the first input: from 1, 0 for the default one, or kAllTracks
+    OutputOptions encoding;
+    std::shared_ptr<MediaOutput>
+        tracks;  ///< the output of all tracks, if this job is one of several
     ReadOptions reading;
     FilterSettings settings;
     std::vector<SettingsChange> changes;  ///< in order of time

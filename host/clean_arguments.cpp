@@ -6,6 +6,7 @@
 
 #include "host/at_option.h"
 #include "host/option_values.h"
+#include "host/output_options.h"
 #include "host/raw_stream.h"
 #include "host/terminal.h"
 
@@ -65,6 +66,9 @@ CleanJob CommonJob(const Arguments& arguments) {
     }
     std::stable_sort(job.changes.begin(), job.changes.end(),
                      [](const auto& a, const auto& b) { return a.seconds < b.seconds; });
+    job.track = ParseTrack(arguments.track).value_or(0);
+    job.encoding.bitRate = ParseBitRate(arguments.bitRate);
+    job.encoding.bits = ParseBits(arguments.bits);
     job.blockSizes = *BlockSizes::Parse(arguments.blockMs);
     job.raw = ParseRawFormat(arguments.raw);
     job.loudness = *ParseLoudness(arguments.loudness);

@@ -97,6 +97,7 @@ Report Cleaning<Sample>::Run(const ProgressOutput& progress) {
     const Clock::time_point start = Clock::now();
     const std::optional<std::int64_t> length = Length();
     const std::unique_ptr<AudioSink> sink = OpenOutput(mJob, mFormat, length);
+    mSinkNotes = sink->Notes();
     Log(PROCESS_LOG_INFO, 0.0, SettingsText(mTimeline.Applied().front().settings));
     Prime();
     {
@@ -288,6 +289,7 @@ std::vector<std::string> Cleaning<Sample>::Notes() const {
         std::snprintf(time, sizeof(time), "%g s", seconds);
         notes.push_back(std::string("the change at ") + time + " is beyond the end: not applied");
     }
+    notes.insert(notes.end(), mSinkNotes.begin(), mSinkNotes.end());
     return notes;
 }
 

@@ -47,6 +47,7 @@ private:
 
     CleanJob mJob;
     std::vector<std::string> mConversions;
+    std::vector<std::string> mSinkNotes;
     AudioFormat mFormat;
     Timeline mTimeline;
     AlignedStream<Sample> mStream;

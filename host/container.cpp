@@ -8,9 +8,13 @@ Container ContainerOf(const std::string& start) {
     if (magic == "OggS") {
         return Container::kOgg;
     }
+    const std::string form = start.size() == kContainerBytes ? start.substr(8) : "";
+    if ((magic == "FORM" && (form == "AIFF" || form == "AIFC")) || magic == "caff" ||
+        magic == ".snd" || magic == "riff") {
+        return Container::kOther;
+    }
     const bool riff = magic == "RIFF" || magic == "RIFX" || magic == "RF64";
-    const bool wave = start.size() == kContainerBytes && start.substr(8) == "WAVE";
-    return riff && wave ? Container::kWav : Container::kNone;
+    return riff && form == "WAVE" ? Container::kWav : Container::kNone;
 }
 
 std::uint64_t SizeOfId3Tag(const std::string& start) {

@@ -5,7 +5,13 @@
 #include <string>
 
 /// Containers of audio.
-enum class Container { kNone, kWav, kFlac, kOgg };
+enum class Container {
+    kNone,
+    kWav,
+    kFlac,
+    kOgg,
+    kOther  ///< AIFF, CAF, AU, Wave64: libsndfile reads them, too
+};
 
 constexpr std::size_t kContainerBytes = 12;
 constexpr std::size_t kId3HeaderBytes = 10;

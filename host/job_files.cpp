@@ -6,11 +6,11 @@
 #include <system_error>
 #include <utility>
 
-#include "host/audio_reader.h"
 #include "host/audio_writer.h"
 #include "host/failure.h"
 #include "host/follow_links.h"
 #include "host/interrupt.h"
+#include "host/open_recording.h"
 #include "host/pipe_stream.h"
 #include "host/piped_file.h"
 #include "host/raw_stream.h"
@@ -44,7 +44,23 @@ private:
     std::unique_ptr<AudioSource> mSource;
 };
 
-std::unique_ptr<AudioSource> OpenInput(const std::string& path, const CleanJob& job) {
+/// The sink of a file with one cleaned track.
+class OnlyTrack : public AudioSink {
+public:
+    OnlyTrack(std::shared_ptr<MediaOutput> output, std::unique_ptr<AudioSink> sink)
+        : mOutput(std::move(output)), mSink(std::move(sink)) {}
+
+    void Write(const short* samples, std::size_t frames) override { mSink->Write(samples, frames); }
+    void Write(const float* samples, std::size_t frames) override { mSink->Write(samples, frames); }
+    void Commit() override { mSink->Commit(); }
+    std::vector<std::string> Notes() const override { return mOutput->Notes(); }
+
+private:
+    std::shared_ptr<MediaOutput> mOutput;
+    std::unique_ptr<AudioSink> mSink;
+};
+
+std::unique_ptr<AudioSource> OpenInput(const std::string& path, int track, const CleanJob& job) {
     std::error_code error;
     const bool isPipe = path == kPipe;
     if (isPipe && job.raw) {
@@ -58,11 +74,18 @@ std::unique_ptr<AudioSource> OpenInput(const std::string& path, const CleanJob& 
     if (fs::is_fifo(path, error)) {
         return OpenPiped(std::make_unique<PipeInput>(path), job.reading);
     }
-    return std::make_unique<EndsWithRecording>(std::make_unique<AudioReader>(
-        isPipe ? kStandardInput : path, job.reading, isPipe ? "standard input" : ""));
+    return std::make_unique<EndsWithRecording>(OpenRecording(
+        isPipe ? kStandardInput : path, track, job.reading, isPipe ? "standard input" : path));
 }
 
 }  // namespace
+
+MediaOutputJob MediaJobOf(const CleanJob& job) {
+    std::error_code error;
+    const std::string& first = job.inputs.front().path;
+    const bool isFile = first != kPipe && fs::is_regular_file(first, error);
+    return {job.output, isFile ? first : "", job.track, job.encoding};
+}
 
 bool AreFiles(const CleanJob& job) {
     return std::all_of(job.inputs.begin(), job.inputs.end(), [](const InputFile& input) {
@@ -74,7 +97,7 @@ bool AreFiles(const CleanJob& job) {
 Sources OpenInputs(const CleanJob& job) {
     Sources sources;
     for (const InputFile& input : job.inputs) {
-        sources.push_back(OpenInput(input.path, job));
+        sources.push_back(OpenInput(input.path, sources.empty() ? job.track : 0, job));
         std::error_code error;
         if (input.path != kPipe && fs::equivalent(input.path, job.output, error)) {
             throw Failure(job.output, "is also an input");
@@ -85,12 +108,19 @@ Sources OpenInputs(const CleanJob& job) {
 
 std::unique_ptr<AudioSink> OpenOutput(const CleanJob& job, const AudioFormat& format,
                                       std::optional<std::int64_t> frames) {
+    if (job.tracks != nullptr) {
+        return job.tracks->AddTrack(job.track, format);
+    }
     std::error_code error;
     if (!job.replace && job.output != kPipe && fs::exists(fs::symlink_status(job.output, error))) {
         throw Failure(job.output, "exists; --force replaces it");
     }
+    if (IsMediaOutput(job.output)) {
+        const std::shared_ptr<MediaOutput> output = OpenMediaOutput(MediaJobOf(job));
+        return std::make_unique<OnlyTrack>(output, output->AddTrack(job.track, format));
+    }
     if (job.output != kPipe) {
-        return std::make_unique<AudioWriter>(job.output, format, frames);
+        return std::make_unique<AudioWriter>(job.output, format, frames, job.encoding);
     }
     auto output = std::make_unique<PipeOutput>();
     if (job.wavStream) {

@@ -7,6 +7,7 @@
 
 #include "host/audio_stream.h"
 #include "host/clean.h"
+#include "host/media_output.h"
 
 using Sources = std::vector<std::unique_ptr<AudioSource>>;
 
@@ -20,6 +21,9 @@ Sources OpenInputs(const CleanJob& job);
 /// Opens the output. Throws Failure.
 std::unique_ptr<AudioSink> OpenOutput(const CleanJob& job, const AudioFormat& format,
                                       std::optional<std::int64_t> frames);
+
+/// The output of a job whose extension is one of libavformat's.
+MediaOutputJob MediaJobOf(const CleanJob& job);
 
 /// Throws Failure if the log file would overwrite a recording.
 void CheckLogPath(const CleanJob& job);

@@ -5,6 +5,7 @@
 #include "host/at_option.h"
 #include "host/help_formatter.h"
 #include "host/option_values.h"
+#include "host/output_options.h"
 #include "host/raw_stream.h"
 
 namespace {
@@ -54,6 +55,9 @@ void DeclareInput(CLI::App& command, Arguments& arguments, const std::string& fi
     Check(Add(command, "--raw", arguments.raw, "s16|f32:RATE:CHANNELS",
               "- as input is raw samples of this format; without it, a file"),
           ParseRawFormat);
+    Check(Add(command, "--track", arguments.track, "N|all",
+              "audio track to clean, counted from 1, or all; without it, the default one"),
+          ParseTrack);
     command.add_flag("--strict", arguments.job.reading.strict,
                      "refuse inputs that end early, instead of a warning");
     Group(command, "Input");
@@ -64,6 +68,15 @@ void DeclareOutput(CLI::App& command, Arguments& arguments) {
         "WAV or FLAC file to write, replaced if it exists; - for standard output");
     command.add_flag("--wav", arguments.job.wavStream,
                      "- as output is a WAV stream; without it, raw samples");
+    Add(command, "--codec", arguments.job.encoding.codec, "NAME",
+        "codec of the output: pcm, flac, aac, mp3, opus, vorbis, ...; without it, that of the "
+        "input if the file can hold it");
+    Check(Add(command, "--bitrate", arguments.bitRate, "BIT/S",
+              "bit rate of a lossy output, such as 128k; without it, about that of the input"),
+          ParseBitRate);
+    Check(Add(command, "--bits", arguments.bits, "16|24|float",
+              "sample format of a lossless output; without it, that of the input"),
+          ParseBits);
     CLI::Option* const force =
         command.add_flag("--force", arguments.force, "replace outputs that exist");
     command

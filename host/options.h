@@ -33,6 +33,9 @@ struct Arguments {
     std::vector<std::string> changes;
     std::string loudness = "off";
     std::string blockMs = "10";
+    std::string track;
+    std::string bitRate;
+    std::string bits;
     std::string raw;
     std::string logLevel = "info";
     bool json = false;

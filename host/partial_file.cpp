@@ -66,10 +66,3 @@ fs::path PartialPath(const fs::path& target) {
     return target.parent_path() /
            (".audio-filter-" + std::to_string(std::random_device()()) + ".partial");
 }
-
-std::string LowerExtension(const fs::path& path) {
-    std::string extension = path.extension().string();
-    std::transform(extension.begin(), extension.end(), extension.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return extension;
-}

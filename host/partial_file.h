@@ -39,6 +39,3 @@ private:
 /// A hidden name in the same folder, so that the final rename is atomic. Its length does not depend
 /// on the target's, which may already be the longest possible.
 std::filesystem::path PartialPath(const std::filesystem::path& target);
-
-/// The extension in lower case, such as ".wav".
-std::string LowerExtension(const std::filesystem::path& path);

@@ -113,8 +113,25 @@ TEST_F(AudioReaderTest, IncompleteOrUnsupportedFilesAreRefusedWithAReason) {
     EXPECT_EQ(FailureOf(silent), silent + ": contains no audio");
     const std::string nine = Write("nine.wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16, 9, 900);
     EXPECT_EQ(FailureOf(nine), nine + ": has 9 channels; at most 8 are supported");
-    const std::string aiff = Write("a.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_16);
-    EXPECT_EQ(FailureOf(aiff), aiff + ": not a WAV, FLAC or Ogg file");
+}
+
+TEST_F(AudioReaderTest, AiffCafAuAndWave64AreReadSampleBySample) {
+    for (const int container : {SF_FORMAT_AIFF, SF_FORMAT_CAF, SF_FORMAT_AU, SF_FORMAT_W64}) {
+        AudioReader reader(Write("a", container | SF_FORMAT_PCM_16, 2));
+        std::vector<short> samples(20000);
+        EXPECT_EQ(reader.Read(samples.data(), 10000), 10000U) << container;
+        EXPECT_EQ(samples, Ramp(20000)) << container;
+    }
+    const std::string cut = Cut(Write("a.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_16));
+    EXPECT_EQ(FailureOf(cut), cut + ": is truncated or damaged");
+}
+
+TEST_F(AudioReaderTest, EightChannelsAreReadInTheirOrder) {
+    AudioReader reader(Write("a.wav", SF_FORMAT_WAVEX | SF_FORMAT_PCM_16, 8, 16000));
+    EXPECT_EQ(reader.Format().channels, 8);
+    std::vector<short> samples(16000);
+    EXPECT_EQ(reader.Read(samples.data(), 2000), 2000U);
+    EXPECT_EQ(samples, Ramp(16000));
 }
 
 TEST_F(AudioReaderTest, ATruncatedFileOfAnyContainerIsRefused) {

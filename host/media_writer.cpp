@@ -1,0 +1,343 @@
+#include "host/media_writer.h"
+
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
+extern "C" {
+#include <libavutil/channel_layout.h>
+}
+
+#include "host/failure.h"
+#include "host/interrupt.h"
+#include "host/media_reader.h"
+
+namespace {
+
+constexpr double kBitRateSeconds = 60.0;
+
+/// Measured where the container states none.
+std::int64_t MeasureBitRate(const std::string& path, int index) {
+    MediaInput input(path, path, MediaInput::Probing::kAudio);
+    const AVStream& stream = input.Stream(index);
+    const PacketPtr packet(Allocated(av_packet_alloc()));
+    double bytes = 0.0;
+    double seconds = 0.0;
+    while (seconds < kBitRateSeconds && input.ReadPacket(*packet) == 0) {
+        if (packet->stream_index == index) {
+            bytes += packet->size;
+            seconds += static_cast<double>(packet->duration) * av_q2d(stream.time_base);
+        }
+        av_packet_unref(packet.get());
+    }
+    return seconds > 0.0 ? static_cast<std::int64_t>(8.0 * bytes / seconds) : 0;
+}
+
+const char* TypeName(AVMediaType type) {
+    switch (type) {
+        case AVMEDIA_TYPE_VIDEO: return "video";
+        case AVMEDIA_TYPE_AUDIO: return "audio";
+        case AVMEDIA_TYPE_SUBTITLE: return "subtitles";
+        case AVMEDIA_TYPE_ATTACHMENT: return "attachments";
+        default: return "data";
+    }
+}
+
+std::string NameOf(const AVStream& stream) {
+    const std::string type = TypeName(stream.codecpar->codec_type);
+    const AVCodecID codec = stream.codecpar->codec_id;
+    return codec == AV_CODEC_ID_NONE ? type : avcodec_get_name(codec) + (" " + type);
+}
+
+bool IsPicture(const AVStream& stream) {
+    return (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0 && stream.attached_pic.size > 0;
+}
+
+bool HoldsPictures(const MediaContainer& container) {
+    const std::string_view muxer = container.muxer;
+    return muxer != "webm" && muxer != "adts" && muxer != "asf";
+}
+
+/// Whether the container tells players to skip the encoder's padding. MP4 does by an edit list, which has no place for it
+/// where the track starts late.
+bool StatesPadding(const MediaContainer& container, AVCodecID codec, std::int64_t start) {
+    const std::string_view muxer = container.muxer;
+    const bool mp4 = muxer == "mp4" || muxer == "mov" || muxer == "ipod";
+    return (mp4 && start <= 0) || codec == AV_CODEC_ID_OPUS || muxer == "mp3";
+}
+
+double SecondsOf(const AVPacket& packet, AVRational timeBase) {
+    const std::int64_t time = packet.dts != AV_NOPTS_VALUE ? packet.dts : packet.pts;
+    return time == AV_NOPTS_VALUE ? 0.0 : static_cast<double>(time) * av_q2d(timeBase);
+}
+
+}  // namespace
+
+/// The sink of one track.
+class MediaWriter::TrackSink : public AudioSink {
+public:
+    TrackSink(MediaWriter& writer, TrackEncoder& encoder, const AudioFormat& format)
+        : mWriter(writer),
+          mEncoder(encoder),
+          mChannels(static_cast<std::size_t>(format.channels)) {}
+
+    void Write(const short* samples, std::size_t frames) override {
+        std::vector<float> floats(frames * mChannels);
+        std::transform(samples, samples + floats.size(), floats.begin(),
+                       [](short sample) { return ToFloat(sample); });
+        Write(floats.data(), frames);
+    }
+    void Write(const float* samples, std::size_t frames) override {
+        mEncoder.Push(samples, frames);
+    }
+    void Commit() override {
+        mEncoder.Finish();
+        mWriter.CommitTrack();
+    }
+
+private:
+    MediaWriter& mWriter;
+    TrackEncoder& mEncoder;
+    std::size_t mChannels;
+};
+
+MediaWriter::MediaWriter(const MediaOutputJob& job)
+    : mJob(job), mContainer(*MediaContainerOf(job.path)) {
+    PartialFile::CheckPath(job.path);
+    if (!job.input.empty()) {
+        mInput = std::make_unique<MediaInput>(job.input, job.input, MediaInput::Probing::kAll);
+        mCleaned = job.track == kAllTracks ? mInput->AudioTracks()
+                                           : std::vector<int>{mInput->AudioTrack(job.track)};
+        PlanCopies();
+    }
+    if (mCleaned.size() > 1 && !mContainer.holdsTracks) {
+        throw Failure(job.path, std::string(mContainer.name) + " holds one audio track, not " +
+                                    std::to_string(mCleaned.size()));
+    }
+}
+
+MediaWriter::~MediaWriter() = default;
+
+bool MediaWriter::IsCleaned(int index) const {
+    return std::find(mCleaned.begin(), mCleaned.end(), index) != mCleaned.end();
+}
+
+void MediaWriter::PlanCopies() {
+    for (int i = 0; i < static_cast<int>(mInput->Context().nb_streams); ++i) {
+        if (!IsCleaned(i)) {
+            PlanCopy(i);
+        }
+    }
+}
+
+/// Decides about a stream that is not cleaned. What an audio file has no place for is dropped with a note: it is written
+/// to take the sound out of a video.
+void MediaWriter::PlanCopy(int index) {
+    const AVStream& stream = mInput->Stream(index);
+    const AVMediaType type = stream.codecpar->codec_type;
+    if (IsPicture(stream)) {
+        HoldsPictures(mContainer) ? mPictures.push_back(index)
+                                  : mNotes.push_back("the cover picture is not kept");
+        return;
+    }
+    const bool isData = type == AVMEDIA_TYPE_DATA || type == AVMEDIA_TYPE_UNKNOWN;
+    const bool isAttachment = type == AVMEDIA_TYPE_ATTACHMENT;
+    const bool matroska = std::string_view(mContainer.muxer) == "matroska";
+    const bool fits = isAttachment ? matroska : CanHold(mContainer, stream.codecpar->codec_id);
+    const bool hasPlace =
+        mContainer.holdsVideo || (type == AVMEDIA_TYPE_AUDIO && mContainer.holdsTracks);
+    if (fits && hasPlace) {
+        mCopied.push_back(index);
+    } else if (!hasPlace || isData) {
+        // A chapter or time code track is written anew from the tags.
+        const std::string name = NameOf(stream);
+        const bool isAnew = isData && (mInput->Context().nb_chapters > 0 ||
+                                       stream.codecpar->codec_tag == MKTAG('t', 'm', 'c', 'd'));
+        if (!isAnew) {
+            mNotes.push_back("stream " + std::to_string(index) + " (" + name + ") is not kept");
+        }
+    } else {
+        throw Failure(mJob.path, std::string(mContainer.name) + " cannot hold the " +
+                                     NameOf(stream) + " of " + mJob.input +
+                                     ": choose another extension, such as .mkv");
+    }
+}
+
+TrackFacts MediaWriter::FactsOf(int index, const AudioFormat& format) const {
+    TrackFacts facts = {AV_CODEC_ID_NONE, format.sampleRate, format.channels,
+                        format.samples == SampleFormat::kFloat, 0};
+    if (mInput == nullptr) {
+        return facts;
+    }
+    const AVCodecParameters& parameters = *mInput->Stream(index).codecpar;
+    facts.codec = parameters.codec_id;
+    const AVCodecDescriptor* codec = avcodec_descriptor_get(facts.codec);
+    const bool isLossy = codec != nullptr && (codec->props & AV_CODEC_PROP_LOSSY) != 0;
+    if (isLossy) {
+        facts.bitRate =
+            parameters.bit_rate > 0 ? parameters.bit_rate : MeasureBitRate(mJob.input, index);
+    }
+    return facts;
+}
+
+/// When the first frame of a track plays, in frames of its format.
+std::int64_t MediaWriter::StartOf(int track, const AudioFormat& format) const {
+    if (mInput == nullptr) {
+        return 0;
+    }
+    const MediaReader reader(mJob.input, track, {}, mJob.input);
+    return Rescaled(reader.Start(), {1, reader.Format().sampleRate}, {1, format.sampleRate});
+}
+
+TrackPlan MediaWriter::PlanOf(int index, int track, const AudioFormat& format,
+                              AVCodecID codec) const {
+    const AVOutputFormat* muxer = av_guess_format(mContainer.muxer, nullptr, nullptr);
+    TrackPlan plan = {format.sampleRate,
+                      {},
+                      StartOf(track, format),
+                      (muxer->flags & AVFMT_GLOBALHEADER) != 0,
+                      false};
+    plan.statesPadding = StatesPadding(mContainer, codec, plan.start);
+    av_channel_layout_default(&plan.layout, format.channels);
+    if (mInput != nullptr &&
+        mInput->Stream(index).codecpar->ch_layout.nb_channels == format.channels) {
+        av_channel_layout_copy(&plan.layout, &mInput->Stream(index).codecpar->ch_layout);
+    }
+    return plan;
+}
+
+std::unique_ptr<AudioSink> MediaWriter::AddTrack(int track, const AudioFormat& format) {
+    const int index = mInput == nullptr ? -1 : mInput->AudioTrack(track);
+    const EncoderChoice choice =
+        ChooseEncoder(mJob.path, mContainer, FactsOf(index, format), mJob.options);
+    mTracks.push_back(
+        {index, std::make_unique<TrackEncoder>(mJob.path, choice,
+                                               PlanOf(index, track, format, choice.codec->id))});
+    if (!mFile) {
+        CheckHeader();
+        mFile.emplace(mJob.path);
+    }
+    return std::make_unique<TrackSink>(*this, *mTracks.back().encoder, format);
+}
+
+/// The streams in the order of the input: cleaned tracks as far as they are known, and copies.
+std::unique_ptr<MediaMux> MediaWriter::MakeMux() const {
+    auto mux = std::make_unique<MediaMux>(mJob.path, mContainer);
+    if (mInput == nullptr) {
+        mux->AddEncoded(mTracks.front().encoder->Codec(), nullptr);
+        return mux;
+    }
+    for (int i = 0; i < static_cast<int>(mInput->Context().nb_streams); ++i) {
+        const auto track = std::find_if(mTracks.begin(), mTracks.end(),
+                                        [i](const Track& t) { return t.index == i; });
+        if (track != mTracks.end()) {
+            mux->AddEncoded(track->encoder->Codec(), &mInput->Stream(i));
+        } else if (std::find(mCopied.begin(), mCopied.end(), i) != mCopied.end()) {
+            mux->AddCopy(mInput->Stream(i));
+        }
+    }
+    mux->CopyTags(*mInput, &mInput->Stream(mCleaned.front()));
+    for (const int picture : mPictures) {
+        mux->AddPicture(mInput->Stream(picture));
+    }
+    return mux;
+}
+
+void MediaWriter::CheckHeader() const {
+    MakeMux()->WriteHeader(nullptr);
+}
+
+void MediaWriter::CommitTrack() {
+    ++mCommitted;
+    if (mCommitted >= std::max<std::size_t>(mCleaned.size(), 1)) {
+        Mux();
+    }
+}
+
+namespace {
+
+/// A packet and where it goes.
+struct NextPacket {
+    PacketPtr packet;
+    int stream = -1;  ///< of the output
+    AVRational timeBase = {1, 1};
+    std::int64_t origin = 0;
+
+    double Seconds() const {
+        return SecondsOf(*packet, timeBase) -
+               static_cast<double>(origin) / static_cast<double>(AV_TIME_BASE);
+    }
+};
+
+}  // namespace
+
+void MediaWriter::Mux() {
+    const std::unique_ptr<MediaMux> mux = MakeMux();
+    mux->WriteHeader(&mFile->File());
+    // As MakeMux adds them.
+    std::vector<int> outputs(mInput == nullptr ? 0 : mInput->Context().nb_streams, -1);
+    int count = 0;
+    for (int i = 0; i < static_cast<int>(outputs.size()); ++i) {
+        const bool isCopied = std::find(mCopied.begin(), mCopied.end(), i) != mCopied.end();
+        outputs[static_cast<std::size_t>(i)] = isCopied || IsCleaned(i) ? count++ : -1;
+        mInput->Stream(i).discard = isCopied ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+    }
+    // The next packet of each cleaned track, and of all copies.
+    std::vector<NextPacket> next;
+    const auto advance = [&](std::size_t at) {
+        if (at < mTracks.size()) {
+            next[at].packet = mTracks[at].encoder->Packets().Read();
+            return;
+        }
+        next[at].packet.reset();
+        while (!mCopied.empty() && next[at].packet == nullptr) {
+            PacketPtr packet(Allocated(av_packet_alloc()));
+            if (mInput->ReadPacket(*packet) != 0) {
+                return;
+            }
+            const int index = packet->stream_index;
+            if (std::find(mCopied.begin(), mCopied.end(), index) != mCopied.end()) {
+                next[at] = {std::move(packet), outputs[static_cast<std::size_t>(index)],
+                            mInput->Stream(index).time_base, mInput->Origin()};
+            }
+        }
+    };
+    for (std::size_t at = 0; at <= mTracks.size(); ++at) {
+        next.emplace_back();
+        if (at < mTracks.size()) {
+            mTracks[at].encoder->Packets().Rewind();
+            const int index = mTracks[at].index;
+            next[at].stream = index < 0 ? 0 : outputs[static_cast<std::size_t>(index)];
+            next[at].timeBase = mTracks[at].encoder->Codec().time_base;
+        }
+        advance(at);
+    }
+    while (true) {
+        std::size_t first = next.size();
+        for (std::size_t at = 0; at < next.size(); ++at) {
+            const bool isEarlier =
+                next[at].packet != nullptr &&
+                (first == next.size() || next[at].Seconds() < next[first].Seconds());
+            first = isEarlier ? at : first;
+        }
+        if (first == next.size()) {
+            break;
+        }
+        if (Interrupted()) {
+            throw Failure("interrupted");
+        }
+        mux->Write(next[first].stream, *next[first].packet, next[first].timeBase,
+                   next[first].origin);
+        advance(first);
+    }
+    mux->Finish();
+    mFile->Commit();
+}
+
+bool IsMediaOutput(const std::string& path) {
+    return MediaContainerOf(path) != nullptr;
+}
+
+std::shared_ptr<MediaOutput> OpenMediaOutput(const MediaOutputJob& job) {
+    return std::make_shared<MediaWriter>(job);
+}
