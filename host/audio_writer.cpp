@@ -132,8 +132,10 @@ const std::string& AudioWriter::Suited(const std::string& path, const AudioForma
 }
 
 AudioWriter::AudioWriter(const std::string& path, const AudioFormat& format,
-                         std::optional<std::int64_t> frames, const OutputOptions& options)
-    : mPartial(Suited(path, format, options)),
+                         std::optional<std::int64_t> frames, const OutputOptions& options,
+                         FileTags tags)
+    : mTags(std::move(tags)),
+      mPartial(Suited(path, format, options)),
       mChannels(static_cast<std::size_t>(format.channels)) {
     const SoundFormat& sound = *SoundFormatOf(path);
     const OutputBits bits = BitsFor(sound, format, options);
@@ -150,6 +152,9 @@ AudioWriter::AudioWriter(const std::string& path, const AudioFormat& format,
     sf_command(mFile.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
     sf_command(mFile.get(), SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
     sf_command(mFile.get(), SFC_SET_CLIPPING, nullptr, SF_TRUE);
+    if (const std::size_t room = RoomFor(mTags.flacBlocks); room > 0) {
+        sf_set_string(mFile.get(), SF_STR_COMMENT, std::string(room, ' ').c_str());
+    }
     if (format.channels > 2) {
         std::array<int, kMostChannels> speakers = kSpeakers[mChannels];
         sf_command(mFile.get(), SFC_SET_CHANNEL_MAP_INFO, speakers.data(),
@@ -181,8 +186,13 @@ void AudioWriter::Write(const float* samples, std::size_t frames) {
 void AudioWriter::Commit() {
     const bool sound = sf_error(mFile.get()) == SF_ERR_NO_ERROR;
     const bool closed = sf_close(mFile.release()) == 0;
-    if (!closed || !sound) {
+    if (!closed || !sound || !PutTags()) {
         mPartial.Fail();
     }
     mPartial.Commit();
+}
+
+bool AudioWriter::PutTags() {
+    return (mTags.wavChunks.empty() || AppendWavChunks(mPartial.File(), mTags.wavChunks)) &&
+           (mTags.flacBlocks.empty() || PutFlacBlocks(mPartial.File(), mTags.flacBlocks));
 }

@@ -9,6 +9,7 @@
 #include <string>
 
 #include "host/audio_stream.h"
+#include "host/file_tags.h"
 #include "host/output_options.h"
 #include "host/partial_file.h"
 
@@ -21,7 +22,8 @@ public:
     ///        FLAC and AIFF, unless the options state it
     /// @param frames expected length, if known: a WAV file that may exceed 4 GB is written as RF64
     AudioWriter(const std::string& path, const AudioFormat& format,
-                std::optional<std::int64_t> frames, const OutputOptions& options = {});
+                std::optional<std::int64_t> frames, const OutputOptions& options = {},
+                FileTags tags = {});
 
     /// Throws Failure if the path is unsuitable, before any work is done.
     static void CheckPath(const std::string& path);
@@ -40,6 +42,9 @@ private:
     static const std::string& Suited(const std::string& path, const AudioFormat& format,
                                      const OutputOptions& options);
 
+    bool PutTags();
+
+    FileTags mTags;
     PartialFile mPartial;
     std::size_t mChannels;
     bool mWritesFloat = false;

@@ -8,9 +8,11 @@
 
 #include "host/audio_writer.h"
 #include "host/failure.h"
+#include "host/file_tags.h"
 #include "host/follow_links.h"
 #include "host/interrupt.h"
 #include "host/open_recording.h"
+#include "host/partial_file.h"
 #include "host/pipe_stream.h"
 #include "host/piped_file.h"
 #include "host/raw_stream.h"
@@ -120,7 +122,10 @@ std::unique_ptr<AudioSink> OpenOutput(const CleanJob& job, const AudioFormat& fo
         return std::make_unique<OnlyTrack>(output, output->AddTrack(job.track, format));
     }
     if (job.output != kPipe) {
-        return std::make_unique<AudioWriter>(job.output, format, frames, job.encoding);
+        const std::string input = MediaJobOf(job).input;
+        return std::make_unique<AudioWriter>(
+            job.output, format, frames, job.encoding,
+            input.empty() ? FileTags() : TagsFor(input, LowerExtension(job.output)));
     }
     auto output = std::make_unique<PipeOutput>();
     if (job.wavStream) {

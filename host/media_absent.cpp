@@ -3,6 +3,7 @@
 #include "host/failure.h"
 #include "host/media_output.h"
 #include "host/media_source.h"
+#include "host/media_tags.h"
 
 std::unique_ptr<AudioSource> OpenMediaSource(const std::string& /*path*/, int /*track*/,
                                              const ReadOptions& /*options*/,
@@ -17,6 +18,10 @@ int CountAudioTracks(const std::string& /*path*/) {
 
 bool BeginsLikeMedia(const std::string& /*start*/) {
     return false;
+}
+
+MediaTags ReadMediaTags(const std::string& /*path*/) {
+    return {};
 }
 
 bool IsMediaOutput(const std::string& /*path*/) {

@@ -47,13 +47,6 @@ std::string BigEndian32(std::size_t value) {
     return bytes;
 }
 
-const char* MimeOf(const AVStream& picture) {
-    return picture.codecpar->codec_id == AV_CODEC_ID_PNG   ? "image/png"
-           : picture.codecpar->codec_id == AV_CODEC_ID_BMP ? "image/bmp"
-           : picture.codecpar->codec_id == AV_CODEC_ID_GIF ? "image/gif"
-                                                           : "image/jpeg";
-}
-
 int WriteBytes(void* file, std::uint8_t* bytes, int count) {
     auto& output = *static_cast<OutputFile*>(file);
     const sf_count_t written = output.Write(reinterpret_cast<const char*>(bytes), count);
@@ -78,6 +71,23 @@ bool IsOgg(const MediaContainer& container) {
 }
 
 }  // namespace
+
+bool IsPicture(const AVStream& stream) {
+    return (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0 && stream.attached_pic.size > 0;
+}
+
+const char* MimeOf(const AVStream& picture) {
+    return picture.codecpar->codec_id == AV_CODEC_ID_PNG   ? "image/png"
+           : picture.codecpar->codec_id == AV_CODEC_ID_BMP ? "image/bmp"
+           : picture.codecpar->codec_id == AV_CODEC_ID_GIF ? "image/gif"
+                                                           : "image/jpeg";
+}
+
+bool IsOldFileTag(std::string_view key) {
+    return key.starts_with("_STATISTICS_") ||
+           std::any_of(kOldFileTags.begin(), kOldFileTags.end(),
+                       [key](std::string_view old) { return key.starts_with(old); });
+}
 
 MediaMux::MediaMux(const std::string& path, const MediaContainer& container)
     : mPath(path), mContainer(container) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/libav.h"
@@ -58,6 +59,15 @@ private:
     std::vector<Picture> mPictures;
     std::vector<std::int64_t> mLast;  ///< decoding time of each stream's last packet
 };
+
+/// Whether a stream is a cover picture.
+bool IsPicture(const AVStream& stream);
+
+/// The MIME type of a cover picture.
+const char* MimeOf(const AVStream& picture);
+
+/// Whether a tag describes a file, not the recording in it.
+bool IsOldFileTag(std::string_view key);
 
 /// A picture as the tag that Ogg files carry.
 std::string PictureTag(const AVStream& picture);

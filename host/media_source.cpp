@@ -1,10 +1,39 @@
 #include "host/media_source.h"
 
 #include <algorithm>
+#include <cctype>
+#include <string_view>
 #include <vector>
 
+#include "host/failure.h"
 #include "host/media_input.h"
+#include "host/media_mux.h"
 #include "host/media_reader.h"
+#include "host/media_tags.h"
+
+namespace {
+
+void AppendTexts(const AVDictionary* dictionary, MediaTags& tags) {
+    const AVDictionaryEntry* entry = nullptr;
+    while ((entry = av_dict_get(dictionary, "", entry, AV_DICT_IGNORE_SUFFIX)) != nullptr) {
+        if (!IsOldFileTag(entry->key)) {
+            tags.texts.emplace_back(entry->key, entry->value);
+            std::string& key = tags.texts.back().first;
+            std::transform(key.begin(), key.end(), key.begin(),
+                           [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+        }
+    }
+}
+
+CoverPicture CoverOf(const AVStream& stream) {
+    const AVDictionaryEntry* title = av_dict_get(stream.metadata, "title", nullptr, 0);
+    return {MimeOf(stream), title == nullptr ? "" : title->value,
+            std::max(stream.codecpar->width, 0), std::max(stream.codecpar->height, 0),
+            std::string(reinterpret_cast<const char*>(stream.attached_pic.data),
+                        static_cast<std::size_t>(stream.attached_pic.size))};
+}
+
+}  // namespace
 
 std::unique_ptr<AudioSource> OpenMediaSource(const std::string& path, int track,
                                              const ReadOptions& options, const std::string& name) {
@@ -14,6 +43,25 @@ std::unique_ptr<AudioSource> OpenMediaSource(const std::string& path, int track,
 int CountAudioTracks(const std::string& path) {
     const MediaInput input(path, path, MediaInput::Probing::kAudio);
     return static_cast<int>(input.AudioTracks().size());
+}
+
+MediaTags ReadMediaTags(const std::string& path) {
+    MediaTags tags;
+    try {
+        MediaInput input(path, path, MediaInput::Probing::kAudio);
+        const AVStream& track = input.Stream(input.AudioTrack(0));
+        const bool fromOgg = std::string_view(input.Context().iformat->name) == "ogg";
+        AppendTexts(input.Context().metadata, tags);
+        AppendTexts(fromOgg ? track.metadata : nullptr, tags);
+        for (int i = 0; i < static_cast<int>(input.Context().nb_streams); ++i) {
+            if (IsPicture(input.Stream(i))) {
+                tags.covers.push_back(CoverOf(input.Stream(i)));
+            }
+        }
+    } catch (const Failure&) {
+        return {};  // the reader reports it
+    }
+    return tags;
 }
 
 bool BeginsLikeMedia(const std::string& start) {

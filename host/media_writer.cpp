@@ -49,10 +49,6 @@ std::string NameOf(const AVStream& stream) {
     return codec == AV_CODEC_ID_NONE ? type : avcodec_get_name(codec) + (" " + type);
 }
 
-bool IsPicture(const AVStream& stream) {
-    return (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0 && stream.attached_pic.size > 0;
-}
-
 bool HoldsPictures(const MediaContainer& container) {
     const std::string_view muxer = container.muxer;
     return muxer != "webm" && muxer != "adts" && muxer != "asf";

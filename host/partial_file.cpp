@@ -1,7 +1,5 @@
 #include "host/partial_file.h"
 
-#include <algorithm>
-#include <cctype>
 #include <cerrno>
 #include <optional>
 #include <random>
