@@ -84,7 +84,11 @@ constexpr std::array<std::array<int, kMostChannels>, kMostChannels + 1> kSpeaker
      SF_CHANNEL_MAP_SIDE_RIGHT},
 }};
 
-std::string NoSuchOutput() {
+std::string NoSuchOutput(const std::string& path) {
+    const std::string extension = LowerExtension(path);
+    if (extension == ".amr" || extension == ".3gp") {
+        return "AMR can be read but not written: choose another extension, such as .m4a";
+    }
     return IsMediaOutput("any.mp4")
                ? "the output must be a file whose extension names its format, such as .wav or .mp4"
                : "the output must be a .wav, .flac, .aiff or .caf file; this build lacks "
@@ -104,7 +108,7 @@ void AudioWriter::Close::operator()(SNDFILE* file) const {
 
 void AudioWriter::CheckPath(const std::string& path) {
     if (SoundFormatOf(path) == nullptr) {
-        throw Failure(path, NoSuchOutput());
+        throw Failure(path, NoSuchOutput(path));
     }
     PartialFile::CheckPath(path);
 }

@@ -44,6 +44,9 @@ void PrepareLibav();
 /// What went wrong in libav: the meaning of its error code, and the last message on this thread since the previous call.
 std::string LibavError(int error);
 
+/// The time base of a file's own times.
+constexpr AVRational kMicroseconds = {1, AV_TIME_BASE};
+
 /// The stream's time base to another one, rounded to nearest.
 inline std::int64_t Rescaled(std::int64_t time, AVRational from, AVRational to) {
     return av_rescale_q_rnd(time, from, to,

@@ -186,7 +186,7 @@ void MediaMux::CopyTags(MediaInput& input, const AVStream* track) {
     for (unsigned i = 0; i < input.Context().nb_chapters; ++i) {
         const AVChapter& old = *input.Context().chapters[i];
         auto* chapter = static_cast<AVChapter*>(Allocated(av_mallocz(sizeof(AVChapter))));
-        const std::int64_t origin = Rescaled(input.Origin(), AV_TIME_BASE_Q, old.time_base);
+        const std::int64_t origin = Rescaled(input.Origin(), kMicroseconds, old.time_base);
         chapter->id = old.id;
         chapter->time_base = old.time_base;
         chapter->start = std::max<std::int64_t>(old.start - origin, 0);
@@ -234,7 +234,7 @@ void MediaMux::WriteHeader(OutputFile* file) {
 
 void MediaMux::Write(int stream, AVPacket& packet, AVRational timeBase, std::int64_t origin) {
     const AVRational own = mContext->streams[stream]->time_base;
-    const std::int64_t shift = Rescaled(origin, AV_TIME_BASE_Q, timeBase);
+    const std::int64_t shift = Rescaled(origin, kMicroseconds, timeBase);
     if (packet.pts != AV_NOPTS_VALUE) {
         packet.pts -= shift;
     }

@@ -102,7 +102,7 @@ void MediaReader::TakeLength() {
     if (stream.duration != AV_NOPTS_VALUE) {
         length = Rescaled(stream.duration, stream.time_base, frames);
     } else if (file.duration != AV_NOPTS_VALUE) {
-        length = Rescaled(file.duration, AV_TIME_BASE_Q, frames);
+        length = Rescaled(file.duration, kMicroseconds, frames);
     }
     if (length > 0) {
         mFrames = length;
@@ -275,7 +275,7 @@ void MediaReader::End() {
 std::int64_t MediaReader::FrameTime() const {
     const AVStream& stream = mInput.Stream(mIndex);
     const AVRational frames = {1, mFormat.sampleRate};
-    const std::int64_t origin = Rescaled(mInput.Origin(), AV_TIME_BASE_Q, frames);
+    const std::int64_t origin = Rescaled(mInput.Origin(), kMicroseconds, frames);
     const std::int64_t time = Rescaled(mFrame->best_effort_timestamp, stream.time_base, frames);
     constexpr std::int64_t kFar = std::int64_t{1} << 50;  // sums of timestamps cannot overflow
     return std::clamp(time, -kFar, kFar) - std::clamp(origin, -kFar, kFar);

@@ -49,6 +49,14 @@ std::string NameOf(const AVStream& stream) {
     return codec == AV_CODEC_ID_NONE ? type : avcodec_get_name(codec) + (" " + type);
 }
 
+/// Whether muxers make a stream from the chapters or the tags: the chapter titles and time codes of MP4.
+bool IsWrittenAnew(const AVStream& stream, const AVFormatContext& file) {
+    const bool isChapters = stream.codecpar->codec_id == AV_CODEC_ID_BIN_DATA &&
+                            stream.codecpar->codec_tag == MKTAG('t', 'e', 'x', 't') &&
+                            file.nb_chapters > 0;
+    return isChapters || stream.codecpar->codec_tag == MKTAG('t', 'm', 'c', 'd');
+}
+
 bool HoldsPictures(const MediaContainer& container) {
     const std::string_view muxer = container.muxer;
     return muxer != "webm" && muxer != "adts" && muxer != "asf";
@@ -136,22 +144,20 @@ void MediaWriter::PlanCopy(int index) {
                                   : mNotes.push_back("the cover picture is not kept");
         return;
     }
-    const bool isData = type == AVMEDIA_TYPE_DATA || type == AVMEDIA_TYPE_UNKNOWN;
-    const bool isAttachment = type == AVMEDIA_TYPE_ATTACHMENT;
+    if (IsWrittenAnew(stream, mInput->Context())) {
+        return;
+    }
     const bool matroska = std::string_view(mContainer.muxer) == "matroska";
-    const bool fits = isAttachment ? matroska : CanHold(mContainer, stream.codecpar->codec_id);
+    const bool fits =
+        type == AVMEDIA_TYPE_ATTACHMENT ? matroska : CanHold(mContainer, stream.codecpar->codec_id);
     const bool hasPlace =
         mContainer.holdsVideo || (type == AVMEDIA_TYPE_AUDIO && mContainer.holdsTracks);
+    const bool isData = type == AVMEDIA_TYPE_DATA || type == AVMEDIA_TYPE_UNKNOWN;
     if (fits && hasPlace) {
         mCopied.push_back(index);
-    } else if (!hasPlace || isData) {
-        // A chapter or time code track is written anew from the tags.
-        const std::string name = NameOf(stream);
-        const bool isAnew = isData && (mInput->Context().nb_chapters > 0 ||
-                                       stream.codecpar->codec_tag == MKTAG('t', 'm', 'c', 'd'));
-        if (!isAnew) {
-            mNotes.push_back("stream " + std::to_string(index) + " (" + name + ") is not kept");
-        }
+    } else if (!mContainer.holdsVideo || isData) {
+        mNotes.push_back("stream " + std::to_string(index) + " (" + NameOf(stream) +
+                         ") is not kept");
     } else {
         throw Failure(mJob.path, std::string(mContainer.name) + " cannot hold the " +
                                      NameOf(stream) + " of " + mJob.input +

@@ -36,7 +36,6 @@ private:
     bool IsCleaned(int index) const;
     void PlanCopies();
     void PlanCopy(int index);
-    void DropOrRefuse(int index, const std::string& what);
     TrackFacts FactsOf(int index, const AudioFormat& format) const;
     std::int64_t StartOf(int track, const AudioFormat& format) const;
     TrackPlan PlanOf(int index, int track, const AudioFormat& format, AVCodecID codec) const;

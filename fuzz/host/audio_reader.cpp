@@ -4,8 +4,6 @@
 #include "host/audio_reader.h"
 
 #include <gtest/gtest.h>
-#include <sys/mman.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cstring>
@@ -14,25 +12,10 @@
 #include <vector>
 
 #include "host/failure.h"
+#include "memory_file.h"
 #include "support/block.h"
 
 namespace {
-
-/// A file in memory.
-class MemoryFile {
-public:
-    MemoryFile(const std::uint8_t* data, std::size_t size) : mHandle(memfd_create("fuzz", 0)) {
-        EXPECT_EQ(write(mHandle, data, size), static_cast<ssize_t>(size));
-    }
-    ~MemoryFile() { close(mHandle); }
-    MemoryFile(const MemoryFile&) = delete;
-    MemoryFile& operator=(const MemoryFile&) = delete;
-
-    std::string Path() const { return "/proc/self/fd/" + std::to_string(mHandle); }
-
-private:
-    int mHandle;
-};
 
 /// The contents of a file, or the reason why it is refused.
 template <typename Sample>
@@ -50,7 +33,7 @@ Recording<Sample> ReadAll(const std::string& path, std::size_t portion) {
     try {
         AudioReader reader(path);
         all.format = reader.Format();
-        EXPECT_TRUE(all.format.channels == 1 || all.format.channels == 2);
+        EXPECT_TRUE(all.format.channels >= 1 && all.format.channels <= 8);
         EXPECT_GT(all.format.sampleRate, 0);
         EXPECT_GT(reader.Frames().value_or(1), 0);
         const auto channels = static_cast<std::size_t>(all.format.channels);
