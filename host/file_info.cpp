@@ -25,9 +25,10 @@ std::string ContainerName(const std::string& path) {
         case Container::kWav: return "WAV";
         case Container::kFlac: return "FLAC";
         case Container::kOgg: return "Ogg";
+        case Container::kOther:
         case Container::kNone: break;
     }
-    return "unknown";
+    return "other";
 }
 
 /// libsndfile's name of a major format or of a codec.
