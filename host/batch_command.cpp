@@ -51,7 +51,9 @@ std::optional<LogFile> OpenLog(CleanJob& common, const std::vector<PlannedFile>&
         CleanJob job = common;
         job.inputs.push_back({file.input, AV_SOURCE_MICROPHONE});
         job.output = file.output;
-        CheckLogPath(job);
+        if (job.log != "-") {
+            CheckSideFile(job, job.log);
+        }
     }
     return std::optional<LogFile>(std::in_place, std::exchange(common.log, ""), common.logLevel);
 }

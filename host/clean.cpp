@@ -14,6 +14,7 @@
 #include "host/job_files.h"
 #include "host/log_file.h"
 #include "host/media_source.h"
+#include "host/page/pictures.h"
 #include "host/phase_pass.h"
 
 namespace {
@@ -32,7 +33,7 @@ bool ScansPhase(const CleanJob& job) {
 }
 
 template <typename Sample>
-Report Run(const CleanJob& job, Sources sources, const ProgressOutput& progress) {
+Report Run(const CleanJob& job, Sources sources, SignalTap* tap, const ProgressOutput& progress) {
     std::vector<std::vector<audio_filter::Stretch>> reversed;
     if (sources.front()->Format().channels == 2 && ScansPhase(job)) {
         CleanJob silent = job;
@@ -40,26 +41,28 @@ Report Run(const CleanJob& job, Sources sources, const ProgressOutput& progress)
         silent.reading.warn = [](const std::string&) {};
         reversed = FindReversedChannels(OpenInputs(silent), sources.front()->Format());
     }
-    return std::make_unique<Cleaning<Sample>>(job, std::move(sources), std::move(reversed))
+    return std::make_unique<Cleaning<Sample>>(job, std::move(sources), std::move(reversed), tap)
         ->Run(progress);
 }
 
 /// Cleans one track. The log is open.
-Report CleanTrack(const CleanJob& job, Sources sources, const ProgressOutput& progress) {
+Report CleanTrack(const CleanJob& job, Sources sources, SignalTap* tap,
+                  const ProgressOutput& progress) {
     const bool s16 = sources.front()->Format().samples == SampleFormat::kS16;
-    return s16 ? Run<short>(job, std::move(sources), progress)
-               : Run<float>(job, std::move(sources), progress);
+    return s16 ? Run<short>(job, std::move(sources), tap, progress)
+               : Run<float>(job, std::move(sources), tap, progress);
 }
 
 /// Cleans every audio track of the first input. @return the report of the first, with a note on each other
-Report CleanTracks(const CleanJob& job, Sources sources, const ProgressOutput& progress) {
+Report CleanTracks(const CleanJob& job, Sources sources, SignalTap* tap,
+                   const ProgressOutput& progress) {
     const int tracks = CountAudioTracks(job.inputs.front().path);
     CleanJob one = job;
     one.tracks = OpenMediaOutput(MediaJobOf(job));
     std::optional<Report> first;
     for (one.track = 1; one.track <= tracks; ++one.track) {
-        const Report report =
-            CleanTrack(one, first ? OpenInputs(one) : std::move(sources), progress);
+        const Report report = first ? CleanTrack(one, OpenInputs(one), nullptr, progress)
+                                    : CleanTrack(one, std::move(sources), tap, progress);
         if (!first) {
             first = report;
             continue;
@@ -100,12 +103,16 @@ Report Clean(const CleanJob& wanted, const ProgressOutput& progress) {
     job.track = all ? kAllTracks : job.track;
     std::optional<LogFile> log;
     if (!job.log.empty()) {
-        CheckLogPath(job);
+        if (job.log != "-") {
+            CheckSideFile(job, job.log);
+        }
         log.emplace(job.log, job.logLevel);
     }
     try {
-        Report report = all ? CleanTracks(job, std::move(sources), progress)
-                            : CleanTrack(job, std::move(sources), progress);
+        Pictures pictures(job, sources.front()->Format());
+        Report report = all ? CleanTracks(job, std::move(sources), pictures.Tap(), progress)
+                            : CleanTrack(job, std::move(sources), pictures.Tap(), progress);
+        pictures.Write(report);
         if (log) {
             log->Close();
         }

@@ -37,9 +37,11 @@ struct CleanJob {
     std::vector<SettingsChange> changes;  ///< in order of time
     std::optional<double> loudness;       ///< of the output in LUFS; none to leave it
     BlockSizes blockSizes;
-    bool summarises = true;  ///< whether the levels are measured
-    std::string log;         ///< file for log lines; "-" for standard error, empty for
-                             ///< none
+    bool summarises = true;   ///< whether the levels are measured
+    std::string reportPage;   ///< HTML file about the result; empty for none. Needs the levels
+    std::string spectrogram;  ///< PNG file; empty for none
+    std::string log;          ///< file for log lines; "-" for standard error, empty for
+                              ///< none
     ProcessLogLevel logLevel = PROCESS_LOG_INFO;  ///< the lowest that is written
 };
 

@@ -72,7 +72,8 @@ CleanJob CommonJob(const Arguments& arguments) {
     job.blockSizes = *BlockSizes::Parse(arguments.blockMs);
     job.raw = ParseRawFormat(arguments.raw);
     job.loudness = *ParseLoudness(arguments.loudness);
-    job.summarises = (arguments.json || !arguments.quiet) && !arguments.noStats;
+    job.summarises =
+        !job.reportPage.empty() || ((arguments.json || !arguments.quiet) && !arguments.noStats);
     job.logLevel = *ParseLogLevel(arguments.logLevel);
     return job;
 }

@@ -29,7 +29,7 @@ int CleanIntoOne(const Arguments& arguments, const Console& console) {
     std::ostringstream summary;
     if (arguments.json) {
         PrintJson(summary, report);
-    } else if (job.summarises) {
+    } else if (!arguments.quiet && !arguments.noStats) {
         PrintTable(summary, report);
     }
     (job.output == "-" ? console.err : console.out) << summary.str();
@@ -52,6 +52,9 @@ int RunClean(const Arguments& arguments, const Console& console) {
     const bool many = !arguments.outputDir.empty() || !arguments.suffix.empty();
     if (many && !arguments.output.empty()) {
         throw CLI::ValidationError("--output", "names one output: omit --output-dir and --suffix");
+    }
+    if (many && !(arguments.job.reportPage + arguments.job.spectrogram).empty()) {
+        throw CLI::ValidationError("--report", "and --spectrogram show one output");
     }
     if (many) {
         return CleanMany(arguments, console);

@@ -56,6 +56,13 @@ void ReverseFrames(typename std::vector<Sample>::iterator begin,
     }
 }
 
+template <typename Sample>
+std::vector<float> AsFloats(const std::vector<Sample>& block) {
+    std::vector<float> floats(block.size());
+    std::transform(block.begin(), block.end(), floats.begin(), [](Sample s) { return ToFloat(s); });
+    return floats;
+}
+
 std::string TextOf(const StreamEvent& event, std::size_t sources) {
     if (event.type == StreamEvent::Type::kMusic) {
         return event.on ? "music begins" : "music ends";
@@ -70,18 +77,19 @@ std::string TextOf(const StreamEvent& event, std::size_t sources) {
 
 template <typename Sample>
 Cleaning<Sample>::Cleaning(const CleanJob& job, Sources sources,
-                           std::vector<std::vector<audio_filter::Stretch>> reversed)
+                           std::vector<std::vector<audio_filter::Stretch>> reversed, SignalTap* tap)
     : mJob(job),
       mConversions(Conversions(job, sources)),
       mFormat(sources.front()->Format()),
       mTimeline(mJob, mFormat, std::move(reversed)),
-      mStream(mFormat, sources.size(), mTimeline.ForStream()) {
+      mStream(mFormat, sources.size(), mTimeline.ForStream()),
+      mTap(tap) {
     if (job.summarises) {
         mBefore.emplace(mFormat);
         mAfter.emplace(mFormat);
-        if (sources.size() > 1) {
-            mMix.emplace(mFormat, sources.size(), MixOnly(mTimeline.ForStream()));
-        }
+    }
+    if (sources.size() > 1 && (job.summarises || tap != nullptr)) {
+        mMix.emplace(mFormat, sources.size(), MixOnly(mTimeline.ForStream()));
     }
     if (job.loudness) {
         mLoudness.emplace(mFormat, *job.loudness, job.output);
@@ -185,9 +193,10 @@ std::size_t Cleaning<Sample>::PushBlock(AudioSink& sink) {
     if (frames == 0) {
         return 0;
     }
-    Write(sink, mStream.Push(blocks));
-    NoteVerdicts(frames);
+    const Block cleaned = mStream.Push(blocks);
     Measure(std::move(blocks));
+    Write(sink, cleaned);
+    NoteVerdicts(frames);
     mFrames += static_cast<std::int64_t>(frames);
     return frames;
 }
@@ -211,17 +220,29 @@ auto Cleaning<Sample>::TakeBlocks() -> Block {
 
 template <typename Sample>
 void Cleaning<Sample>::Measure(Block blocks) {
+    if (mMix) {
+        MeasureBefore(mMix->Push(blocks));
+    } else {
+        MeasureBefore(blocks);
+    }
+}
+
+template <typename Sample>
+void Cleaning<Sample>::MeasureBefore(const Block& block) {
     if (mBefore) {
-        mBefore->Add(mMix ? mMix->Push(blocks) : blocks);
+        mBefore->Add(block);
+    }
+    if (mTap != nullptr) {
+        mTap->AddBefore(AsFloats(block));
     }
 }
 
 template <typename Sample>
 void Cleaning<Sample>::Finish(AudioSink& sink) {
-    Write(sink, mStream.Drain());
     if (mMix) {
-        mBefore->Add(mMix->Drain());
+        MeasureBefore(mMix->Drain());
     }
+    Write(sink, mStream.Drain());
     if (!mLoudness) {
         return;
     }
@@ -236,6 +257,9 @@ void Cleaning<Sample>::Finish(AudioSink& sink) {
 
 template <typename Sample>
 void Cleaning<Sample>::Write(AudioSink& sink, const Block& cleaned) {
+    if (mTap != nullptr) {
+        mTap->AddAfter(AsFloats(cleaned));
+    }
     if (mLoudness) {
         mLoudness->Add(cleaned);
     } else {
@@ -260,7 +284,10 @@ void Cleaning<Sample>::NoteVerdicts(std::size_t frames) {
         }
         const std::int64_t frame = event.frame - static_cast<std::int64_t>(mStream.Primed());
         const double seconds = Seconds(std::max<std::int64_t>(frame, 0));
-        mNotices.push_back({seconds, TextOf(event, mFeeds.size())});
+        const auto kind = event.type == StreamEvent::Type::kMusic ? StreamNotice::Kind::kMusic
+                                                                  : StreamNotice::Kind::kReversed;
+        mNotices.push_back({seconds, TextOf(event, mFeeds.size()), kind, event.on,
+                            static_cast<int>(event.source)});
         Log(PROCESS_LOG_INFO, seconds, mNotices.back().text);
     }
     const auto count = static_cast<std::int64_t>(frames);

@@ -14,6 +14,7 @@
 #include "host/loudness_pass.h"
 #include "host/progress_bar.h"
 #include "host/report.h"
+#include "host/signal_tap.h"
 #include "host/source_feed.h"
 #include "host/timeline.h"
 
@@ -22,8 +23,9 @@ template <typename Sample>
 class Cleaning {
 public:
     /// @param reversed see Timeline
+    /// @param tap receives the signal; null for none
     Cleaning(const CleanJob& job, Sources sources,
-             std::vector<std::vector<audio_filter::Stretch>> reversed);
+             std::vector<std::vector<audio_filter::Stretch>> reversed, SignalTap* tap = nullptr);
 
     /// Processes the sources to their end and writes the output. Throws Failure.
     Report Run(const ProgressOutput& progress);
@@ -37,6 +39,7 @@ private:
     std::size_t PushBlock(AudioSink& sink);
     Block TakeBlocks();
     void Measure(Block blocks);
+    void MeasureBefore(const Block& block);
     void Finish(AudioSink& sink);
     void Write(AudioSink& sink, const Block& cleaned);
     void Deliver(AudioSink& sink, const Block& output);
@@ -52,10 +55,11 @@ private:
     Timeline mTimeline;
     AlignedStream<Sample> mStream;
     std::optional<AlignedStream<Sample>>
-        mMix;                           ///< of several sources, not processed, for the meters
+        mMix;                           ///< of several sources, not processed, to measure it
     std::optional<LevelMeter> mBefore;  ///< none without a summary
     std::optional<LevelMeter> mAfter;
     std::optional<LoudnessPass<Sample>> mLoudness;  ///< none where the loudness is left
+    SignalTap* mTap;
     std::deque<SourceFeed<Sample>> mFeeds;
     std::vector<StreamNotice> mNotices;
     std::int64_t mFrames = 0;  ///< pushed so far

@@ -138,20 +138,17 @@ std::unique_ptr<AudioSink> OpenOutput(const CleanJob& job, const AudioFormat& fo
     return std::make_unique<RawWriter>(std::move(output), format);
 }
 
-void CheckLogPath(const CleanJob& job) {
-    if (job.log == kPipe) {
-        return;
-    }
+void CheckSideFile(const CleanJob& job, const std::string& path) {
     std::error_code error;
     for (const InputFile& input : job.inputs) {
-        if (fs::equivalent(input.path, job.log, error)) {
-            throw Failure(job.log, "is also an input");
+        if (fs::equivalent(input.path, path, error)) {
+            throw Failure(path, "is also an input");
         }
     }
-    const auto target = [&error](const std::string& path) {
-        return fs::weakly_canonical(FollowLinks(path).value_or(path), error);
+    const auto target = [&error](const std::string& file) {
+        return fs::weakly_canonical(FollowLinks(file).value_or(file), error);
     };
-    if (target(job.log) == target(job.output)) {
-        throw Failure(job.log, "is also the output");
+    if (target(path) == target(job.output)) {
+        throw Failure(path, "is also the output");
     }
 }

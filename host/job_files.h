@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "host/audio_stream.h"
@@ -25,5 +26,5 @@ std::unique_ptr<AudioSink> OpenOutput(const CleanJob& job, const AudioFormat& fo
 /// The output of a job whose extension is one of libavformat's.
 MediaOutputJob MediaJobOf(const CleanJob& job);
 
-/// Throws Failure if the log file would overwrite a recording.
-void CheckLogPath(const CleanJob& job);
+/// Throws Failure if a file that is written beside the output, such as a log, would overwrite a recording.
+void CheckSideFile(const CleanJob& job, const std::string& path);

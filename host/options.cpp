@@ -145,6 +145,10 @@ void DeclareSummary(CLI::App& command, Arguments& arguments) {
                                    ->needs(log)
                                    ->capture_default_str();
     Check(level, ParseLogLevel);
+    Add(command, "--report", arguments.job.reportPage, "FILE",
+        "HTML page to write: spectrograms, sounds, levels and events");
+    Add(command, "--spectrogram", arguments.job.spectrogram, "FILE",
+        "PNG picture to write: spectrograms before, after and of what was removed");
     command.add_flag("--json", arguments.json,
                      "print the summary as one JSON object; of many files, one line a file");
     command.add_flag("--no-stats", arguments.noStats, "measure no levels and print no table");

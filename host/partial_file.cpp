@@ -45,6 +45,13 @@ void PartialFile::CheckPath(const std::string& path) {
     }
 }
 
+void PartialFile::Write(const std::string& bytes) {
+    const auto count = static_cast<sf_count_t>(bytes.size());
+    if (mOutput.Write(bytes.data(), count) != count) {
+        Fail();
+    }
+}
+
 void PartialFile::Commit() {
     if (!mOutput.Close()) {
         Fail();

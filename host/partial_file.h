@@ -20,6 +20,8 @@ public:
 
     OutputFile& File() { return mOutput; }
 
+    void Write(const std::string& bytes);
+
     /// The temporary name.
     const std::filesystem::path& Path() const { return mPartial; }
 

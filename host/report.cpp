@@ -1,7 +1,6 @@
 #include "host/report.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdio>
 #include <nlohmann/json.hpp>
@@ -10,23 +9,6 @@
 #include "host/channels.h"
 
 namespace {
-
-struct Row {
-    const char* label;
-    const char* key;
-    const char* unit;
-    double before;
-    double after;
-};
-
-std::array<Row, 4> Rows(const Report& report) {
-    const WindowLevels& levels = report.levels;
-    return {{{"loudness", "loudness_lufs", "LUFS", report.loudnessBefore, report.loudnessAfter},
-             {"noise floor", "noise_floor_dbfs", "dBFS", levels.noiseFloorBefore,
-              levels.noiseFloorAfter},
-             {"speech", "speech_dbfs", "dBFS", levels.speechBefore, levels.speechAfter},
-             {"peak", "peak_dbfs", "dBFS", report.peakBefore, report.peakAfter}}};
-}
 
 double Speed(const Report& report) {
     return report.duration / report.elapsed;
@@ -90,6 +72,15 @@ nlohmann::ordered_json JsonOf(const FilterSettings& settings) {
     return json;
 }
 
+std::vector<ReportRow> ReportRows(const Report& report) {
+    const WindowLevels& levels = report.levels;
+    return {{"loudness", "loudness_lufs", "LUFS", report.loudnessBefore, report.loudnessAfter},
+            {"noise floor", "noise_floor_dbfs", "dBFS", levels.noiseFloorBefore,
+             levels.noiseFloorAfter},
+            {"speech", "speech_dbfs", "dBFS", levels.speechBefore, levels.speechAfter},
+            {"peak", "peak_dbfs", "dBFS", report.peakBefore, report.peakAfter}};
+}
+
 std::string SettingsText(const FilterSettings& settings) {
     std::string text =
         "suppression " +
@@ -107,7 +98,7 @@ void PrintTable(std::ostream& out, const Report& report) {
                    SampleFormatName(report.format.samples));
     text += Format("%.0f x real time\n", Speed(report));
     text += Format("%-13s %-5s %8s %8s %8s\n", "", "", "before", "after", "change");
-    for (const Row& row : Rows(report)) {
+    for (const ReportRow& row : ReportRows(report)) {
         text += Format("%-13s %-5s %8.1f %8.1f", row.label, row.unit, row.before, row.after);
         const double change = row.after - row.before;
         text += std::isnan(change) ? "\n" : Format(" %+8.1f\n", change);
@@ -145,7 +136,7 @@ nlohmann::ordered_json JsonOf(const Report& report) {
     json["samples"] = SampleFormatName(report.format.samples);
     json["speed"] = Number(Speed(report), 10.0);
     if (report.hasLevels) {
-        for (const Row& row : Rows(report)) {
+        for (const ReportRow& row : ReportRows(report)) {
             json[row.key] = {{"before", Number(row.before, 100.0)},
                              {"after", Number(row.after, 100.0)},
                              {"change", Number(row.after - row.before, 100.0)}};

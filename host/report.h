@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <iosfwd>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
@@ -12,8 +13,13 @@
 
 /// A verdict during a stream.
 struct StreamNotice {
+    enum class Kind : std::uint8_t { kMusic, kReversed };
+
     double seconds;  ///< position in the stream
     std::string text;
+    Kind kind = Kind::kMusic;
+    bool on = false;  ///< whether it begins or ends
+    int source = 0;
 };
 
 /// The summary of a cleaned recording.
@@ -36,6 +42,17 @@ struct Report {
     double music;                    ///< s in which music was detected
     double phaseCorrected;           ///< s, all sources
 };
+
+/// A level of the summary, before and after.
+struct ReportRow {
+    const char* label;
+    const char* key;  ///< in JSON
+    const char* unit;
+    double before;
+    double after;
+};
+
+std::vector<ReportRow> ReportRows(const Report& report);
 
 /// The settings in words, such as "suppression level 2, gain off".
 std::string SettingsText(const FilterSettings& settings);

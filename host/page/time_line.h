@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/page/excerpts.h"
+#include "host/report.h"
+
+/// A bar of a time line, in s.
+struct Bar {
+    double begin;
+    double end;
+    std::string text;
+};
+
+/// The stretches in which something was detected, over all sources.
+std::vector<Bar> Stretches(const Report& report, StreamNotice::Kind kind);
+
+/// Settings, music, phase corrections and parts to listen to along the time axis, as HTML.
+std::string TimeLinePlot(const Report& report, const std::vector<Bar>& excerpts);
+
+/// The same as a table, as HTML.
+std::string EventTable(const Report& report);
