@@ -42,6 +42,9 @@ void CheckCombination(const CleanJob& job, bool json) {
         throw CLI::ValidationError("--output",
                                    "standard output is a terminal: redirect it, or name a file");
     }
+    if (!job.reportPage.empty() && job.reportPage == job.spectrogram) {
+        throw CLI::ValidationError("--report", "and --spectrogram are two files");
+    }
     if (job.output == "-" && json) {
         throw CLI::ValidationError("--json", "standard output carries the samples");
     }

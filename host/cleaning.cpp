@@ -286,8 +286,7 @@ void Cleaning<Sample>::NoteVerdicts(std::size_t frames) {
         const double seconds = Seconds(std::max<std::int64_t>(frame, 0));
         const auto kind = event.type == StreamEvent::Type::kMusic ? StreamNotice::Kind::kMusic
                                                                   : StreamNotice::Kind::kReversed;
-        mNotices.push_back({seconds, TextOf(event, mFeeds.size()), kind, event.on,
-                            static_cast<int>(event.source)});
+        mNotices.push_back({seconds, TextOf(event, mFeeds.size()), kind, event.on});
         Log(PROCESS_LOG_INFO, seconds, mNotices.back().text);
     }
     const auto count = static_cast<std::int64_t>(frames);
@@ -298,7 +297,24 @@ void Cleaning<Sample>::NoteVerdicts(std::size_t frames) {
     mMusicFrames += stream.IsMusic() ? count : 0;
     const std::size_t processed = mTimeline.Applied().back().settings.mix ? mFeeds.size() : 1;
     for (std::size_t source = 0; source < processed; ++source) {
-        mCorrectedFrames += stream.IsReversed(static_cast<int>(source)) ? count : 0;
+        if (stream.IsReversed(static_cast<int>(source))) {
+            NoteCorrection(static_cast<int>(source), count);
+        }
+    }
+}
+
+/// Notes that a left channel was inverted in the block that begins at mFrames.
+template <typename Sample>
+void Cleaning<Sample>::NoteCorrection(int source, std::int64_t frames) {
+    mCorrectedFrames += frames;
+    const double begin = Seconds(mFrames);
+    const double end = Seconds(mFrames + frames);
+    const auto last = std::find_if(mCorrected.rbegin(), mCorrected.rend(),
+                                   [source](const auto& each) { return each.source == source; });
+    if (last != mCorrected.rend() && last->end == begin) {
+        last->end = end;
+    } else {
+        mCorrected.push_back({begin, end, source});
     }
 }
 
@@ -346,6 +362,7 @@ Report Cleaning<Sample>::MakeReport(double elapsed) const {
     report.notes = Notes();
     report.music = Seconds(mMusicFrames);
     report.phaseCorrected = Seconds(mCorrectedFrames);
+    report.corrected = mCorrected;
     return report;
 }
 

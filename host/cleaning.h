@@ -44,6 +44,7 @@ private:
     void Write(AudioSink& sink, const Block& cleaned);
     void Deliver(AudioSink& sink, const Block& output);
     void NoteVerdicts(std::size_t frames);
+    void NoteCorrection(int source, std::int64_t frames);
     std::vector<std::string> Notes() const;
     Report MakeReport(double elapsed) const;
     double Seconds(std::int64_t frames) const;
@@ -65,4 +66,5 @@ private:
     std::int64_t mFrames = 0;  ///< pushed so far
     std::int64_t mMusicFrames = 0;
     std::int64_t mCorrectedFrames = 0;  ///< of all processed sources
+    std::vector<CorrectedStretch> mCorrected;
 };

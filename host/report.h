@@ -19,7 +19,13 @@ struct StreamNotice {
     std::string text;
     Kind kind = Kind::kMusic;
     bool on = false;  ///< whether it begins or ends
-    int source = 0;
+};
+
+/// A stretch in which the left channel of a source was inverted.
+struct CorrectedStretch {
+    double begin;  ///< s
+    double end;
+    int source;
 };
 
 /// The summary of a cleaned recording.
@@ -41,6 +47,7 @@ struct Report {
     std::vector<std::string> notes;  ///< remarks on this run
     double music;                    ///< s in which music was detected
     double phaseCorrected;           ///< s, all sources
+    std::vector<CorrectedStretch> corrected;
 };
 
 /// A level of the summary, before and after.

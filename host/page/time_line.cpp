@@ -1,7 +1,6 @@
 #include "host/page/time_line.h"
 
 #include <algorithm>
-#include <map>
 #include <utility>
 
 #include "host/page/markup.h"
@@ -29,6 +28,19 @@ std::vector<Bar> SettingBars(const Report& report) {
     return bars;
 }
 
+std::string SourceText(const Report& report, int source) {
+    return report.inputs.size() < 2 ? "" : "source " + std::to_string(source + 1) + ": ";
+}
+
+std::vector<Bar> PhaseBars(const Report& report) {
+    std::vector<Bar> bars;
+    for (const CorrectedStretch& stretch : report.corrected) {
+        bars.push_back({stretch.begin, stretch.end,
+                        SourceText(report, stretch.source) + "left channel inverted"});
+    }
+    return bars;
+}
+
 std::string LaneMarkup(const Lane& lane, std::size_t index, std::size_t count, double seconds) {
     const double height = 1.0 / static_cast<double>(count);
     const double top = static_cast<double>(index) * height;
@@ -49,25 +61,20 @@ std::string LaneMarkup(const Lane& lane, std::size_t index, std::size_t count, d
 
 }  // namespace
 
-std::vector<Bar> Stretches(const Report& report, StreamNotice::Kind kind) {
+std::vector<Bar> MusicBars(const Report& report) {
     std::vector<Bar> bars;
-    std::map<int, StreamNotice> begun;  // by source
+    bool isMusic = false;
     for (const StreamNotice& notice : report.notices) {
-        if (notice.kind != kind) {
+        if (notice.kind != StreamNotice::Kind::kMusic || notice.on == isMusic) {
             continue;
         }
-        if (notice.on) {
-            begun.try_emplace(notice.source, notice);
-        } else if (const auto first = begun.find(notice.source); first != begun.end()) {
-            bars.push_back({first->second.seconds, notice.seconds, first->second.text});
-            begun.erase(first);
+        isMusic = notice.on;
+        if (isMusic) {
+            bars.push_back({notice.seconds, report.duration, "music"});
+        } else {
+            bars.back().end = notice.seconds;
         }
     }
-    for (const auto& [source, notice] : begun) {
-        bars.push_back({notice.seconds, report.duration, notice.text});
-    }
-    std::sort(bars.begin(), bars.end(),
-              [](const Bar& a, const Bar& b) { return a.begin < b.begin; });
     return bars;
 }
 
@@ -77,9 +84,8 @@ std::string TimeLinePlot(const Report& report, const std::vector<Bar>& excerpts)
                     [](const SettingsAt& at) { return at.settings.keepMusic; });
     const std::vector<Lane> lanes = {
         {"settings", "settings", SettingBars(report)},
-        {detectsMusic ? "music" : "music (not looked for)", "music",
-         Stretches(report, StreamNotice::Kind::kMusic)},
-        {"left channel inverted", "phase", Stretches(report, StreamNotice::Kind::kReversed)},
+        {detectsMusic ? "music" : "music (not looked for)", "music", MusicBars(report)},
+        {"left channel inverted", "phase", PhaseBars(report)},
         {"parts to listen to", "parts", excerpts}};
     Plot plot;
     plot.title = "Settings and verdicts";
@@ -99,7 +105,12 @@ std::string EventTable(const Report& report) {
         entries.emplace_back(at.seconds, "settings: " + SettingsText(at.settings));
     }
     for (const StreamNotice& notice : report.notices) {
-        entries.emplace_back(notice.seconds, notice.text);
+        if (notice.kind != StreamNotice::Kind::kReversed) {
+            entries.emplace_back(notice.seconds, notice.text);
+        }
+    }
+    for (const Bar& bar : PhaseBars(report)) {
+        entries.emplace_back(bar.begin, bar.text + " until " + TimeText(bar.end));
     }
     std::stable_sort(entries.begin(), entries.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });

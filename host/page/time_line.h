@@ -13,8 +13,8 @@ struct Bar {
     std::string text;
 };
 
-/// The stretches in which something was detected, over all sources.
-std::vector<Bar> Stretches(const Report& report, StreamNotice::Kind kind);
+/// The stretches in which music was detected.
+std::vector<Bar> MusicBars(const Report& report);
 
 /// Settings, music, phase corrections and parts to listen to along the time axis, as HTML.
 std::string TimeLinePlot(const Report& report, const std::vector<Bar>& excerpts);
