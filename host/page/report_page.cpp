@@ -132,7 +132,8 @@ std::string Levels(const Report& report) {
         "<div class=\"scroll\"><table><thead><tr><td></td><th scope=\"col\">before</th>"
         "<th scope=\"col\">after</th><th scope=\"col\">change</th></tr></thead><tbody>\n";
     for (const ReportRow& row : ReportRows(report)) {
-        const double change = row.after - row.before;
+        // Adding 0 turns -0 into 0.
+        const double change = std::round((row.after - row.before) * 10.0) / 10.0 + 0.0;
         char text[32] = "";
         if (std::isfinite(change)) {
             std::snprintf(text, sizeof(text), "%+.1f dB", change);

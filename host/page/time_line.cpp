@@ -56,7 +56,7 @@ std::string LaneMarkup(const Lane& lane, std::size_t index, std::size_t count, d
                   "</title></rect>";
     }
     return markup + "</g><text x=\"4\"" + Attribute("y", Percent(top + 0.32 * height)) + ">" +
-           Escaped(lane.bars.empty() ? lane.name + ": none" : lane.name) + "</text>";
+           Escaped(lane.name) + "</text>";
 }
 
 }  // namespace
@@ -84,7 +84,7 @@ std::string TimeLinePlot(const Report& report, const std::vector<Bar>& excerpts)
                     [](const SettingsAt& at) { return at.settings.keepMusic; });
     const std::vector<Lane> lanes = {
         {"settings", "settings", SettingBars(report)},
-        {detectsMusic ? "music" : "music (not looked for)", "music", MusicBars(report)},
+        {detectsMusic ? "music" : "music (detection off)", "music", MusicBars(report)},
         {"left channel inverted", "phase", PhaseBars(report)},
         {"parts to listen to", "parts", excerpts}};
     Plot plot;
