@@ -12,8 +12,6 @@ std::string Labels(const std::vector<Tick>& ticks) {
     return labels;
 }
 
-}  // namespace
-
 TEST(Axis, TimesAreRoundAndAtMost8) {
     EXPECT_EQ(Labels(TimeTicks(17.3)), "0 s 5 s 10 s 15 s");
     EXPECT_EQ(Labels(TimeTicks(0.3)), "0 s 0.05 s 0.1 s 0.15 s 0.2 s 0.25 s 0.3 s");
@@ -41,3 +39,5 @@ TEST(Axis, TimesAbove1MinuteHaveColons) {
     EXPECT_EQ(TimeText(59.999), "1:00");
     EXPECT_EQ(TimeText(3661.0), "1:01:01");
 }
+
+}  // namespace

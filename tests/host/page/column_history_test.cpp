@@ -47,8 +47,6 @@ std::size_t LoudestRow(const std::vector<float>& rows) {
     return static_cast<std::size_t>(std::max_element(rows.begin(), rows.end()) - rows.begin());
 }
 
-}  // namespace
-
 TEST(ColumnHistory, AToneOf1000HzOf4000LiesInRow64Of256) {
     const std::vector<float> tone = Tone(4000, 1004.0, 0.5F);
     const FilledHistory history(tone, tone);
@@ -135,3 +133,5 @@ TEST(ColumnHistory, NaNAndInfinityCountAsSilence) {
         EXPECT_EQ(column.spectra[0], std::vector<float>(ColumnHistory::kRows));
     }
 }
+
+}  // namespace

@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr int kRate = 100;
+constexpr int kExcerptRate = 100;
 constexpr std::size_t kPiece = 1000;  // frames of 10 s
 
 /// Noise at a level, with bursts that are louder by a factor.
@@ -28,10 +28,8 @@ std::vector<float> Quieter(std::vector<float> samples, float noise) {
     return samples;
 }
 
-}  // namespace
-
 TEST(Excerpts, ARecordingOf20SecondsIsKeptWhole) {
-    Excerpts excerpts(kRate, 1);
+    Excerpts excerpts(kExcerptRate, 1);
     excerpts.Add(std::vector<float>(2 * kPiece, 0.5F), std::vector<float>(2 * kPiece, 0.25F));
     excerpts.Finish();
     ASSERT_EQ(excerpts.Kept().size(), 2U);
@@ -41,7 +39,7 @@ TEST(Excerpts, ARecordingOf20SecondsIsKeptWhole) {
 }
 
 TEST(Excerpts, OfALongRecordingTheTwoPiecesWithSpeechAndLessNoiseAreKept) {
-    Excerpts excerpts(kRate, 1);
+    Excerpts excerpts(kExcerptRate, 1);
     for (int i = 0; i < 30; ++i) {
         const std::vector<float> steady = Piece(0.01F, 1.0F);
         const std::vector<float> speech = Piece(0.01F, 30.0F);
@@ -56,7 +54,7 @@ TEST(Excerpts, OfALongRecordingTheTwoPiecesWithSpeechAndLessNoiseAreKept) {
 }
 
 TEST(Excerpts, SixChannelsBecomeTheirMean) {
-    Excerpts excerpts(kRate, 6);
+    Excerpts excerpts(kExcerptRate, 6);
     excerpts.Add({0.6F, 0.0F, 0.0F, 0.0F, 0.0F, 0.0F}, {0.0F, 0.0F, 0.3F, 0.3F, 0.0F, 0.0F});
     excerpts.Finish();
     EXPECT_EQ(excerpts.Channels(), 1);
@@ -65,9 +63,11 @@ TEST(Excerpts, SixChannelsBecomeTheirMean) {
 }
 
 TEST(Excerpts, SamplesBeyondFullScaleAreClippedAndNaNIsSilence) {
-    Excerpts excerpts(kRate, 2);
+    Excerpts excerpts(kExcerptRate, 2);
     const float nan = std::numeric_limits<float>::quiet_NaN();
     excerpts.Add({2.0F, -2.0F, nan, 0.0F}, {0.0F, 0.0F, 0.0F, 0.0F});
     excerpts.Finish();
     EXPECT_EQ(excerpts.Kept()[0].before, (std::vector<short>{32767, -32768, 0, 0}));
 }
+
+}  // namespace

@@ -14,8 +14,6 @@ Sound<float> Decoded(const std::string& bytes) {
     return ReadSound<float>(dir.File("sound.ogg"));
 }
 
-}  // namespace
-
 TEST(OpusSound, ASoundAt44100HzKeepsItsLengthAndPlace) {
     const std::vector<float> signal = Bursts(22050, 44100);
     const Sound<float> decoded = Decoded(EncodeOpus(As<short>(signal), 44100, 1, 64000.0));
@@ -53,3 +51,5 @@ TEST(OpusSound, HalfTheBitRateMakesAboutHalfTheSize) {
     EXPECT_NEAR(more, 6000.0, 1500.0);
     EXPECT_NEAR(less, 3000.0, 1000.0);
 }
+
+}  // namespace

@@ -8,13 +8,13 @@
 
 namespace {
 
-struct Decoded {
+struct DecodedPng {
     std::size_t width;
     std::size_t height;
     std::vector<std::uint8_t> rgb;
 };
 
-Decoded DecodePng(const std::string& bytes) {
+DecodedPng DecodePng(const std::string& bytes) {
     png_image image = {};
     image.version = PNG_IMAGE_VERSION;
     EXPECT_NE(png_image_begin_read_from_memory(&image, bytes.data(), bytes.size()), 0);
@@ -30,13 +30,11 @@ double Luminance(const Color& color) {
     return 0.2126 * linear(color.red) + 0.7152 * linear(color.green) + 0.0722 * linear(color.blue);
 }
 
-}  // namespace
-
 TEST(PngImage, LibpngReadsTheSame3By2PixelsBack) {
     IndexedImage image(3, 2);
     image.At(2, 0) = 1;
     image.At(0, 1) = 2;
-    const Decoded decoded = DecodePng(EncodePng(image, {{0, 0, 0}, {255, 128, 1}, {9, 8, 7}}));
+    const DecodedPng decoded = DecodePng(EncodePng(image, {{0, 0, 0}, {255, 128, 1}, {9, 8, 7}}));
     EXPECT_EQ(decoded.width, 3U);
     EXPECT_EQ(decoded.height, 2U);
     const std::vector<std::uint8_t> expected = {0, 0, 0, 0, 0, 0, 255, 128, 1,
@@ -70,3 +68,5 @@ TEST(BitmapText, TextBeyondTheEdgeIsCutOff) {
     DrawText(image, 0, 0, "888", 1);
     EXPECT_EQ(image.pixels.size(), 16U);
 }
+
+}  // namespace

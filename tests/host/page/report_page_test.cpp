@@ -22,8 +22,6 @@ bool Contains(const std::string& text, const std::string& part) {
     return text.find(part) != std::string::npos;
 }
 
-}  // namespace
-
 TEST_F(ReportPageTest, APageHasThreeSoundsThreeSpectrogramsAndNoAddress) {
     const std::string page = PageOf(Speech("in.wav", 16000));
     std::size_t sounds = 0;
@@ -130,3 +128,5 @@ TEST_F(ReportPageTest, ThePageAndThePictureMustBeTwoFiles) {
                                      "--report", File("page"), "--spectrogram", File("page")});
     EXPECT_EQ(outcome.status, 2);
 }
+
+}  // namespace

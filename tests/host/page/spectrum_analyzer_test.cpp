@@ -8,7 +8,7 @@
 
 namespace {
 
-std::vector<float> Sine(std::size_t frames, double cycles, double amplitude) {
+std::vector<float> SineAt(std::size_t frames, double cycles, double amplitude) {
     std::vector<float> samples(frames);
     for (std::size_t i = 0; i < frames; ++i) {
         const double turn = cycles * static_cast<double>(i) / static_cast<double>(frames);
@@ -25,11 +25,9 @@ double Power(const std::vector<std::complex<float>>& bins) {
     return power;
 }
 
-}  // namespace
-
 TEST(SpectrumAnalyzer, ASineOf37CyclesPeaksAtBin37) {
     SpectrumAnalyzer analyzer(512);
-    const auto bins = analyzer.Analyze(Sine(512, 37.0, 0.5).data());
+    const auto bins = analyzer.Analyze(SineAt(512, 37.0, 0.5).data());
     ASSERT_EQ(bins.size(), 257U);
     const auto peak = std::max_element(bins.begin(), bins.end(), [](const auto& a, const auto& b) {
         return std::norm(a) < std::norm(b);
@@ -39,7 +37,7 @@ TEST(SpectrumAnalyzer, ASineOf37CyclesPeaksAtBin37) {
 
 TEST(SpectrumAnalyzer, ThePowersOfASineOfAmplitude0_5AddUpToItsMeanSquare) {
     SpectrumAnalyzer analyzer(1024);
-    EXPECT_NEAR(Power(analyzer.Analyze(Sine(1024, 100.25, 0.5).data())), 0.125, 1e-4);
+    EXPECT_NEAR(Power(analyzer.Analyze(SineAt(1024, 100.25, 0.5).data())), 0.125, 1e-4);
 }
 
 TEST(SpectrumAnalyzer, AConstantOf0_25HasItsMeanSquareAt0Hz) {
@@ -49,3 +47,5 @@ TEST(SpectrumAnalyzer, AConstantOf0_25HasItsMeanSquareAt0Hz) {
     EXPECT_NEAR(Power(bins), 0.0625, 1e-4);
     EXPECT_NEAR(static_cast<double>(std::norm(bins[2])), 0.0, 1e-9);
 }
+
+}  // namespace

@@ -21,8 +21,6 @@ std::size_t Count(const std::string& text, const std::string& part) {
     return count;
 }
 
-}  // namespace
-
 TEST(TimeLine, MusicWithoutAnEndLastsToTheEndOfTheRecording) {
     Report report = TenSeconds();
     report.notices = {{1.0, "music begins", Kind::kMusic, true},
@@ -71,3 +69,5 @@ TEST(TimeLine, Of100000EventsTheFirst400AreListed) {
     EXPECT_NE(table.find("and 99601 more"), std::string::npos);
     EXPECT_LT(TimeLinePlot(report, {}).size(), 100000U);
 }
+
+}  // namespace
