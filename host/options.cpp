@@ -52,7 +52,7 @@ void DeclareInput(CLI::App& command, Arguments& arguments, const std::string& fi
             "mix in another file; TYPE is its source type: microphone, 1, 2 or 3; repeatable")
             ->allow_extra_args(false);
     Check(source, ParseSource);
-    Check(Add(command, "--raw", arguments.raw, "s16|f32:RATE:CHANNELS",
+    Check(Add(command, "--raw", arguments.raw, "s16:RATE:CHANNELS|f32:RATE:CHANNELS",
               "- as input is raw samples of this format; without it, a file"),
           ParseRawFormat);
     Check(Add(command, "--track", arguments.track, "N|all",
