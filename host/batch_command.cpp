@@ -3,7 +3,9 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <chrono>
+#include <filesystem>
 #include <ostream>
+#include <system_error>
 #include <thread>
 #include <utility>
 
@@ -26,6 +28,12 @@ BatchRequest RequestOf(const Arguments& arguments) {
     }
     if (arguments.files.empty()) {
         throw CLI::ValidationError("FILE", "is required");
+    }
+    for (const InputFile& source : CommonJob(arguments).inputs) {
+        std::error_code error;
+        if (source.path == "-" || std::filesystem::is_fifo(source.path, error)) {
+            throw CLI::ValidationError("--source", "a pipe cannot be mixed into several files");
+        }
     }
     if (arguments.suffix.find('/') != std::string::npos) {
         throw CLI::ValidationError("--suffix", "contains a '/'");
@@ -80,6 +88,7 @@ double Now() {
 
 int CleanMany(const Arguments& arguments, const Console& console) {
     CleanJob common = CommonJob(arguments);
+    common.replace = arguments.force;
     const std::vector<PlannedFile> files = PlanBatch(RequestOf(arguments));
     if (files.empty()) {
         throw Failure("no recordings found");
@@ -88,7 +97,7 @@ int CleanMany(const Arguments& arguments, const Console& console) {
         return ReportPlan(files, arguments.json, console);
     }
     ProgressOutput progress = console.progress;
-    progress.label = "audio-filter: " + std::to_string(files.size()) + " files";
+    progress.label = "audio-filter: " + FileCount(files.size());
     if (arguments.quiet || common.log == "-") {
         progress.out = nullptr;
     }

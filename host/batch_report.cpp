@@ -23,10 +23,6 @@ std::size_t Count(const Batch& batch, State state) {
                       [state](const BatchResult& result) { return result.state == state; }));
 }
 
-std::string Files(std::size_t count) {
-    return std::to_string(count) + (count == 1 ? " file" : " files");
-}
-
 constexpr const char* kWhatReplaces =
     "; --force replaces outputs that exist, --skip-existing skips them";
 
@@ -57,6 +53,10 @@ std::string RowOf(const PlannedFile& file, const BatchResult& result) {
 }
 
 }  // namespace
+
+std::string FileCount(std::size_t count) {
+    return std::to_string(count) + (count == 1 ? " file" : " files");
+}
 
 void PrintPlan(std::ostream& out, const std::vector<PlannedFile>& files, bool json) {
     std::string text;
@@ -113,7 +113,7 @@ void PrintBatchTable(std::ostream& out, const Batch& batch, double elapsed) {
     std::snprintf(line, sizeof(line),
                   "%s: %zu cleaned, %zu skipped, %zu failed; %.2f s of audio in %.2f s, %.0f x "
                   "real time\n",
-                  Files(batch.Files().size()).c_str(), Count(batch, State::kCleaned),
+                  FileCount(batch.Files().size()).c_str(), Count(batch, State::kCleaned),
                   Count(batch, State::kSkipped), Count(batch, State::kFailed), duration, elapsed,
                   duration / elapsed);
     out << text + line;
@@ -130,12 +130,13 @@ void PrintProblems(std::ostream& err, const Batch& batch, bool interrupted) {
         text += result.state == State::kFailed ? "audio-filter: " + result.error + "\n" : "";
     }
     if (const std::size_t failed = Count(batch, State::kFailed); failed > 0) {
-        text += "audio-filter: " + std::to_string(failed) + " of " + Files(batch.Files().size()) +
-                " failed" + (AnyOutputExists(batch) ? kWhatReplaces : "") + "\n";
+        text += "audio-filter: " + std::to_string(failed) + " of " +
+                FileCount(batch.Files().size()) + " failed" +
+                (AnyOutputExists(batch) ? kWhatReplaces : "") + "\n";
     }
     if (interrupted) {
         text += "audio-filter: interrupted after " + std::to_string(Count(batch, State::kCleaned)) +
-                " of " + Files(batch.Files().size()) + "; --skip-existing continues there\n";
+                " of " + FileCount(batch.Files().size()) + "; --skip-existing continues there\n";
     }
     err << text;
 }

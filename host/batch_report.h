@@ -1,8 +1,13 @@
 #pragma once
 
+#include <cstddef>
 #include <iosfwd>
+#include <string>
 
 #include "host/batch.h"
+
+/// "1 file", "2 files".
+std::string FileCount(std::size_t count);
 
 /// Prints what would be done: a line a file that would be cleaned or skipped.
 void PrintPlan(std::ostream& out, const std::vector<PlannedFile>& files, bool json);

@@ -15,7 +15,7 @@ std::string ZshEscaped(const std::string& text) {
 }
 
 std::string ZshValue(const OptionEntry& option) {
-    const std::string message = ":" + ZshEscaped(option.form) + ":";
+    std::string message = ":" + ZshEscaped(option.form) + ":";
     switch (ValueTypeOf(option.form)) {
         case ValueType::kFile: return message + "_files";
         case ValueType::kFolder: return message + "_files -/";

@@ -145,6 +145,26 @@ TEST_F(ExecutableTest, ASecondSignalGivesUpALiveRecordingWhoseReaderIsStuck) {
     close(keptOpen);
 }
 
+TEST_F(ExecutableTest, APipeIsBroughtToALoudnessLikeAFile) {
+    const std::string in = Recording(32000);
+    const std::vector<short> samples = Ramp(32000);
+    WriteFile(logs.File("raw"),
+              std::string(reinterpret_cast<const char*>(samples.data()), 2 * samples.size()));
+    const Words options = {"--denoise", "off", "--loudness", "-30", "--quiet", "-o"};
+    Words file = {"clean", in};
+    Words pipe = {"clean", "-", "--raw", "s16:32000:1"};
+    for (Words* words : {&file, &pipe}) {
+        words->insert(words->end(), options.begin(), options.end());
+    }
+    file.push_back(dir.File("file.wav"));
+    pipe.push_back(dir.File("pipe.wav"));
+    EXPECT_EQ(Process(file, "/dev/null", Err()).Wait(), 0);
+    EXPECT_EQ(Process(pipe, "/dev/null", Err(), RLIM_INFINITY, logs.File("raw")).Wait(), 0);
+    const std::vector<short> result = ReadSound<short>(dir.File("file.wav")).samples;
+    EXPECT_EQ(ReadSound<short>(dir.File("pipe.wav")).samples, result);
+    EXPECT_NE(result, samples);
+}
+
 TEST_F(ExecutableTest, AWriteBeyondTheFileSizeLimitFailsInsteadOfEndingTheProcess) {
     Process run({"clean", Recording(32000), "-o", dir.File("out.wav")}, "/dev/null", Err(), 20000);
     EXPECT_EQ(run.Wait(), 1);
