@@ -94,15 +94,16 @@ private:
             return;  // the same file once more
         }
         if (!isNew) {
-            throw Failure(file.output,
-                          "would be the output of both " + known->second.input + " and " + path);
+            throw Failure(file.output, "would be the output of both " +
+                                           Failure::Printable(known->second.input) + " and " +
+                                           Failure::Printable(path));
         }
         mInputs.insert(identity);
         file.bytes = static_cast<std::int64_t>(fs::file_size(path, error));
         if (!mRequest.replace && fs::exists(fs::symlink_status(file.output, error))) {
             file.state =
                 mRequest.skipExisting ? PlannedFile::State::kSkipped : PlannedFile::State::kFailed;
-            file.reason = file.output + " exists";
+            file.reason = Failure::Printable(file.output) + " exists";
         }
         mFiles.push_back(std::move(file));
     }

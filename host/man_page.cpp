@@ -145,7 +145,7 @@ std::string Command(const CommandEntry& command, const std::vector<CommandEntry>
 
 std::string ManPage(const std::vector<CommandEntry>& table, const std::string& version) {
     const CommandEntry& program = table.front();
-    std::string text = ".TH " + Escaped(Upper(program.name)) + " 1 \"\" \"" + program.name + " " +
+    std::string text = ".TH " + Escaped(Upper(program.name)) + R"( 1 "" ")" + program.name + " " +
                        version + "\" \"User Commands\"\n";
     text += ".SH NAME\n" + Escaped(program.name) + " \\- " + Escaped(program.text) + "\n";
     text += Synopsis(table) + kManDescription + ".SH OPTIONS\n";

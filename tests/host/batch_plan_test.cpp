@@ -107,6 +107,14 @@ TEST_F(BatchPlanTest, TwoInputsOfOneOutputAreRefusedAndAFileNamedTwiceIsCleanedO
     EXPECT_EQ(Plan(), Lines{"x/a.wav > out/a.wav"});
 }
 
+TEST_F(BatchPlanTest, ReasonsAreOneLineWhateverTheNames) {
+    request = {.paths = {Make("x/a\n.wav"), Make("y/a\n.wav")}, .outputDir = dir.File("out")};
+    EXPECT_EQ(Why(), "out/a?.wav: would be the output of both x/a?.wav and y/a?.wav");
+    request.paths.pop_back();
+    Make("out/a\n.wav");
+    EXPECT_EQ(PlanBatch(request)[0].reason, dir.File("out/a?.wav exists"));
+}
+
 TEST_F(BatchPlanTest, TwoNamesOfOneOutputAreRefused) {
     request = {
         .paths = {Make("a.wav"), Make("b.wav")}, .outputDir = dir.File("out"), .replace = true};
