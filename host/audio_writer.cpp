@@ -200,3 +200,7 @@ bool AudioWriter::PutTags() {
     return (mTags.wavChunks.empty() || AppendWavChunks(mPartial.File(), mTags.wavChunks)) &&
            (mTags.flacBlocks.empty() || PutFlacBlocks(mPartial.File(), mTags.flacBlocks));
 }
+
+bool IsSoundOutput(const std::string& path) {
+    return SoundFormatOf(path) != nullptr;
+}

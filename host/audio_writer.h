@@ -50,3 +50,6 @@ private:
     bool mWritesFloat = false;
     std::unique_ptr<SNDFILE, Close> mFile;
 };
+
+/// Whether the extension is one that AudioWriter writes.
+bool IsSoundOutput(const std::string& path);

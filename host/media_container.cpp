@@ -118,6 +118,9 @@ AVSampleFormat FormatOf(const std::string& path, const AVCodec& codec,
 
 /// The lowest rate that keeps all of the band, or the highest there is.
 int RateOf(const AVCodec& codec, int rate) {
+    if (codec.id == AV_CODEC_ID_OPUS) {
+        return 48000;  // that of its decoders; Matroska states its padding at no other
+    }
     if (codec.supported_samplerates == nullptr) {
         return rate;
     }
@@ -211,11 +214,13 @@ bool CanHold(const MediaContainer& container, AVCodecID codec) {
             }
             break;
     }
-    if (format->codec_tag != nullptr && std::string_view(container.muxer) != "matroska") {
-        unsigned tag = 0;
-        return av_codec_get_tag2(format->codec_tag, codec, &tag) != 0;
-    }
-    return avformat_query_codec(format, codec, FF_COMPLIANCE_NORMAL) == 1;
+    unsigned tag = 0;
+    const bool hasTag =
+        format->codec_tag != nullptr && av_codec_get_tag2(format->codec_tag, codec, &tag) != 0;
+    const bool tagsDecide =
+        format->codec_tag != nullptr && std::string_view(container.muxer) != "matroska";
+    return hasTag ||
+           (!tagsDecide && avformat_query_codec(format, codec, FF_COMPLIANCE_NORMAL) == 1);
 }
 
 EncoderChoice ChooseEncoder(const std::string& path, const MediaContainer& container,

@@ -4,27 +4,15 @@
 #include <cctype>
 #include <iterator>
 
+#include "host/audio_writer.h"
+#include "host/media_output.h"
+
 namespace {
 
-struct Extension {
-    const char* text;
-    bool isWritten;
+constexpr const char* kRecordings[] = {
+    ".wav", ".flac", ".ogg", ".oga", ".opus", ".mp3", ".m4a", ".m4b",  ".aac", ".mp4",
+    ".m4v", ".mkv",  ".mka", ".mov", ".webm", ".wma", ".amr", ".aiff", ".aif", ".caf",
 };
-
-constexpr Extension kRecordings[] = {
-    {".wav", true},   {".flac", true}, {".ogg", false},  {".oga", false}, {".opus", false},
-    {".mp3", false},  {".m4a", false}, {".aac", false},  {".mp4", false}, {".mkv", false},
-    {".mka", false},  {".mov", false}, {".webm", false}, {".wma", false}, {".amr", false},
-    {".aiff", false}, {".aif", false}, {".caf", false},
-};
-
-const Extension* Find(const std::filesystem::path& path) {
-    const std::string extension = LowerExtension(path);
-    const auto* const found =
-        std::find_if(std::begin(kRecordings), std::end(kRecordings),
-                     [&extension](const Extension& known) { return extension == known.text; });
-    return found == std::end(kRecordings) ? nullptr : found;
-}
 
 }  // namespace
 
@@ -36,10 +24,11 @@ std::string LowerExtension(const std::filesystem::path& path) {
 }
 
 bool IsRecording(const std::filesystem::path& path) {
-    return Find(path) != nullptr;
+    return std::find(std::begin(kRecordings), std::end(kRecordings), LowerExtension(path)) !=
+           std::end(kRecordings);
 }
 
 std::string OutputExtension(const std::filesystem::path& input) {
-    const Extension* const own = Find(input);
-    return own != nullptr && own->isWritten ? input.extension().string() : ".wav";
+    const bool isWritten = IsMediaOutput(input.string()) || IsSoundOutput(input.string());
+    return isWritten ? input.extension().string() : ".wav";
 }

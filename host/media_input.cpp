@@ -1,6 +1,7 @@
 #include "host/media_input.h"
 
 #include <cerrno>
+#include <optional>
 #include <string_view>
 
 #include "host/channels.h"
@@ -8,6 +9,7 @@
 #include "host/failure.h"
 #include "host/file_bytes.h"
 #include "host/interrupt.h"
+#include "host/matroska_size.h"
 
 namespace {
 
@@ -42,6 +44,9 @@ MediaInput::MediaInput(const std::string& path, const std::string& name, Probing
         throw Failure(mName, "cannot be read", errno);
     }
     mSize = static_cast<std::int64_t>(SizeOf(mFile));
+    const std::optional<std::uint64_t> stated = StatedMatroskaSize(mFile);
+    mIsCut = stated && *stated > static_cast<std::uint64_t>(mSize);
+    mFile.clear();
     mFile.seekg(0);
     GiveTime();
     auto* buffer = static_cast<unsigned char*>(Allocated(av_malloc(kInputBufferBytes)));
@@ -60,10 +65,7 @@ MediaInput::MediaInput(const std::string& path, const std::string& name, Probing
     // Frees the context itself when it fails.
     const int opened = avformat_open_input(&mContext, "", nullptr, nullptr);
     if (opened < 0) {
-        const std::string cause = LibavError(opened);
-        const bool isUnknown = opened == AVERROR_INVALIDDATA || opened == AVERROR(EINVAL);
-        Fail(isUnknown ? std::string(kNoSound) + ", nor one that libavformat reads"
-                       : "cannot be read: " + cause);
+        FailToOpen(opened);
     }
     const int found = avformat_find_stream_info(mContext, nullptr);
     LibavError(0);
@@ -112,15 +114,37 @@ int MediaInput::ReadPacket(AVPacket& packet) {
     return av_read_frame(mContext, &packet);
 }
 
-std::int64_t MediaInput::Origin() const {
+bool MediaInput::IsAbsolute() const {
     const std::string_view format = mContext->iformat->name;
-    const bool isAbsolute = format.starts_with("mov") || format.starts_with("matroska") ||
-                            mContext->start_time == AV_NOPTS_VALUE;
-    return isAbsolute ? 0 : mContext->start_time;
+    return format.starts_with("mov") || format.starts_with("matroska");
+}
+
+bool MediaInput::HasVideo() const {
+    for (int i = 0; i < static_cast<int>(mContext->nb_streams); ++i) {
+        if (Stream(i).codecpar->codec_type == AVMEDIA_TYPE_VIDEO &&
+            (Stream(i).disposition & AV_DISPOSITION_ATTACHED_PIC) == 0) {
+            return true;
+        }
+    }
+    return false;
+}
+
+std::int64_t MediaInput::Origin() const {
+    return IsAbsolute() || mContext->start_time == AV_NOPTS_VALUE ? 0 : mContext->start_time;
 }
 
 void MediaInput::Fail(const std::string& reason) const {
     throw Failure(mName, reason);
+}
+
+void MediaInput::FailToOpen(int error) const {
+    const std::string meaning = LibavError(error);
+    if (meaning.find("moov atom not found") != std::string::npos) {
+        Fail("is cut off: its index, at the end, is missing");
+    }
+    const bool isUnknown = error == AVERROR_INVALIDDATA || error == AVERROR(EINVAL);
+    Fail(isUnknown ? std::string(kNoSound) + ", nor one that libavformat reads"
+                   : "cannot be read: " + meaning);
 }
 
 void MediaInput::GiveTime() {

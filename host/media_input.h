@@ -36,6 +36,15 @@ public:
     /// Reads the next packet of any stream. @return 0; AVERROR_EOF at the end; another error of libav
     int ReadPacket(AVPacket& packet);
 
+    /// Whether timestamps mean what they say; else their start is arbitrary.
+    bool IsAbsolute() const;
+
+    /// Whether the file is shorter than it states.
+    bool IsCut() const { return mIsCut; }
+
+    /// Whether there is video beside the sound, other than a picture.
+    bool HasVideo() const;
+
     /// What timestamps count from, in AV_TIME_BASE units: the start of formats whose own is arbitrary.
     std::int64_t Origin() const;
 
@@ -44,11 +53,13 @@ public:
 private:
     static int Read(void* self, std::uint8_t* bytes, int count);
     static std::int64_t Seek(void* self, std::int64_t offset, int whence);
+    [[noreturn]] void FailToOpen(int error) const;
     void GiveTime();
 
     std::string mName;
     std::ifstream mFile;
     std::int64_t mSize = 0;
+    bool mIsCut = false;
     std::chrono::steady_clock::time_point mDeadline;
     IoPtr mIo;
     AVFormatContext* mContext = nullptr;

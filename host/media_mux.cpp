@@ -99,6 +99,9 @@ MediaMux::MediaMux(const std::string& path, const MediaContainer& container)
     // The same input gives the same bytes: no random identifiers.
     mContext->flags |= AVFMT_FLAG_BITEXACT;
     mContext->strict_std_compliance = FF_COMPLIANCE_EXPERIMENTAL;
+    if (IsMatroska()) {  // times stay as they are
+        mContext->avoid_negative_ts = AVFMT_AVOID_NEG_TS_DISABLED;
+    }
 }
 
 MediaMux::~MediaMux() {
@@ -232,9 +235,24 @@ void MediaMux::WriteHeader(OutputFile* file) {
     }
 }
 
+bool MediaMux::IsMatroska() const {
+    const std::string_view muxer = mContainer.muxer;
+    return muxer == "matroska" || muxer == "webm";
+}
+
+/// What the container adds to the times of a stream, in a time base: Matroska counts from the padding of Opus on, which
+/// libavformat leaves to its callers.
+std::int64_t MediaMux::DelayOf(const AVStream& stream, AVRational timeBase) const {
+    constexpr AVRational kOpusFrames = {1, 48000};
+    const AVCodecParameters& codec = *stream.codecpar;
+    const bool isDelayed = IsMatroska() && codec.codec_id == AV_CODEC_ID_OPUS;
+    return isDelayed ? Rescaled(codec.initial_padding, kOpusFrames, timeBase) : 0;
+}
+
 void MediaMux::Write(int stream, AVPacket& packet, AVRational timeBase, std::int64_t origin) {
     const AVRational own = mContext->streams[stream]->time_base;
-    const std::int64_t shift = Rescaled(origin, kMicroseconds, timeBase);
+    const std::int64_t shift =
+        Rescaled(origin, kMicroseconds, timeBase) - DelayOf(*mContext->streams[stream], timeBase);
     if (packet.pts != AV_NOPTS_VALUE) {
         packet.pts -= shift;
     }

@@ -47,6 +47,8 @@ private:
     };
 
     AVStream& NewStream();
+    bool IsMatroska() const;
+    std::int64_t DelayOf(const AVStream& stream, AVRational timeBase) const;
     void OpenIo(OutputFile* file);
     void KeepInOrder(int stream, AVPacket& packet);
     [[noreturn]] void Fail(int error) const;

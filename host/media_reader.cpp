@@ -89,9 +89,17 @@ void MediaReader::TakeFormat() {
     }
     mFormat = {mFrame->sample_rate, channels,
                IsWide(*mDecoder) ? SampleFormat::kFloat : SampleFormat::kS16};
-    mStart = mFrame->best_effort_timestamp == AV_NOPTS_VALUE ? 0 : FrameTime();
-    mNext = mStart;
+    mNext = mFrame->best_effort_timestamp == AV_NOPTS_VALUE ? 0 : FrameTime();
+    mStart = StartOf(mNext);
     TakeLength();
+}
+
+/// Where the track starts: at 0 if its timestamp differs by no more than its rounding, or if it is arbitrary and nothing
+/// else plays beside it.
+std::int64_t MediaReader::StartOf(std::int64_t first) const {
+    const double tick = av_q2d(mInput.Stream(mIndex).time_base) * mFormat.sampleRate;
+    const bool isRounding = std::abs(static_cast<double>(first)) <= tick;
+    return isRounding || !(mInput.IsAbsolute() || mInput.HasVideo()) ? 0 : first;
 }
 
 void MediaReader::TakeLength() {
@@ -256,7 +264,7 @@ void MediaReader::End() {
                           mInput.Context().duration_estimation_method == AVFMT_DURATION_FROM_STREAM;
     const bool isShort = isStated && static_cast<double>(mFrames.value_or(0) - mDecoded) >
                                          kCutSeconds * mFormat.sampleRate;
-    if (mEnd != AVERROR_EOF || isShort) {
+    if (mEnd != AVERROR_EOF || mInput.IsCut() || isShort) {
         const std::string cut =
             "is cut off after " + Seconds(mDecoded) + (isShort ? " of " + Seconds(*mFrames) : "");
         if (mOptions.strict) {

@@ -34,6 +34,7 @@ public:
 private:
     void OpenDecoder();
     void TakeFormat();
+    std::int64_t StartOf(std::int64_t first) const;
     void TakeLength();
     bool Decode();
     bool SendPacket();
