@@ -70,11 +70,6 @@ bool StatesPadding(const MediaContainer& container, AVCodecID codec, std::int64_
     return (mp4 && start <= 0) || codec == AV_CODEC_ID_OPUS || muxer == "mp3";
 }
 
-double SecondsOf(const AVPacket& packet, AVRational timeBase) {
-    const std::int64_t time = packet.dts != AV_NOPTS_VALUE ? packet.dts : packet.pts;
-    return time == AV_NOPTS_VALUE ? 0.0 : static_cast<double>(time) * av_q2d(timeBase);
-}
-
 }  // namespace
 
 /// The sink of one track.
@@ -124,6 +119,10 @@ MediaWriter::~MediaWriter() = default;
 
 bool MediaWriter::IsCleaned(int index) const {
     return std::find(mCleaned.begin(), mCleaned.end(), index) != mCleaned.end();
+}
+
+bool MediaWriter::IsCopied(int index) const {
+    return std::find(mCopied.begin(), mCopied.end(), index) != mCopied.end();
 }
 
 void MediaWriter::PlanCopies() {
@@ -234,7 +233,7 @@ std::unique_ptr<MediaMux> MediaWriter::MakeMux() const {
                                         [i](const Track& t) { return t.index == i; });
         if (track != mTracks.end()) {
             mux->AddEncoded(track->encoder->Codec(), &mInput->Stream(i));
-        } else if (std::find(mCopied.begin(), mCopied.end(), i) != mCopied.end()) {
+        } else if (IsCopied(i)) {
             mux->AddCopy(mInput->Stream(i));
         }
     }
@@ -256,81 +255,56 @@ void MediaWriter::CommitTrack() {
     }
 }
 
-namespace {
-
-/// A packet and where it goes.
-struct NextPacket {
-    PacketPtr packet;
-    int stream = -1;  ///< of the output
-    AVRational timeBase = {1, 1};
-    std::int64_t origin = 0;
-
-    double Seconds() const {
-        return SecondsOf(*packet, timeBase) -
-               static_cast<double>(origin) / static_cast<double>(AV_TIME_BASE);
+/// The index of an input's stream in the output, as MakeMux adds them.
+int MediaWriter::OutputOf(int index) const {
+    int output = 0;
+    for (int i = 0; i < index; ++i) {
+        output += IsCopied(i) || IsCleaned(i) ? 1 : 0;
     }
-};
+    return output;
+}
 
-}  // namespace
+/// The next packet of the streams that are copied.
+RoutedPacket MediaWriter::ReadCopied() {
+    while (true) {
+        PacketPtr packet(Allocated(av_packet_alloc()));
+        if (mInput->ReadPacket(*packet) != 0) {  // the reader has reported damage
+            return {};
+        }
+        const int index = packet->stream_index;
+        if (IsCopied(index)) {
+            return {std::move(packet), OutputOf(index), mInput->Stream(index).time_base,
+                    mInput->Origin()};
+        }
+    }
+}
 
 void MediaWriter::Mux() {
+    PacketMerge packets;
+    for (const Track& track : mTracks) {
+        TrackEncoder& encoder = *track.encoder;
+        encoder.Packets().Rewind();
+        packets.Add([&encoder, stream = OutputOf(track.index)] {
+            return RoutedPacket{encoder.Packets().Read(), stream, encoder.Codec().time_base, 0};
+        });
+    }
+    if (!mCopied.empty()) {
+        for (int i = 0; i < static_cast<int>(mInput->Context().nb_streams); ++i) {
+            mInput->Stream(i).discard = IsCopied(i) ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+        }
+        packets.Add([this] { return ReadCopied(); });
+    }
     const std::unique_ptr<MediaMux> mux = MakeMux();
     mux->WriteHeader(&mFile->File());
-    // As MakeMux adds them.
-    std::vector<int> outputs(mInput == nullptr ? 0 : mInput->Context().nb_streams, -1);
-    int count = 0;
-    for (int i = 0; i < static_cast<int>(outputs.size()); ++i) {
-        const bool isCopied = std::find(mCopied.begin(), mCopied.end(), i) != mCopied.end();
-        outputs[static_cast<std::size_t>(i)] = isCopied || IsCleaned(i) ? count++ : -1;
-        mInput->Stream(i).discard = isCopied ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
-    }
-    // The next packet of each cleaned track, and of all copies.
-    std::vector<NextPacket> next;
-    const auto advance = [&](std::size_t at) {
-        if (at < mTracks.size()) {
-            next[at].packet = mTracks[at].encoder->Packets().Read();
-            return;
-        }
-        next[at].packet.reset();
-        while (!mCopied.empty() && next[at].packet == nullptr) {
-            PacketPtr packet(Allocated(av_packet_alloc()));
-            if (mInput->ReadPacket(*packet) != 0) {
-                return;
-            }
-            const int index = packet->stream_index;
-            if (std::find(mCopied.begin(), mCopied.end(), index) != mCopied.end()) {
-                next[at] = {std::move(packet), outputs[static_cast<std::size_t>(index)],
-                            mInput->Stream(index).time_base, mInput->Origin()};
-            }
-        }
-    };
-    for (std::size_t at = 0; at <= mTracks.size(); ++at) {
-        next.emplace_back();
-        if (at < mTracks.size()) {
-            mTracks[at].encoder->Packets().Rewind();
-            const int index = mTracks[at].index;
-            next[at].stream = index < 0 ? 0 : outputs[static_cast<std::size_t>(index)];
-            next[at].timeBase = mTracks[at].encoder->Codec().time_base;
-        }
-        advance(at);
-    }
     while (true) {
-        std::size_t first = next.size();
-        for (std::size_t at = 0; at < next.size(); ++at) {
-            const bool isEarlier =
-                next[at].packet != nullptr &&
-                (first == next.size() || next[at].Seconds() < next[first].Seconds());
-            first = isEarlier ? at : first;
-        }
-        if (first == next.size()) {
+        const RoutedPacket next = packets.Next();
+        if (next.packet == nullptr) {
             break;
         }
         if (Interrupted()) {
             throw Failure("interrupted");
         }
-        mux->Write(next[first].stream, *next[first].packet, next[first].timeBase,
-                   next[first].origin);
-        advance(first);
+        mux->Write(next.stream, *next.packet, next.timeBase, next.origin);
     }
     mux->Finish();
     mFile->Commit();

@@ -11,6 +11,7 @@
 #include "host/media_input.h"
 #include "host/media_mux.h"
 #include "host/media_output.h"
+#include "host/packet_merge.h"
 #include "host/partial_file.h"
 #include "host/track_encoder.h"
 
@@ -34,6 +35,7 @@ private:
     };
 
     bool IsCleaned(int index) const;
+    bool IsCopied(int index) const;
     void PlanCopies();
     void PlanCopy(int index);
     TrackFacts FactsOf(int index, const AudioFormat& format) const;
@@ -42,6 +44,8 @@ private:
     std::unique_ptr<MediaMux> MakeMux() const;
     void CheckHeader() const;
     void CommitTrack();
+    int OutputOf(int index) const;
+    RoutedPacket ReadCopied();
     void Mux();
 
     MediaOutputJob mJob;
