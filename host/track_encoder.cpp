@@ -8,6 +8,7 @@
 namespace {
 
 constexpr std::size_t kPcmFrames = 4096;  ///< a packet
+constexpr std::int64_t kLeastCeltBitRate = 20000;
 
 /// A layout that the encoder supports, with the channels of the track.
 void SetLayout(AVCodecContext& codec, const AVChannelLayout& wanted) {
@@ -50,7 +51,14 @@ TrackEncoder::TrackEncoder(const std::string& path, const EncoderChoice& choice,
     }
     mCodec->flags |= AV_CODEC_FLAG_BITEXACT | (plan.globalHeader ? AV_CODEC_FLAG_GLOBAL_HEADER : 0);
     SetLayout(*mCodec, plan.layout);
-    const int error = avcodec_open2(mCodec.get(), choice.codec, nullptr);
+    AVDictionary* options = nullptr;
+    if (mCodec->codec_id == AV_CODEC_ID_OPUS &&
+        choice.bitRate >= kLeastCeltBitRate * plan.layout.nb_channels) {
+        // One of its two codecs alone: the other one shifts the low band by 5 samples.
+        av_dict_set(&options, "application", "lowdelay", 0);
+    }
+    const int error = avcodec_open2(mCodec.get(), choice.codec, &options);
+    av_dict_free(&options);
     if (error < 0) {
         throw Failure(path, std::string("cannot be encoded as ") + choice.codec->name + " at " +
                                 std::to_string(choice.bitRate) + " bit/s: " + LibavError(error));
