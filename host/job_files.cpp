@@ -127,6 +127,9 @@ std::unique_ptr<AudioSink> OpenOutput(const CleanJob& job, const AudioFormat& fo
             job.output, format, frames, job.encoding,
             input.empty() ? FileTags() : TagsFor(input, LowerExtension(job.output)));
     }
+    if (!job.encoding.codec.empty() || job.encoding.bitRate || job.encoding.bits) {
+        throw Failure("standard output: --codec, --bitrate and --bits are for files");
+    }
     auto output = std::make_unique<PipeOutput>();
     if (job.wavStream) {
         const std::string header = WavStreamHeader(format);

@@ -65,7 +65,8 @@ void DeclareInput(CLI::App& command, Arguments& arguments, const std::string& fi
 
 void DeclareOutput(CLI::App& command, Arguments& arguments) {
     Add(command, "-o,--output", arguments.output, "FILE",
-        "WAV or FLAC file to write, replaced if it exists; - for standard output");
+        "file to write, in the format that its extension names, replaced if it exists; - for "
+        "standard output");
     command.add_flag("--wav", arguments.job.wavStream,
                      "- as output is a WAV stream; without it, raw samples");
     Add(command, "--codec", arguments.job.encoding.codec, "NAME",

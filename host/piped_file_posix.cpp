@@ -6,12 +6,16 @@
 #include <utility>
 #include <vector>
 
-#include "host/audio_reader.h"
 #include "host/container.h"
 #include "host/failure.h"
+#include "host/media_source.h"
+#include "host/open_recording.h"
 #include "host/wav_stream.h"
 
 namespace {
+
+/// Enough to tell the formats of media files apart.
+constexpr std::size_t kMediaStartBytes = 4096;
 
 struct CloseFile {
     void operator()(std::FILE* file) const { std::fclose(file); }
@@ -29,8 +33,8 @@ public:
         if (!stored || std::fflush(mFile.get()) != 0) {
             throw Failure(input.Name(), "cannot be stored in a temporary file", errno);
         }
-        mReader = std::make_unique<AudioReader>(
-            "/proc/self/fd/" + std::to_string(fileno(mFile.get())), options, input.Name());
+        mReader = OpenRecording("/proc/self/fd/" + std::to_string(fileno(mFile.get())), 0, options,
+                                input.Name());
     }
 
     const AudioFormat& Format() const override { return mReader->Format(); }
@@ -44,7 +48,7 @@ public:
 
 private:
     std::unique_ptr<std::FILE, CloseFile> mFile;
-    std::unique_ptr<AudioReader> mReader;
+    std::unique_ptr<AudioSource> mReader;
 };
 
 }  // namespace
@@ -59,7 +63,9 @@ std::unique_ptr<AudioSource> OpenPiped(std::unique_ptr<ByteInput> input,
     if (container == Container::kWav && start.compare(0, 4, "RIFX") != 0) {
         return std::make_unique<WavStreamReader>(std::move(input), options);
     }
-    if (container == Container::kNone && start.compare(0, 3, "ID3") != 0) {
+    const bool isFile = container != Container::kNone || start.compare(0, 3, "ID3") == 0 ||
+                        BeginsLikeMedia(input->Peek(kMediaStartBytes));
+    if (!isFile) {
         throw Failure(input->Name(), std::string(kNoSound) + "; raw samples need --raw");
     }
     return std::make_unique<SpooledFile>(*input, options);
