@@ -177,7 +177,7 @@ void Declare(CLI::App& app, Arguments& arguments) {
 
     CLI::App& clean = *app.add_subcommand("clean", "Clean a recording, or many");
     DeclareInput(clean, arguments,
-                 "recordings to clean: WAV, FLAC or Ogg, mono or stereo; - for standard input");
+                 "recordings to clean: sound or video files of 1 to 8 channels; - for standard input");
     DeclareOutput(clean, arguments);
     DeclareManyFiles(clean, arguments);
     DeclareSettings(clean, arguments);
