@@ -27,12 +27,19 @@ def prompts():
 
 
 def noise(kind, frames, random):
-    """White or pink noise, or babble: twelve voices that read the prompts at slightly different speeds."""
+    """White or pink noise; a fan: noise that falls by 6 dB per octave from 40 Hz on, with three tones of its blades; or
+    babble: twelve voices that read the prompts at slightly different speeds."""
     if kind == "white":
         return random.standard_normal(frames)
     if kind == "pink":
         spectrum = np.fft.rfft(random.standard_normal(frames))
         return np.fft.irfft(spectrum / np.sqrt(np.maximum(np.arange(len(spectrum)), 1)), frames)
+    if kind == "fan":
+        spectrum = np.fft.rfft(random.standard_normal(frames))
+        hertz = np.fft.rfftfreq(frames, 1 / RATE)
+        air = np.fft.irfft(spectrum / np.maximum(hertz, 40), frames)
+        blades = sum(np.sin(2 * np.pi * 115 * k * np.arange(frames) / RATE) / k for k in (1, 2, 3))
+        return air / np.std(air) + 0.5 * blades
     voice = np.concatenate([read(f"/usr/share/sounds/alsa/{name}.wav")[1] for name in PROMPTS])
     babble = np.zeros(frames)
     for _ in range(12):

@@ -1,5 +1,6 @@
 #include "host/page/axis.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -44,10 +45,10 @@ std::vector<Tick> TimeTicks(double seconds) {
     if (!(seconds > 0.0)) {
         return {};
     }
-    double step = kTimeSteps.back();
-    for (auto next = kTimeSteps.rbegin(); next != kTimeSteps.rend(); ++next) {
-        step = seconds / *next < kMostTimeTicks ? *next : step;
-    }
+    const auto* const fitting =
+        std::find_if(kTimeSteps.begin(), kTimeSteps.end(),
+                     [seconds](double each) { return seconds / each < kMostTimeTicks; });
+    double step = fitting == kTimeSteps.end() ? kTimeSteps.back() : *fitting;
     while (seconds / step >= kMostTimeTicks) {
         step *= 2.0;
     }

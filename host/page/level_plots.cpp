@@ -50,7 +50,7 @@ std::string StretchedSvg(std::size_t count, double top, double height,
                          const std::string& contents) {
     char box[64];
     std::snprintf(box, sizeof(box), "0 %g %zu %g", top, std::max<std::size_t>(count, 1), height);
-    return "<svg width=\"100%\" height=\"100%\" preserveAspectRatio=\"none\"" +
+    return R"(<svg width="100%" height="100%" preserveAspectRatio="none")" +
            Attribute("viewBox", box) + ">" + contents + "</svg>";
 }
 
@@ -75,15 +75,25 @@ std::string LevelCurve(const std::vector<Wave>& waves, const char* name) {
 
 std::string CurveLegend(const std::string& title) {
     return title +
-           ": <span class=\"key before\">before</span> <span class=\"key after\">after</span>";
+           R"(: <span class="key before">before</span> <span class="key after">after</span>)";
+}
+
+double PeakOf(const std::vector<Wave>& waves) {
+    double peak = 0.0;
+    for (const Wave& wave : waves) {
+        peak = std::max({peak, static_cast<double>(wave.most), -static_cast<double>(wave.least)});
+    }
+    return peak;
+}
+
+std::string PeakText(const std::vector<Wave>& waves) {
+    const double peak = PeakOf(waves);
+    return LevelText(Decibels(peak * peak));
 }
 
 /// The least of 1, 0.5, 0.2, 0.1 .. that a signal fits in.
 double RoundPeak(const std::vector<Wave>& waves) {
-    double peak = 0.001;
-    for (const Wave& wave : waves) {
-        peak = std::max({peak, static_cast<double>(wave.most), -static_cast<double>(wave.least)});
-    }
+    const double peak = std::max(0.001, PeakOf(waves));
     const double power = std::pow(10.0, std::floor(std::log10(peak)));
     for (const double factor : {1.0, 2.0, 5.0}) {
         if (factor * power >= peak) {
@@ -95,14 +105,14 @@ double RoundPeak(const std::vector<Wave>& waves) {
 
 }  // namespace
 
-std::string WaveformPlot(const ColumnHistory& history, const Report& report) {
+std::string WaveformPlot(const ColumnHistory& history) {
     const std::vector<Wave> before = Reduced(history, Version::kBefore, kPoints);
     const std::vector<Wave> after = Reduced(history, Version::kAfter, kPoints);
     const double peak = std::max(RoundPeak(before), RoundPeak(after));
     Plot plot;
     plot.title = CurveLegend("Waveform");
-    plot.description = "Waveform. Peak before " + LevelText(report.peakBefore) + " dBFS, after " +
-                       LevelText(report.peakAfter) + " dBFS.";
+    plot.description =
+        "Waveform. Peak before " + PeakText(before) + " dBFS, after " + PeakText(after) + " dBFS.";
     plot.kind = "wave";
     plot.values = LinearTicks(-peak, peak, 5);
     plot.canvas = StretchedSvg(before.size(), -peak, 2.0 * peak,
@@ -129,11 +139,12 @@ std::string LevelPlot(const ColumnHistory& history, const Report& report) {
 
 std::string LevelTable(const ColumnHistory& history) {
     std::string markup =
-        "<table><caption>Levels over time, in dBFS</caption><thead><tr><th scope=\"col\">from</th>"
-        "<th scope=\"col\">before</th><th scope=\"col\">after</th><th "
-        "scope=\"col\">removed</th></tr>"
+        R"(<table><caption>Levels over time, in dBFS</caption><thead><tr><th scope="col">from</th>)"
+        R"(<th scope="col">before</th><th scope="col">after</th><th )"
+        R"(scope="col">removed</th></tr>)"
         "</thead><tbody>\n";
     std::vector<std::vector<Wave>> waves;
+    waves.reserve(kVersions.size());
     for (const Version version : kVersions) {
         waves.push_back(Reduced(history, version, kTableLines));
     }
@@ -141,7 +152,7 @@ std::string LevelTable(const ColumnHistory& history) {
     for (std::size_t line = 0; line < count; ++line) {
         const double start =
             history.Seconds() * static_cast<double>(line) / static_cast<double>(count);
-        markup += "<tr><th scope=\"row\">" + TimeText(start) + "</th>";
+        markup += R"(<tr><th scope="row">)" + TimeText(start) + "</th>";
         for (const std::vector<Wave>& version : waves) {
             markup += "<td>" + LevelText(Decibels(version[line].power)) + "</td>";
         }

@@ -6,7 +6,7 @@
 #include "host/report.h"
 
 /// The waveform after cleaning over that before, as HTML.
-std::string WaveformPlot(const ColumnHistory& history, const Report& report);
+std::string WaveformPlot(const ColumnHistory& history);
 
 /// The levels before and after over time, and the noise floors, as HTML.
 std::string LevelPlot(const ColumnHistory& history, const Report& report);

@@ -29,7 +29,7 @@ std::string Escaped(std::string_view text) {
 }
 
 std::string Attribute(std::string_view name, std::string_view value) {
-    return " " + std::string(name) + "=\"" + Escaped(value) + "\"";
+    return " " + std::string(name) + R"(=")" + Escaped(value) + R"(")";
 }
 
 std::string Attribute(std::string_view name, double value) {

@@ -7,6 +7,7 @@
 #include <map>
 #include <vector>
 
+#include "host/channels.h"
 #include "host/page/base64.h"
 #include "host/page/level_plots.h"
 #include "host/page/markup.h"
@@ -46,12 +47,9 @@ std::string Names(const Report& report) {
 }
 
 std::string Facts(const Report& report) {
-    const int channels = report.format.channels;
     return TimeText(report.duration) + ", " + std::to_string(report.format.sampleRate) + " Hz, " +
-           (channels == 1   ? "mono"
-            : channels == 2 ? "stereo"
-                            : std::to_string(channels) + " channels") +
-           "; " + Escaped(SettingsText(report.settings.front().settings));
+           ChannelsName(report.format.channels) + "; " +
+           Escaped(SettingsText(report.settings.front().settings));
 }
 
 std::vector<Bar> ExcerptBars(const SignalHistory& history, const AudioFormat& format) {
@@ -121,7 +119,7 @@ std::string Sounds(const SignalHistory& history, const AudioFormat& format, doub
         const std::string title = kVersionTitles[static_cast<std::size_t>(version)];
         const std::string sound = EncodeOpus(JoinedParts(history.Parts().Kept(), version),
                                              format.sampleRate, channels, bits);
-        markup += "<p>" + title + "<audio controls" + Attribute("aria-label", title) + " src=\"" +
+        markup += "<p>" + title + "<audio controls" + Attribute("aria-label", title) + R"( src=")" +
                   DataUri("audio/ogg", sound) + "\"></audio></p>\n";
     }
     return markup;
@@ -129,7 +127,7 @@ std::string Sounds(const SignalHistory& history, const AudioFormat& format, doub
 
 std::string Levels(const Report& report) {
     std::string markup =
-        "<div class=\"scroll\"><table><thead><tr><td></td><th scope=\"col\">before</th>"
+        R"(<div class="scroll"><table><thead><tr><td></td><th scope="col">before</th>)"
         "<th scope=\"col\">after</th><th scope=\"col\">change</th></tr></thead><tbody>\n";
     for (const ReportRow& row : ReportRows(report)) {
         // Adding 0 turns -0 into 0.
@@ -138,7 +136,7 @@ std::string Levels(const Report& report) {
         if (std::isfinite(change)) {
             std::snprintf(text, sizeof(text), "%+.1f dB", change);
         }
-        markup += std::string("<tr><th scope=\"row\">") + row.label + " (" + row.unit +
+        markup += std::string(R"(<tr><th scope="row">)") + row.label + " (" + row.unit +
                   ")</th><td>" + LevelText(row.before) + "</td><td>" + LevelText(row.after) +
                   "</td><td>" + text + "</td></tr>\n";
     }
@@ -151,8 +149,8 @@ std::vector<Color> LevelPalette() {
 }
 
 std::string Picture(const IndexedImage& image) {
-    return "<image width=\"100%\" height=\"100%\" preserveAspectRatio=\"none\" href=\"" +
-           DataUri("image/png", EncodePng(image, LevelPalette())) + "\"/>";
+    return R"(<image width="100%" height="100%" preserveAspectRatio="none" href=")" +
+           DataUri("image/png", EncodePng(image, LevelPalette())) + R"("/>)";
 }
 
 std::string ColorLegend(const LevelScale& scale, double rowHertz) {
@@ -162,15 +160,15 @@ std::string ColorLegend(const LevelScale& scale, double rowHertz) {
     }
     std::string ticks;
     for (const Tick& tick : LinearTicks(scale.lowest, scale.Highest(), 7)) {
-        ticks += "<text y=\"2.3rem\"" + Attribute("x", Percent(tick.share)) + ">" + tick.label +
+        ticks += R"(<text y="2.3rem")" + Attribute("x", Percent(tick.share)) + ">" + tick.label +
                  "</text>";
     }
     char text[96];
     std::snprintf(text, sizeof(text),
                   "Level in dBFS per band of %.0f Hz, from %.0f (dark) to %.0f (light):", rowHertz,
                   scale.lowest, scale.Highest());
-    return std::string("<div class=\"legend\">") + text +
-           "<svg aria-hidden=\"true\"><svg width=\"100%\" height=\"1.3rem\">" + Picture(bar) +
+    return std::string(R"(<div class="legend">)") + text +
+           R"(<svg aria-hidden="true"><svg width="100%" height="1.3rem">)" + Picture(bar) +
            "</svg>" + ticks + "</svg></div>";
 }
 
@@ -201,6 +199,13 @@ std::string Spectrograms(const ColumnHistory& history, const LevelScale& scale,
 
 std::string Notes(const Report& report) {
     std::string markup;
+    if (report.loudnessGain) {
+        char text[96];
+        std::snprintf(text, sizeof(text),
+                      "Pictures and sounds show the signal before its gain of %+.1f dB",
+                      *report.loudnessGain);
+        markup = std::string("<li>") + text + " (--loudness).</li>\n";
+    }
     for (const std::string& note : report.notes) {
         markup += "<li>" + Escaped(note) + "</li>\n";
     }
@@ -231,7 +236,7 @@ std::string ReportPage(const Report& report, const SignalHistory& history) {
          {"levels", Levels(report)},
          {"legend", ColorLegend(scale, columns.HighestFrequency() / ColumnHistory::kRows)},
          {"spectrograms", Spectrograms(columns, scale, report)},
-         {"waveform", WaveformPlot(columns, report)},
+         {"waveform", WaveformPlot(columns)},
          {"level-plot", LevelPlot(columns, report)},
          {"level-table", LevelTable(columns)},
          {"time-line", TimeLinePlot(report, excerpts)},

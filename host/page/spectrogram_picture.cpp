@@ -1,6 +1,7 @@
 #include "host/page/spectrogram_picture.h"
 
 #include <array>
+#include <cmath>
 
 #include "host/page/axis.h"
 #include "host/page/bitmap_text.h"
@@ -34,7 +35,7 @@ std::vector<Color> Palette() {
 }
 
 std::size_t PixelOf(double share, std::size_t pixels) {
-    return static_cast<std::size_t>(share * static_cast<double>(pixels - 1) + 0.5);
+    return static_cast<std::size_t>(std::lround(share * static_cast<double>(pixels - 1)));
 }
 
 void DrawRow(IndexedImage& image, std::size_t x, std::size_t y, std::size_t count) {

@@ -55,7 +55,7 @@ std::string LaneMarkup(const Lane& lane, std::size_t index, std::size_t count, d
                   Escaped(TimeText(bar.begin) + " to " + TimeText(end) + ": " + bar.text) +
                   "</title></rect>";
     }
-    return markup + "</g><text x=\"4\"" + Attribute("y", Percent(top + 0.32 * height)) + ">" +
+    return markup + R"(</g><text x="4")" + Attribute("y", Percent(top + 0.32 * height)) + ">" +
            Escaped(lane.name) + "</text>";
 }
 
@@ -115,14 +115,14 @@ std::string EventTable(const Report& report) {
     std::stable_sort(entries.begin(), entries.end(),
                      [](const auto& a, const auto& b) { return a.first < b.first; });
     std::string markup =
-        "<table class=\"events\"><caption>Events</caption><thead><tr><th scope=\"col\">at</th>"
+        R"(<table class="events"><caption>Events</caption><thead><tr><th scope="col">at</th>)"
         "<th scope=\"col\">what</th></tr></thead><tbody>\n";
     for (std::size_t i = 0; i < std::min(entries.size(), kMostEntries); ++i) {
-        markup += "<tr><th scope=\"row\">" + TimeText(entries[i].first) + "</th><td>" +
+        markup += R"(<tr><th scope="row">)" + TimeText(entries[i].first) + "</th><td>" +
                   Escaped(entries[i].second) + "</td></tr>\n";
     }
     if (entries.size() > kMostEntries) {
-        markup += "<tr><th scope=\"row\"></th><td>and " +
+        markup += R"(<tr><th scope="row"></th><td>and )" +
                   std::to_string(entries.size() - kMostEntries) + " more</td></tr>\n";
     }
     return markup + "</tbody></table>\n";
