@@ -2,8 +2,8 @@
 
 #include <vector>
 
-/// Receives the signal of a job before and after cleaning. Both streams begin with the same frame and have the same
-/// length in the end; the blocks of one may run ahead of the other's.
+/// Receives the signal of a job before and after cleaning, without the gain of a loudness target. Both streams begin
+/// with the same frame and have the same length in the end; the blocks of one may run ahead of the other's.
 class SignalTap {
 public:
     virtual ~SignalTap() = default;

@@ -25,6 +25,7 @@ void Merge(HistoryColumn::Wave& wave, const HistoryColumn::Wave& other, double s
     wave.least = std::min(wave.least, other.least);
     wave.most = std::max(wave.most, other.most);
     wave.power += (other.power - wave.power) * share;
+    wave.quietest = std::min(wave.quietest, other.quietest);
 }
 
 /// Adds the hops of another column.
@@ -112,6 +113,9 @@ HistoryColumn ColumnHistory::Hop(std::size_t at) {
     for (const Channel& channel : mChannels) {
         AddSpectra(channel, at, hop);
         AddWaves(channel, at, hop);
+    }
+    for (HistoryColumn::Wave& wave : hop.waves) {
+        wave.quietest = wave.power;
     }
     return hop;
 }

@@ -15,7 +15,8 @@ struct HistoryColumn {
     struct Wave {
         float least = 0.0F;
         float most = 0.0F;
-        double power = 0.0;  ///< mean square
+        double power = 0.0;     ///< mean square
+        double quietest = 0.0;  ///< least mean square of a hop
     };
 
     double hops = 0.0;  ///< how many make up this column

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::size_t kMostChannels = 2;
+constexpr std::size_t kHeardChannels = 2;
 constexpr double kMostDb = 30.0;      ///< what counts for the score
 constexpr double kInaudible = -80.0;  ///< dBFS
 
@@ -52,7 +52,7 @@ double Score(const Excerpt& piece, std::size_t windowSamples) {
 Excerpts::Excerpts(int sampleRate, int channels)
     : mSampleRate(sampleRate),
       mSourceChannels(static_cast<std::size_t>(channels)),
-      mChannels(mSourceChannels > kMostChannels ? 1 : mSourceChannels),
+      mChannels(mSourceChannels > kHeardChannels ? 1 : mSourceChannels),
       mPieceSamples(static_cast<std::size_t>(kPieceSeconds * sampleRate) * mChannels) {}
 
 void Excerpts::Add(const std::vector<float>& before, const std::vector<float>& after) {

@@ -16,6 +16,8 @@ using Wave = HistoryColumn::Wave;
 constexpr std::size_t kPoints = 600;
 constexpr std::size_t kTableLines = 24;
 constexpr double kLowestLevel = -90.0;
+/// In s; beyond, a point of a curve covers so much time that the mean hides pauses.
+constexpr double kLongRecording = 120.0;
 
 double Decibels(double power) {
     return power > 0.0 ? 10.0 * std::log10(power) : -std::numeric_limits<double>::infinity();
@@ -29,11 +31,13 @@ std::vector<Wave> Reduced(const ColumnHistory& history, Version version, std::si
     for (std::size_t i = 0; i < count; ++i) {
         const std::size_t begin = i * columns.size() / count;
         const std::size_t end = (i + 1) * columns.size() / count;
+        waves[i].quietest = std::numeric_limits<double>::infinity();
         for (std::size_t column = begin; column < end; ++column) {
             const Wave& wave = columns[column].waves[static_cast<std::size_t>(version)];
             waves[i].least = std::min(waves[i].least, wave.least);
             waves[i].most = std::max(waves[i].most, wave.most);
             waves[i].power += wave.power / static_cast<double>(end - begin);
+            waves[i].quietest = std::min(waves[i].quietest, wave.quietest);
         }
     }
     return waves;
@@ -65,10 +69,11 @@ std::string Outline(const std::vector<Wave>& waves, const char* name) {
     return "<path" + Attribute("class", name) + Attribute("d", points) + "/>";
 }
 
-std::string LevelCurve(const std::vector<Wave>& waves, const char* name) {
+/// @param power member of a stretch
+std::string LevelCurve(const std::vector<Wave>& waves, double Wave::*power, const char* name) {
     std::string points = "M";
     for (std::size_t i = 0; i < waves.size(); ++i) {
-        points += PathPoint(i, -std::clamp(Decibels(waves[i].power), kLowestLevel, 0.0));
+        points += PathPoint(i, -std::clamp(Decibels(waves[i].*power), kLowestLevel, 0.0));
     }
     return "<path" + Attribute("class", name) + Attribute("d", points) + "/>";
 }
@@ -132,8 +137,14 @@ std::string LevelPlot(const ColumnHistory& history, const Report& report) {
     plot.kind = "level";
     plot.unit = "dBFS";
     plot.values = LinearTicks(kLowestLevel, 0.0, 7);
-    plot.canvas = StretchedSvg(before.size(), 0.0, -kLowestLevel,
-                               LevelCurve(before, "before") + LevelCurve(after, "after"));
+    std::string curves =
+        LevelCurve(before, &Wave::power, "before") + LevelCurve(after, &Wave::power, "after");
+    if (history.Seconds() > kLongRecording) {
+        plot.title += ", mean and lowest";
+        curves += LevelCurve(before, &Wave::quietest, "before lowest") +
+                  LevelCurve(after, &Wave::quietest, "after lowest");
+    }
+    plot.canvas = StretchedSvg(before.size(), 0.0, -kLowestLevel, curves);
     return PlotMarkup(plot, history.Seconds());
 }
 

@@ -1,18 +1,35 @@
 #include "host/page/pictures.h"
 
+#include <filesystem>
+#include <system_error>
+
+#include "host/failure.h"
 #include "host/job_files.h"
 #include "host/page/report_page.h"
 #include "host/page/spectrogram_picture.h"
 
+namespace fs = std::filesystem;
+
+namespace {
+
+/// Opens a file unless its path is empty.
+void OpenPicture(const CleanJob& job, const std::string& path, std::optional<PartialFile>& file) {
+    if (path.empty()) {
+        return;
+    }
+    CheckSideFile(job, path);
+    std::error_code error;
+    if (!job.replace && fs::exists(fs::symlink_status(path, error))) {
+        throw Failure(path, "exists; --force replaces it");
+    }
+    file.emplace(path);
+}
+
+}  // namespace
+
 Pictures::Pictures(const CleanJob& job, const AudioFormat& format) {
-    if (!job.reportPage.empty()) {
-        CheckSideFile(job, job.reportPage);
-        mPage.emplace(job.reportPage);
-    }
-    if (!job.spectrogram.empty()) {
-        CheckSideFile(job, job.spectrogram);
-        mSpectrogram.emplace(job.spectrogram);
-    }
+    OpenPicture(job, job.reportPage, mPage);
+    OpenPicture(job, job.spectrogram, mSpectrogram);
     if (mPage || mSpectrogram) {
         mHistory.emplace(format);
     }

@@ -51,9 +51,11 @@
   };
 
   const clock = (seconds) => {
-    const tenths = Math.floor(seconds * 10) / 10;
-    const minutes = Math.floor(tenths / 60);
-    return minutes + ":" + (tenths - 60 * minutes).toFixed(1).padStart(4, "0");
+    const tenths = Math.floor(seconds * 10);
+    const minutes = Math.floor(tenths / 600);
+    const hours = Math.floor(minutes / 60);
+    const shown = ((tenths % 600) / 10).toFixed(1).padStart(4, "0");
+    return hours === 0 ? `${minutes}:${shown}` : `${hours}:${String(minutes % 60).padStart(2, "0")}:${shown}`;
   };
 
   const show = () => {

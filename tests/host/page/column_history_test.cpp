@@ -89,6 +89,16 @@ TEST(ColumnHistory, MoreThan2000ColumnsBecomeHalfAsManyTwiceAsLong) {
     EXPECT_EQ(history.Columns()[500].hops, 2.0);
 }
 
+TEST(ColumnHistory, AMergedColumnKeepsTheLevelOfItsQuietestHop) {
+    std::vector<float> tone = ToneOf(2001 * 128, 1004.0, 0.5F);
+    std::fill_n(tone.begin() + 1000 * 128, 128, 0.0F);
+    const FilledHistory history(tone, tone);
+    const HistoryColumn::Wave& wave = history.Columns()[500].waves[0];
+    EXPECT_NEAR(wave.power, 0.0625, 0.002);
+    EXPECT_EQ(wave.quietest, 0.0);
+    EXPECT_GT(history.Columns()[499].waves[0].quietest, 0.1);
+}
+
 TEST(ColumnHistory, BlocksOfAnyLengthGiveTheSameColumns) {
     std::mt19937 random = SeededRandom();
     const std::vector<float> tone = Tone(3000, 700.0, 0.5F);

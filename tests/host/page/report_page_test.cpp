@@ -129,4 +129,30 @@ TEST_F(ReportPageTest, ThePageAndThePictureMustBeTwoFiles) {
     EXPECT_EQ(outcome.status, 2);
 }
 
+TEST_F(ReportPageTest, TheGainOfALoudnessTargetIsStatedAndNotShown) {
+    const std::string page = PageOf(Speech("in.wav", 16000), {"--loudness", "-30"});
+    EXPECT_TRUE(Contains(page, "before its gain of "));
+}
+
+TEST_F(ReportPageTest, QuietAndNoStatsStillShowLevelsOnThePage) {
+    const std::string page = PageOf(Speech("in.wav", 16000), {"--quiet", "--no-stats"});
+    EXPECT_FALSE(Contains(page, "<td>0.0</td>"));
+    EXPECT_TRUE(Contains(page, "noise floor (dBFS)"));
+}
+
+TEST_F(ReportPageTest, APageOfManyFilesIsRefused) {
+    const Outcome outcome = RunHost(
+        {"clean", Speech("in.wav", 16000), "--suffix", "-clean", "--report", File("page.html")});
+    EXPECT_EQ(outcome.status, 2);
+    EXPECT_TRUE(Contains(outcome.err, "show one output")) << outcome.err;
+}
+
+TEST_F(ReportPageTest, WithNoClobberAPageThatExistsIsKept) {
+    WriteFile(File("page.html"), "older");
+    const Outcome outcome = RunHost({"clean", Speech("in.wav", 16000), "-o", File("out.wav"),
+                                     "--report", File("page.html"), "--no-clobber"});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(ReadFile(File("page.html")), "older");
+}
+
 }  // namespace
