@@ -176,8 +176,9 @@ void Declare(CLI::App& app, Arguments& arguments) {
     app.formatter(std::make_shared<HelpFormatter>());
 
     CLI::App& clean = *app.add_subcommand("clean", "Clean a recording, or many");
-    DeclareInput(clean, arguments,
-                 "recordings to clean: sound or video files of 1 to 8 channels; - for standard input");
+    DeclareInput(
+        clean, arguments,
+        "recordings to clean: sound or video files of 1 to 8 channels; - for standard input");
     DeclareOutput(clean, arguments);
     DeclareManyFiles(clean, arguments);
     DeclareSettings(clean, arguments);

@@ -90,7 +90,7 @@ TEST(ColumnHistory, MoreThan2000ColumnsBecomeHalfAsManyTwiceAsLong) {
 }
 
 TEST(ColumnHistory, AMergedColumnKeepsTheLevelOfItsQuietestHop) {
-    std::vector<float> tone = ToneOf(2001 * 128, 1004.0, 0.5F);
+    std::vector<float> tone = Tone(2001 * 128, 1004.0, 0.5F);
     std::fill_n(tone.begin() + 1000 * 128, 128, 0.0F);
     const FilledHistory history(tone, tone);
     const HistoryColumn::Wave& wave = history.Columns()[500].waves[0];
