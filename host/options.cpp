@@ -4,6 +4,7 @@
 
 #include "host/at_option.h"
 #include "host/help_formatter.h"
+#include "host/media_extensions.h"
 #include "host/option_values.h"
 #include "host/output_options.h"
 #include "host/raw_stream.h"
@@ -93,9 +94,13 @@ void DeclareManyFiles(CLI::App& command, Arguments& arguments) {
     Add(command, "--suffix", arguments.suffix, "TEXT",
         "write an output for each file with this text behind its name, beside it or in "
         "--output-dir");
-    Add(command, "--to", arguments.to, "wav|flac",
-        "format of the outputs; without it, that of each input if it can be written, else wav")
-        ->check(CLI::IsMember({"wav", "flac"}).description(""));
+    Add(command, "--to", arguments.to, "wav|flac|ogg|opus|mp3|m4a|mp4|mkv",
+        "extension of the outputs; without it, that of each input if it can be written, else wav")
+        ->check([](const std::string& text) {
+            return OutputExtension("x." + text) == "." + text
+                       ? std::string()
+                       : "'" + text + "' cannot be written by this build";
+        });
     command.add_flag("-r,--recursive", arguments.recursive,
                      "clean the recordings in folders and their subfolders");
     Add(command, "-j,--jobs", arguments.jobs, "N", "files to clean at a time")
