@@ -3,6 +3,7 @@
 #include <sndfile.h>
 
 #include <fstream>
+#include <utility>
 #include <vector>
 
 #include "host/aligned_stream.h"
@@ -11,6 +12,8 @@
 #include "host/failure.h"
 #include "host/file_bytes.h"
 #include "host/interrupt.h"
+#include "host/media_source.h"
+#include "host/open_recording.h"
 #include "host/timeline.h"
 
 namespace {
@@ -18,6 +21,7 @@ namespace {
 /// Samples of the suppressor's rate that the stream processes together.
 constexpr int kSuppressorBlock = 320;
 
+/// Empty for containers that only the libraries name.
 std::string ContainerName(const std::string& path) {
     std::ifstream file(path, std::ios::binary);
     const std::uint64_t start = SizeOfId3Tag(BytesAt(file, 0, kId3HeaderBytes));
@@ -28,7 +32,7 @@ std::string ContainerName(const std::string& path) {
         case Container::kOther:
         case Container::kNone: break;
     }
-    return "other";
+    return "";
 }
 
 /// libsndfile's name of a major format or of a codec.
@@ -39,24 +43,33 @@ std::string LibraryName(int format) {
     return known && info.name != nullptr ? info.name : "unknown";
 }
 
-void ReadToEnd(AudioReader& reader) {
-    std::vector<float> samples((1U << 16) * static_cast<std::size_t>(reader.Format().channels));
-    while (reader.Read(samples.data(), 1U << 16) > 0) {
+/// @return frames to the end
+std::int64_t ReadToEnd(AudioSource& source) {
+    constexpr std::size_t kFrames = 1U << 16;
+    std::vector<float> samples(kFrames * static_cast<std::size_t>(source.Format().channels));
+    std::int64_t frames = 0;
+    while (const std::size_t read = source.Read(samples.data(), kFrames)) {
+        frames += static_cast<std::int64_t>(read);
         if (Interrupted()) {
             throw Failure("interrupted");
         }
     }
+    return frames;
 }
 
-void Describe(FileInfo& info, AudioReader& reader, bool scans) {
-    info.container = ContainerName(info.path);
-    info.libraryFormat = LibraryName(reader.LibraryFormat() & SF_FORMAT_TYPEMASK);
-    info.libraryCodec = LibraryName(reader.LibraryFormat() & SF_FORMAT_SUBMASK);
-    info.format = reader.Format();
-    if (scans) {
-        ReadToEnd(reader);
+void Describe(FileInfo& info, AudioSource& source, bool scans) {
+    if (const auto* const reader = dynamic_cast<const AudioReader*>(&source)) {
+        info.libraryFormat = LibraryName(reader->LibraryFormat() & SF_FORMAT_TYPEMASK);
+        const std::string container = ContainerName(info.path);
+        info.container = container.empty() ? info.libraryFormat : container;
+        info.libraryCodec = LibraryName(reader->LibraryFormat() & SF_FORMAT_SUBMASK);
+    } else {
+        MediaInfo media = DescribeMedia(info.path);
+        info.container = std::move(media.container);
+        info.streams = std::move(media.streams);
     }
-    info.frames = scans ? reader.FramesRead() : reader.Frames();
+    info.format = source.Format();
+    info.frames = scans ? ReadToEnd(source) : source.Frames();
 }
 
 CleaningInfo Plan(const CleanJob& job, const AudioFormat& format) {
@@ -78,8 +91,7 @@ FileInfo Inspect(const std::string& path, const CleanJob& job, bool scans) {
     own.inputs = {{path, AV_SOURCE_MICROPHONE}};
     own.reading.warn = [&info](const std::string& line) { info.warnings.push_back(line); };
     try {
-        AudioReader reader(path, own.reading);
-        Describe(info, reader, scans);
+        Describe(info, *OpenRecording(path, 0, own.reading, path), scans);
         info.cleaning = Plan(own, info.format);
     } catch (const Failure& failure) {
         info.problem = failure.what();

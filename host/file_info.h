@@ -22,8 +22,10 @@ struct FileInfo {
     std::string path;
     std::string problem;  ///< why it cannot be read or cleaned, in one line; empty for none
     std::vector<std::string> warnings;
-    std::string container;      ///< empty if it cannot be read, like all that follows
-    std::string libraryFormat;  ///< the container and the codec as libsndfile names them
+    std::string container;             ///< empty if it cannot be read, like all that follows
+    std::vector<std::string> streams;  ///< of a media file, such as "audio aac"
+    std::string
+        libraryFormat;  ///< the container and the codec as libsndfile names them; empty for a media file
     std::string libraryCodec;
     AudioFormat format = {};               ///< as it is processed
     std::optional<std::int64_t> frames;    ///< none where the file does not state them

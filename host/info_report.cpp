@@ -4,7 +4,9 @@
 #include <nlohmann/json.hpp>
 #include <ostream>
 
+#include "host/channels.h"
 #include "host/failure.h"
+#include "host/media_extensions.h"
 #include "host/report.h"
 
 namespace {
@@ -16,12 +18,8 @@ std::string Line(const char* format, Args... args) {
     return std::string(text) + "\n";
 }
 
-const char* LayoutName(int channels) {
-    return channels == 1 ? "mono" : "stereo";
-}
-
-const char* OutputName(SampleFormat samples) {
-    return samples == SampleFormat::kS16 ? "16-bit WAV or FLAC" : "float WAV or 24-bit FLAC";
+const char* SamplesName(SampleFormat samples) {
+    return samples == SampleFormat::kS16 ? "16-bit" : "float";
 }
 
 std::string LengthText(const FileInfo& info) {
@@ -58,14 +56,20 @@ void PrintInfo(std::ostream& out, const FileInfo& info) {
     std::string text = Failure::Printable(info.path) + "\n";
     if (!info.container.empty()) {
         text += "  contents    " + info.container + "; " + std::to_string(info.format.sampleRate) +
-                " Hz, " + LayoutName(info.format.channels) + ", " + LengthText(info) + "\n";
-        text += "  libsndfile  " + info.libraryFormat + ", " + info.libraryCodec + "\n";
+                " Hz, " + ChannelsName(info.format.channels) + ", " + LengthText(info) + "\n";
+        text += info.libraryFormat.empty()
+                    ? ""
+                    : "  libsndfile  " + info.libraryFormat + ", " + info.libraryCodec + "\n";
+        for (const std::string& stream : info.streams) {
+            text += "  stream      " + stream + "\n";
+        }
     }
     if (info.cleaning) {
         text += CleaningText(*info.cleaning, info.format.sampleRate);
-        text += std::string("  output      ") + OutputName(info.format.samples) + ", " +
+        text += "  output      " + OutputExtension(info.path) + " unless another is named; " +
                 std::to_string(info.format.sampleRate) + " Hz, " +
-                LayoutName(info.format.channels) + "\n";
+                ChannelsName(info.format.channels) + ", " + SamplesName(info.format.samples) +
+                " samples\n";
     }
     for (const std::string& warning : info.warnings) {
         text += "  warning     " + warning + "\n";
@@ -77,7 +81,10 @@ void PrintInfoJson(std::ostream& out, const FileInfo& info) {
     nlohmann::ordered_json json = {{"input", info.path}};
     if (!info.container.empty()) {
         json["container"] = info.container;
-        json["libsndfile"] = {{"format", info.libraryFormat}, {"codec", info.libraryCodec}};
+        if (!info.libraryFormat.empty()) {
+            json["libsndfile"] = {{"format", info.libraryFormat}, {"codec", info.libraryCodec}};
+        }
+        json["streams"] = info.streams;
         json["sample_rate_hz"] = info.format.sampleRate;
         json["channels"] = info.format.channels;
         json["frames"] = nullptr;
@@ -88,12 +95,12 @@ void PrintInfoJson(std::ostream& out, const FileInfo& info) {
         }
     }
     if (info.cleaning) {
-        const bool s16 = info.format.samples == SampleFormat::kS16;
         json["cleaning"] = {{"settings", JsonOf(info.cleaning->settings)},
                             {"suppressor_rate_hz", info.cleaning->suppressorRate},
                             {"block_frames", info.cleaning->blockFrames},
                             {"latency_frames", info.cleaning->latency},
-                            {"samples", s16 ? "16-bit" : "float"}};
+                            {"extension", OutputExtension(info.path)},
+                            {"samples", SamplesName(info.format.samples)}};
     }
     json["warnings"] = info.warnings;
     json["problem"] = nullptr;

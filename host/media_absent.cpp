@@ -12,6 +12,10 @@ std::unique_ptr<AudioSource> OpenMediaSource(const std::string& /*path*/, int /*
                             "; this build lacks AUDIO_FILTER_MEDIA, which reads other formats");
 }
 
+MediaInfo DescribeMedia(const std::string& /*path*/) {
+    return {};
+}
+
 int CountAudioTracks(const std::string& /*path*/) {
     return 1;
 }

@@ -40,6 +40,18 @@ std::unique_ptr<AudioSource> OpenMediaSource(const std::string& path, int track,
     return std::make_unique<MediaReader>(path, track, options, name);
 }
 
+MediaInfo DescribeMedia(const std::string& path) {
+    MediaInput input(path, path, MediaInput::Probing::kAudio);
+    MediaInfo info = {input.Context().iformat->long_name, {}};
+    for (unsigned i = 0; i < input.Context().nb_streams; ++i) {
+        const AVCodecParameters& stream = *input.Stream(static_cast<int>(i)).codecpar;
+        const char* const type = av_get_media_type_string(stream.codec_type);
+        info.streams.push_back(std::string(type == nullptr ? "other" : type) + " " +
+                               avcodec_get_name(stream.codec_id));
+    }
+    return info;
+}
+
 int CountAudioTracks(const std::string& path) {
     const MediaInput input(path, path, MediaInput::Probing::kAudio);
     return static_cast<int>(input.AudioTracks().size());

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "host/audio_stream.h"
 #include "host/read_options.h"
@@ -12,6 +13,15 @@
 /// @param name in messages
 std::unique_ptr<AudioSource> OpenMediaSource(const std::string& path, int track,
                                              const ReadOptions& options, const std::string& name);
+
+/// A media file, in words.
+struct MediaInfo {
+    std::string container;
+    std::vector<std::string> streams;  ///< such as "video h264" and "audio aac"
+};
+
+/// Throws Failure. @return nothing if this build lacks AUDIO_FILTER_MEDIA
+MediaInfo DescribeMedia(const std::string& path);
 
 /// The number of audio tracks of a media file; 1 if this build lacks AUDIO_FILTER_MEDIA.
 int CountAudioTracks(const std::string& path);

@@ -32,7 +32,7 @@ TEST_F(FileInfoTest, ShowsWhatIsInAFileAndWhatCleaningDoes) {
             "  rate        noise suppressed at 32000 Hz, resampled from 16000 Hz, in blocks of 160 "
             "frames (10.0 ms)\n"
             "  latency     386 frames (24.1 ms), removed from the output\n"
-            "  output      float WAV or 24-bit FLAC, 16000 Hz, stereo\n");
+            "  output      .wav unless another is named; 16000 Hz, stereo, float samples\n");
 }
 
 TEST_F(FileInfoTest, JsonIsOneLineAFile) {
