@@ -61,8 +61,8 @@ Report CleanTracks(const CleanJob& job, Sources sources, SignalTap* tap,
     one.tracks = OpenMediaOutput(MediaJobOf(job));
     std::optional<Report> first;
     for (one.track = 1; one.track <= tracks; ++one.track) {
-        const Report report = first ? CleanTrack(one, OpenInputs(one), nullptr, progress)
-                                    : CleanTrack(one, std::move(sources), tap, progress);
+        Sources own = first ? OpenInputs(one) : std::exchange(sources, {});
+        const Report report = CleanTrack(one, std::move(own), first ? nullptr : tap, progress);
         if (!first) {
             first = report;
             continue;

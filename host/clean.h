@@ -49,4 +49,4 @@ struct Report;
 
 /// Cleans the recordings. The output has the rate and channels of the first input and the length of
 /// the longest, and appears when it is complete. Throws Failure and then leaves no file.
-Report Clean(const CleanJob& job, const ProgressOutput& progress);
+Report Clean(const CleanJob& wanted, const ProgressOutput& progress);
