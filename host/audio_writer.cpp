@@ -9,8 +9,6 @@
 #include "host/media_extensions.h"
 #include "host/media_output.h"
 
-namespace fs = std::filesystem;
-
 namespace {
 
 /// The longest audio that a plain WAV header can state, with room for the headers.

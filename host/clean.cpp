@@ -59,24 +59,20 @@ Report CleanTracks(const CleanJob& job, Sources sources, SignalTap* tap,
     const int tracks = CountAudioTracks(job.inputs.front().path);
     CleanJob one = job;
     one.tracks = OpenMediaOutput(MediaJobOf(job));
-    std::optional<Report> first;
-    for (one.track = 1; one.track <= tracks; ++one.track) {
-        Sources own = first ? OpenInputs(one) : std::exchange(sources, {});
-        const Report report = CleanTrack(one, std::move(own), first ? nullptr : tap, progress);
-        if (!first) {
-            first = report;
-            continue;
-        }
+    one.track = 1;
+    Report first = CleanTrack(one, std::move(sources), tap, progress);
+    for (one.track = 2; one.track <= tracks; ++one.track) {
+        const Report report = CleanTrack(one, OpenInputs(one), nullptr, progress);
         char note[120];
         std::snprintf(note, sizeof(note),
                       "track %d: noise floor %.1f -> %.1f dBFS, speech %.1f -> %.1f dBFS",
                       one.track, report.levels.noiseFloorBefore, report.levels.noiseFloorAfter,
                       report.levels.speechBefore, report.levels.speechAfter);
-        first->notes.emplace_back(note);
+        first.notes.emplace_back(note);
     }
     const std::vector<std::string>& notes = one.tracks->Notes();
-    first->notes.insert(first->notes.end(), notes.begin(), notes.end());
-    return *first;
+    first.notes.insert(first.notes.end(), notes.begin(), notes.end());
+    return first;
 }
 
 /// Whether each of several tracks is to be cleaned.

@@ -27,6 +27,25 @@ constexpr std::array<MediaContainer, 14> kContainers = {{
     {".wma", "asf", "WMA", AV_CODEC_ID_WMAV2, false, true},
 }};
 
+using MuxerCodecs = std::array<AVCodecID, 6>;
+
+/// The codecs of muxers that check them only while they write the header; null for the others.
+const MuxerCodecs* CodecsOf(std::string_view muxer) {
+    static constexpr MuxerCodecs kWebm = {AV_CODEC_ID_VP8,    AV_CODEC_ID_VP9,  AV_CODEC_ID_AV1,
+                                          AV_CODEC_ID_VORBIS, AV_CODEC_ID_OPUS, AV_CODEC_ID_WEBVTT};
+    static constexpr MuxerCodecs kOpus = {AV_CODEC_ID_OPUS};
+    static constexpr MuxerCodecs kIpod = {AV_CODEC_ID_AAC, AV_CODEC_ID_ALAC, AV_CODEC_ID_AC3};
+    static constexpr MuxerCodecs kOgg = {AV_CODEC_ID_VORBIS, AV_CODEC_ID_OPUS, AV_CODEC_ID_FLAC,
+                                         AV_CODEC_ID_SPEEX};
+    static constexpr MuxerCodecs kAsf = {AV_CODEC_ID_WMAV1, AV_CODEC_ID_WMAV2, AV_CODEC_ID_MP3};
+    return muxer == "webm"                    ? &kWebm
+           : muxer == "opus"                  ? &kOpus
+           : muxer == "ipod"                  ? &kIpod
+           : muxer == "ogg" || muxer == "oga" ? &kOgg
+           : muxer == "asf"                   ? &kAsf
+                                              : nullptr;
+}
+
 /// Bit rates of lossy codecs for a lossless input, a channel.
 constexpr std::int64_t kUsualBitRate = 96000;
 
@@ -179,40 +198,8 @@ bool CanHold(const MediaContainer& container, AVCodecID codec) {
     if (codec == format->audio_codec) {
         return true;
     }
-    // libavformat checks these only while it writes the header.
-    switch (avcodec_get_type(codec)) {
-        case AVMEDIA_TYPE_VIDEO:
-            if (std::string_view(container.muxer) == "webm") {
-                return codec == AV_CODEC_ID_VP8 || codec == AV_CODEC_ID_VP9 ||
-                       codec == AV_CODEC_ID_AV1;
-            }
-            break;
-        case AVMEDIA_TYPE_AUDIO:
-            if (std::string_view(container.muxer) == "webm") {
-                return codec == AV_CODEC_ID_VORBIS || codec == AV_CODEC_ID_OPUS;
-            }
-            if (std::string_view(container.muxer) == "opus") {
-                return codec == AV_CODEC_ID_OPUS;
-            }
-            if (std::string_view(container.muxer) == "ipod") {
-                return codec == AV_CODEC_ID_AAC || codec == AV_CODEC_ID_ALAC ||
-                       codec == AV_CODEC_ID_AC3;
-            }
-            if (std::string_view(container.muxer) == "ogg" ||
-                std::string_view(container.muxer) == "oga") {
-                return codec == AV_CODEC_ID_VORBIS || codec == AV_CODEC_ID_OPUS ||
-                       codec == AV_CODEC_ID_FLAC || codec == AV_CODEC_ID_SPEEX;
-            }
-            if (std::string_view(container.muxer) == "asf") {
-                return codec == AV_CODEC_ID_WMAV1 || codec == AV_CODEC_ID_WMAV2 ||
-                       codec == AV_CODEC_ID_MP3;
-            }
-            break;
-        default:
-            if (std::string_view(container.muxer) == "webm") {
-                return codec == AV_CODEC_ID_WEBVTT;
-            }
-            break;
+    if (const auto* const codecs = CodecsOf(container.muxer)) {
+        return std::find(codecs->begin(), codecs->end(), codec) != codecs->end();
     }
     unsigned tag = 0;
     const bool hasTag =

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <optional>
 #include <string_view>
+#include <utility>
 
 #include "host/channels.h"
 #include "host/container.h"
@@ -37,8 +38,8 @@ constexpr const char* kAudioDecoders =
 
 }  // namespace
 
-MediaInput::MediaInput(const std::string& path, const std::string& name, Probing probing)
-    : mName(name), mFile(path, std::ios::binary) {
+MediaInput::MediaInput(const std::string& path, std::string name, Probing probing)
+    : mName(std::move(name)), mFile(path, std::ios::binary) {
     PrepareLibav();
     if (!mFile) {
         throw Failure(mName, "cannot be read", errno);

@@ -18,7 +18,7 @@ public:
     };
 
     /// @param name in messages
-    MediaInput(const std::string& path, const std::string& name, Probing probing);
+    MediaInput(const std::string& path, std::string name, Probing probing);
     ~MediaInput();
     MediaInput(const MediaInput&) = delete;
     MediaInput& operator=(const MediaInput&) = delete;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <string_view>
+#include <utility>
 
 extern "C" {
 #include <libavutil/base64.h>
@@ -89,8 +90,8 @@ bool IsOldFileTag(std::string_view key) {
                        [key](std::string_view old) { return key.starts_with(old); });
 }
 
-MediaMux::MediaMux(const std::string& path, const MediaContainer& container)
-    : mPath(path), mContainer(container) {
+MediaMux::MediaMux(std::string path, const MediaContainer& container)
+    : mPath(std::move(path)), mContainer(container) {
     PrepareLibav();
     const int error = avformat_alloc_output_context2(&mContext, nullptr, container.muxer, nullptr);
     if (error < 0) {

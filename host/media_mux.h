@@ -13,7 +13,7 @@
 class MediaMux {
 public:
     /// @param path in messages
-    MediaMux(const std::string& path, const MediaContainer& container);
+    MediaMux(std::string path, const MediaContainer& container);
     ~MediaMux();
     MediaMux(const MediaMux&) = delete;
     MediaMux& operator=(const MediaMux&) = delete;

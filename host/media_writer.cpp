@@ -139,8 +139,11 @@ void MediaWriter::PlanCopy(int index) {
     const AVStream& stream = mInput->Stream(index);
     const AVMediaType type = stream.codecpar->codec_type;
     if (IsPicture(stream)) {
-        HoldsPictures(mContainer) ? mPictures.push_back(index)
-                                  : mNotes.push_back("the cover picture is not kept");
+        if (HoldsPictures(mContainer)) {
+            mPictures.push_back(index);
+        } else {
+            mNotes.emplace_back("the cover picture is not kept");
+        }
         return;
     }
     if (IsWrittenAnew(stream, mInput->Context())) {

@@ -292,9 +292,9 @@ class ReportPageTest(unittest.TestCase):
 def write_pictures(folder):
     with tempfile.TemporaryDirectory() as work:
         page = pathlib.Path(work) / "page.html"
-        (ROOT / "out/noisy.wav").stat()  # made by ./demo
-        os.chdir(ROOT / "out")
-        clean("noisy.wav", page, "--at", "8:denoise=3", "--at", "12:gain=0.3")
+        shutil.copy(ROOT / "out/noisy.wav", work)  # made by ./demo
+        os.chdir(work)
+        clean("noisy.wav", pathlib.Path("page.html"), "--at", "8:denoise=3", "--at", "12:gain=0.3")
         browser = open_browser()
         for name, scheme, width in (("light", "light", 900), ("dark", "dark", 900), ("phone", "light", 360)):
             show(browser, page, scheme, width)
