@@ -22,7 +22,7 @@ constexpr int kMostProbedPackets = 2500;
 constexpr std::chrono::seconds kLongestCall{30};
 
 /// None of them opens another file, as playlists do.
-constexpr const char* kFormats =
+constexpr const char* kDemuxers =
     "aac,ac3,aiff,amr,amrnb,amrwb,ape,asf,asf_o,au,avi,caf,dts,eac3,flac,flv,loas,matroska,mov,mp3,"
     "mpc,mpc8,mpeg,"
     "mpegts,ogg,tta,voc,w64,wav,wv";
@@ -58,7 +58,7 @@ MediaInput::MediaInput(const std::string& path, std::string name, Probing probin
     mContext->max_analyze_duration = kProbeTime;
     mContext->max_streams = kMostStreams;
     mContext->max_probe_packets = kMostProbedPackets;
-    mContext->format_whitelist = av_strdup(kFormats);
+    mContext->format_whitelist = av_strdup(kDemuxers);
     if (probing == Probing::kAudio) {
         mContext->codec_whitelist = av_strdup(kAudioDecoders);
     }

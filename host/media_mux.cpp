@@ -272,7 +272,7 @@ void MediaMux::Write(int stream, AVPacket& packet, AVRational timeBase, std::int
 
 /// Muxers refuse packets that are out of order, as damaged files have them.
 void MediaMux::KeepInOrder(int stream, AVPacket& packet) {
-    std::int64_t& last = mLast[static_cast<std::size_t>(stream)];
+    std::int64_t& previous = mLast[static_cast<std::size_t>(stream)];
     if (packet.dts == AV_NOPTS_VALUE) {
         return;
     }
@@ -280,11 +280,11 @@ void MediaMux::KeepInOrder(int stream, AVPacket& packet) {
         packet.dts = packet.pts;
     }
     const bool mayRepeat = (mContext->oformat->flags & AVFMT_TS_NONSTRICT) != 0;
-    if (last != AV_NOPTS_VALUE && packet.dts < last + (mayRepeat ? 0 : 1)) {
-        packet.dts = last + (mayRepeat ? 0 : 1);
+    if (previous != AV_NOPTS_VALUE && packet.dts < previous + (mayRepeat ? 0 : 1)) {
+        packet.dts = previous + (mayRepeat ? 0 : 1);
         packet.pts = packet.pts == AV_NOPTS_VALUE ? packet.pts : std::max(packet.pts, packet.dts);
     }
-    last = packet.dts;
+    previous = packet.dts;
 }
 
 void MediaMux::Finish() {

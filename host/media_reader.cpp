@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr int kHighestRate = 768000;
+constexpr int kHighestMediaRate = 768000;
 constexpr int kMostPacketBytes = 16 << 20;
 constexpr std::int64_t kMostFramesAPacket = 1 << 20;
 constexpr std::int64_t kMostDamagedFirst = 1000;  ///< packets, before the first that can be decoded
@@ -84,7 +84,7 @@ void MediaReader::TakeFormat() {
     if (channels > kMostChannels) {
         mInput.Fail(TooManyChannels(channels));
     }
-    if (channels < 1 || mFrame->sample_rate < 1 || mFrame->sample_rate > kHighestRate) {
+    if (channels < 1 || mFrame->sample_rate < 1 || mFrame->sample_rate > kHighestMediaRate) {
         mInput.Fail("is damaged: it states no sample rate");
     }
     mFormat = {mFrame->sample_rate, channels,
