@@ -12,6 +12,7 @@ struct AudioFormat {
     int sampleRate;  ///< Hz
     int channels;    ///< 1..8
     SampleFormat samples;
+    bool is24Bit = false;  ///< floats that were integers of 24 bits, and fit such again
 };
 
 /// A sample as a float, full scale at 1.

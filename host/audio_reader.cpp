@@ -156,7 +156,8 @@ void AudioReader::TakeInfo() {
     }
     mFormat = {mInfo.samplerate, mInfo.channels,
                IsFloatSubtype(mInfo.format & SF_FORMAT_SUBMASK) ? SampleFormat::kFloat
-                                                                : SampleFormat::kS16};
+                                                                : SampleFormat::kS16,
+               (mInfo.format & SF_FORMAT_SUBMASK) == SF_FORMAT_PCM_24};
     if (!mIsFlac && mInfo.frames != kUnknownLength) {
         mFrames = mInfo.frames;
     }

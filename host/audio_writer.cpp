@@ -41,6 +41,7 @@ const SoundFormat* SoundFormatOf(const std::string& path) {
 OutputBits BitsFor(const SoundFormat& sound, const AudioFormat& format,
                    const OutputOptions& options) {
     return options.bits.value_or(format.samples == SampleFormat::kS16 ? OutputBits::k16
+                                 : format.is24Bit                     ? OutputBits::k24
                                                                       : sound.wide);
 }
 

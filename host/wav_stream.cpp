@@ -95,7 +95,7 @@ void WavStreamReader::TakeFormat(const std::string& chunk) {
     }
     mSampleBytes = bits / 8;
     mFormat = {static_cast<int>(rate), static_cast<int>(channels),
-               bits > 16 ? SampleFormat::kFloat : SampleFormat::kS16};
+               bits > 16 ? SampleFormat::kFloat : SampleFormat::kS16, bits == 24};
 }
 
 std::string WavStreamReader::Bytes(std::size_t count) {

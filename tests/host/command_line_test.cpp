@@ -55,7 +55,7 @@ TEST_F(CommandLineTest, TheOutputHasTheInputsRateChannelsLengthAndSampleFormat) 
         {wav | SF_FORMAT_PCM_U8, 22050, 1, "o.wav", wav | SF_FORMAT_PCM_16},
         {wav | SF_FORMAT_FLOAT, 48000, 1, "o.wav", wav | SF_FORMAT_FLOAT},
         {wav | SF_FORMAT_FLOAT, 32000, 2, "o.flac", flac | SF_FORMAT_PCM_24},
-        {wav | SF_FORMAT_PCM_24, 96000, 2, "o.wav", wav | SF_FORMAT_FLOAT},
+        {wav | SF_FORMAT_PCM_24, 96000, 2, "o.wav", wav | SF_FORMAT_PCM_24},
         {flac | SF_FORMAT_PCM_16, 44100, 2, "o.flac", flac | SF_FORMAT_PCM_16},
         {flac | SF_FORMAT_PCM_24, 32000, 1, "o.flac", flac | SF_FORMAT_PCM_24},
         {SF_FORMAT_OGG | SF_FORMAT_VORBIS, 44100, 2, "o.wav", wav | SF_FORMAT_PCM_16},
