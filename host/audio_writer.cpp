@@ -6,8 +6,8 @@
 
 #include "host/channels.h"
 #include "host/failure.h"
+#include "host/media/media_output.h"
 #include "host/media_extensions.h"
-#include "host/media_output.h"
 
 namespace {
 

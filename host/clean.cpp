@@ -13,7 +13,7 @@
 #include "host/interrupt.h"
 #include "host/job_files.h"
 #include "host/log_file.h"
-#include "host/media_source.h"
+#include "host/media/media_source.h"
 #include "host/page/pictures.h"
 #include "host/phase_pass.h"
 

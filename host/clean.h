@@ -9,7 +9,7 @@
 #include "host/audio_format.h"
 #include "host/block_sizes.h"
 #include "host/filter_settings.h"
-#include "host/media_output.h"
+#include "host/media/media_output.h"
 #include "host/progress_bar.h"
 #include "host/read_options.h"
 #include "log/media_process_log.h"

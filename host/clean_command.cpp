@@ -5,7 +5,7 @@
 #include <sstream>
 #include <string>
 
-#include "host/batch_command.h"
+#include "host/batch/batch_command.h"
 #include "host/clean.h"
 #include "host/clean_arguments.h"
 #include "host/report.h"

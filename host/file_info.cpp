@@ -12,7 +12,7 @@
 #include "host/failure.h"
 #include "host/file_bytes.h"
 #include "host/interrupt.h"
-#include "host/media_source.h"
+#include "host/media/media_source.h"
 #include "host/open_recording.h"
 #include "host/timeline.h"
 

@@ -8,7 +8,7 @@
 
 #include "host/container.h"
 #include "host/file_bytes.h"
-#include "host/media_tags.h"
+#include "host/media/media_tags.h"
 
 namespace {
 

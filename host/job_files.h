@@ -8,7 +8,7 @@
 
 #include "host/audio_stream.h"
 #include "host/clean.h"
-#include "host/media_output.h"
+#include "host/media/media_output.h"
 
 using Sources = std::vector<std::unique_ptr<AudioSource>>;
 

@@ -5,7 +5,7 @@
 #include <iterator>
 
 #include "host/audio_writer.h"
-#include "host/media_output.h"
+#include "host/media/media_output.h"
 
 namespace {
 

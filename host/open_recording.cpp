@@ -7,7 +7,7 @@
 #include "host/audio_reader.h"
 #include "host/container.h"
 #include "host/file_bytes.h"
-#include "host/media_source.h"
+#include "host/media/media_source.h"
 #include "host/sound_bytes.h"
 #include "host/wav_chunks.h"
 

@@ -3,7 +3,7 @@
 #include <CLI/CLI.hpp>
 
 #include "host/at_option.h"
-#include "host/help_formatter.h"
+#include "host/help/help_formatter.h"
 #include "host/media_extensions.h"
 #include "host/option_values.h"
 #include "host/output_options.h"

@@ -2,7 +2,7 @@
 
 #include <cctype>
 
-#include "host/media_output.h"
+#include "host/media/media_output.h"
 #include "host/parse_number.h"
 
 std::optional<int> ParseTrack(const std::string& text) {

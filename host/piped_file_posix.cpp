@@ -8,7 +8,7 @@
 
 #include "host/container.h"
 #include "host/failure.h"
-#include "host/media_source.h"
+#include "host/media/media_source.h"
 #include "host/open_recording.h"
 #include "host/wav_stream.h"
 

@@ -1,6 +1,6 @@
 /// MediaReader: arbitrary bytes as a media file, read in blocks of two lengths.
 
-#include "host/media_reader.h"
+#include "host/media/media_reader.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "host/failure.h"
-#include "host/media_reader.h"
+#include "host/media/media_reader.h"
 
 /// A tiny media file of each format, shared with the fuzz target.
 inline std::vector<std::string> TinyMediaFiles() {

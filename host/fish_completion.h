@@ -1,9 +1,0 @@
-#pragma once
-
-#include <string>
-#include <vector>
-
-#include "host/command_table.h"
-
-/// The completions for fish.
-std::string FishCompletion(const std::vector<CommandEntry>& table);

@@ -1,9 +1,0 @@
-#pragma once
-
-#include <string>
-#include <vector>
-
-#include "host/command_table.h"
-
-/// The man page, in the man macros of roff.
-std::string ManPage(const std::vector<CommandEntry>& table, const std::string& version);
