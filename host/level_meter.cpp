@@ -4,9 +4,6 @@
 #include <cmath>
 #include <limits>
 
-#include "host/channels.h"
-#include "host/failure.h"
-
 namespace {
 
 constexpr double kSilence = -std::numeric_limits<double>::infinity();
@@ -31,28 +28,11 @@ double MeanLevel(const std::vector<double>& powers, Wanted wanted) {
 
 }  // namespace
 
-void LevelMeter::Release::operator()(ebur128_state* state) const {
-    ebur128_destroy(&state);
-}
-
 LevelMeter::LevelMeter(const AudioFormat& format)
-    : mLoudness(ebur128_init(static_cast<unsigned>(format.channels),
-                             static_cast<unsigned long>(format.sampleRate), EBUR128_MODE_I)),
+    : mLoudness(MakeLoudnessMeter(format, EBUR128_MODE_I)),
       mChannels(static_cast<std::size_t>(format.channels)),
       mWindowSamples(std::max<std::size_t>(1, static_cast<std::size_t>(format.sampleRate) / 20) *
-                     mChannels) {
-    if (!mLoudness) {
-        throw Failure("cannot measure loudness at " + std::to_string(format.sampleRate) + " Hz");
-    }
-    if (mChannels == kMostChannels) {  // libebur128 leaves the side channels out
-        ebur128_set_channel(mLoudness.get(), 4, EBUR128_Mp135);
-        ebur128_set_channel(mLoudness.get(), 5, EBUR128_Mm135);
-        ebur128_set_channel(mLoudness.get(), 6, EBUR128_Mp090);
-        ebur128_set_channel(mLoudness.get(), 7, EBUR128_Mm090);
-    }
-}
-
-LevelMeter::~LevelMeter() = default;
+                     mChannels) {}
 
 void LevelMeter::Add(const std::vector<float>& block) {
     ebur128_add_frames_float(mLoudness.get(), block.data(), block.size() / mChannels);

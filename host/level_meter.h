@@ -1,18 +1,15 @@
 #pragma once
 
-#include <ebur128.h>
-
 #include <cstddef>
-#include <memory>
 #include <vector>
 
 #include "host/audio_format.h"
+#include "host/loudness_meter.h"
 
 /// Measures loudness, peak, and the power of each 50 ms window of a stream.
 class LevelMeter {
 public:
     explicit LevelMeter(const AudioFormat& format);
-    ~LevelMeter();
 
     void Add(const std::vector<float>& block);
     void Add(const std::vector<short>& block);
@@ -27,13 +24,9 @@ public:
     std::vector<double> Powers() const;
 
 private:
-    struct Release {
-        void operator()(ebur128_state* state) const;
-    };
-
     void AddPower(double square);
 
-    std::unique_ptr<ebur128_state, Release> mLoudness;
+    LoudnessMeter mLoudness;
     std::size_t mChannels;
     std::size_t mWindowSamples;
     std::vector<double> mPowers;

@@ -5,29 +5,13 @@
 #include <iterator>
 #include <limits>
 
-#include "host/failure.h"
-
-template <typename Sample>
-void LoudnessPass<Sample>::Release::operator()(ebur128_state* state) const {
-    ebur128_destroy(&state);
-}
-
 template <typename Sample>
 LoudnessPass<Sample>::LoudnessPass(const AudioFormat& format, double target,
                                    const std::string& output)
-    : mMeter(ebur128_init(static_cast<unsigned>(format.channels),
-                          static_cast<unsigned long>(format.sampleRate),
-                          EBUR128_MODE_I | EBUR128_MODE_TRUE_PEAK)),
+    : mMeter(MakeLoudnessMeter(format, EBUR128_MODE_I | EBUR128_MODE_TRUE_PEAK)),
       mChannels(static_cast<std::size_t>(format.channels)),
       mTarget(target),
-      mSpool(output) {
-    if (!mMeter) {
-        throw Failure("cannot measure loudness at " + std::to_string(format.sampleRate) + " Hz");
-    }
-}
-
-template <typename Sample>
-LoudnessPass<Sample>::~LoudnessPass() = default;
+      mSpool(output) {}
 
 template <typename Sample>
 void LoudnessPass<Sample>::Add(const std::vector<Sample>& block) {

@@ -1,14 +1,12 @@
 #pragma once
 
-#include <ebur128.h>
-
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <vector>
 
 #include "host/audio_format.h"
 #include "host/loudness_gain.h"
+#include "host/loudness_meter.h"
 #include "host/spool.h"
 
 /// Brings a stream to a loudness (EBU R 128) by a constant gain: stores it until its end, then returns it. Throws
@@ -19,7 +17,6 @@ public:
     /// @param target LUFS
     /// @param output see Spool
     LoudnessPass(const AudioFormat& format, double target, const std::string& output);
-    ~LoudnessPass();
 
     void Add(const std::vector<Sample>& block);
 
@@ -32,13 +29,9 @@ public:
     std::vector<Sample> Next();
 
 private:
-    struct Release {
-        void operator()(ebur128_state* state) const;
-    };
-
     double TruePeak() const;
 
-    std::unique_ptr<ebur128_state, Release> mMeter;
+    LoudnessMeter mMeter;
     std::size_t mChannels;
     double mTarget;
     Spool mSpool;

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "command_line_fixture.h"
+#include "host/level_meter.h"
 #include "host/loudness_pass.h"
 
 namespace {
@@ -86,6 +87,26 @@ TEST_F(LoudnessTest, TheTruePeakStaysBelowMinus1dBTPInBothSampleFormats) {
     LoudnessPass<short> s16Again({48000, 1, SampleFormat::kS16}, -5.0, File("o.wav"));
     Passed(s16Again, rounded);
     EXPECT_GT(s16Again.Gain().db, -0.01);
+}
+
+TEST(LoudnessPass, SoundInTheLastChannelAloneReachesTheLoudness) {
+    for (const std::size_t channels : {7U, 8U}) {
+        LoudnessPass<float> pass({48000, static_cast<int>(channels), SampleFormat::kFloat}, -30.0,
+                                 "-");
+        std::vector<float> samples(24000 * channels);
+        for (std::size_t frame = 0; frame < 24000; ++frame) {
+            const double t = static_cast<double>(frame) / 48000.0;
+            samples[(frame + 1) * channels - 1] =
+                static_cast<float>(0.1 * std::sin(6.283185307 * 997.0 * t));
+        }
+        LevelMeter meter({48000, static_cast<int>(channels), SampleFormat::kFloat});
+        pass.Add(samples);
+        meter.Add(samples);
+        pass.Finish();
+        // A side channel counts 1.5 dB more than a front channel.
+        EXPECT_NEAR(meter.Loudness(), -23.0 + 1.5, 0.1) << channels;
+        EXPECT_NEAR(pass.Gain().db, -30.0 - meter.Loudness(), 1e-6) << channels;
+    }
 }
 
 TEST_F(LoudnessTest, SilenceStaysSilenceAndIsNoted) {
