@@ -136,9 +136,9 @@ const std::string& AudioWriter::Suited(const std::string& path, const AudioForma
 
 AudioWriter::AudioWriter(const std::string& path, const AudioFormat& format,
                          std::optional<std::int64_t> frames, const OutputOptions& options,
-                         FileTags tags)
+                         FileTags tags, bool replace)
     : mTags(std::move(tags)),
-      mPartial(Suited(path, format, options)),
+      mPartial(Suited(path, format, options), replace),
       mChannels(static_cast<std::size_t>(format.channels)) {
     const SoundFormat& sound = *SoundFormatOf(path);
     const OutputBits bits = BitsFor(sound, format, options);

@@ -21,9 +21,10 @@ public:
     /// @param format 16-bit samples are written as such, floats as float to WAV and CAF and as 24 bits to
     ///        FLAC and AIFF, unless the options state it
     /// @param frames expected length, if known: a WAV file that may exceed 4 GB is written as RF64
+    /// @param replace see PartialFile
     AudioWriter(const std::string& path, const AudioFormat& format,
                 std::optional<std::int64_t> frames, const OutputOptions& options = {},
-                FileTags tags = {});
+                FileTags tags = {}, bool replace = true);
 
     /// Throws Failure if the path is unsuitable, before any work is done.
     static void CheckPath(const std::string& path);
@@ -31,7 +32,7 @@ public:
     void Write(const short* samples, std::size_t frames) override;
     void Write(const float* samples, std::size_t frames) override;
 
-    /// Renames the file to its path. Replaces an existing file and keeps that file's permissions.
+    /// Renames the file to its path.
     void Commit() override;
 
 private:

@@ -86,7 +86,7 @@ MediaOutputJob MediaJobOf(const CleanJob& job) {
     std::error_code error;
     const std::string& first = job.inputs.front().path;
     const bool isFile = first != kPipe && fs::is_regular_file(first, error);
-    return {job.output, isFile ? first : "", job.track, job.encoding};
+    return {job.output, isFile ? first : "", job.track, job.encoding, job.replace};
 }
 
 bool AreFiles(const CleanJob& job) {
@@ -113,10 +113,6 @@ std::unique_ptr<AudioSink> OpenOutput(const CleanJob& job, const AudioFormat& fo
     if (job.tracks != nullptr) {
         return job.tracks->AddTrack(job.track, format);
     }
-    std::error_code error;
-    if (!job.replace && job.output != kPipe && fs::exists(fs::symlink_status(job.output, error))) {
-        throw Failure(job.output, "exists; --force replaces it");
-    }
     if (IsMediaOutput(job.output)) {
         const std::shared_ptr<MediaOutput> output = OpenMediaOutput(MediaJobOf(job));
         return std::make_unique<OnlyTrack>(output, output->AddTrack(job.track, format));
@@ -125,7 +121,7 @@ std::unique_ptr<AudioSink> OpenOutput(const CleanJob& job, const AudioFormat& fo
         const std::string input = MediaJobOf(job).input;
         return std::make_unique<AudioWriter>(
             job.output, format, frames, job.encoding,
-            input.empty() ? FileTags() : TagsFor(input, LowerExtension(job.output)));
+            input.empty() ? FileTags() : TagsFor(input, LowerExtension(job.output)), job.replace);
     }
     if (!job.encoding.codec.empty() || job.encoding.bitRate || job.encoding.bits) {
         throw Failure("standard output: --codec, --bitrate and --bits are for files");

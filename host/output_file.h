@@ -32,6 +32,10 @@ public:
     /// @return 0 if the permissions of an existing file allow writing it; else errno
     static int MayBeReplaced(const std::filesystem::path& path);
 
+    /// @param replace a file with the new name. @return 0, or errno: EEXIST if there is one that must stay
+    static int Rename(const std::filesystem::path& from, const std::filesystem::path& to,
+                      bool replace);
+
     sf_count_t Size();
 
     /// @param whence as for lseek. @return the new position; -1 for an error

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
 
 #include "host/output_file.h"
 
@@ -49,6 +50,22 @@ bool OutputFile::Close() {
 
 int OutputFile::MayBeReplaced(const std::filesystem::path& path) {
     return faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0 ? 0 : errno;
+}
+
+int OutputFile::Rename(const std::filesystem::path& from, const std::filesystem::path& to,
+                       bool replace) {
+    if (replace) {
+        return rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+    }
+    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
+        return 0;
+    }
+    if (errno != EINVAL && errno != ENOSYS) {
+        return errno;
+    }
+    // The file system cannot refuse to replace.
+    struct stat status = {};
+    return lstat(to.c_str(), &status) == 0 ? EEXIST : Rename(from, to, true);
 }
 
 SF_VIRTUAL_IO OutputFile::Callbacks() {

@@ -10,8 +10,14 @@
 
 namespace fs = std::filesystem;
 
-PartialFile::PartialFile(const std::string& path) : mPath(path) {
-    CheckPath(path);
+namespace {
+
+constexpr const char* kExists = "exists; --force replaces it";
+
+}  // namespace
+
+PartialFile::PartialFile(const std::string& path, bool replace) : mPath(path), mReplaces(replace) {
+    CheckPath(path, replace);
     const std::optional<fs::path> target = FollowLinks(path);
     if (!target) {
         Fail(ELOOP);
@@ -32,8 +38,11 @@ PartialFile::~PartialFile() {
     fs::remove(mPartial, ignored);
 }
 
-void PartialFile::CheckPath(const std::string& path) {
+void PartialFile::CheckPath(const std::string& path, bool replace) {
     std::error_code error;
+    if (!replace && fs::exists(fs::symlink_status(path, error))) {
+        throw Failure(path, kExists);
+    }
     const fs::file_status status = fs::status(path, error);
     if (fs::exists(status) && !fs::is_regular_file(status)) {
         throw Failure(path, "not a regular file");
@@ -56,10 +65,12 @@ void PartialFile::Commit() {
     if (!mOutput.Close()) {
         Fail();
     }
-    std::error_code error;
-    fs::rename(mPartial, mTarget, error);
-    if (error) {
-        Fail(error.value());
+    const int error = OutputFile::Rename(mPartial, mTarget, mReplaces);
+    if (error == EEXIST && !mReplaces) {
+        throw Failure(mPath, kExists);
+    }
+    if (error != 0) {
+        Fail(error);
     }
 }
 

@@ -10,13 +10,14 @@
 class PartialFile {
 public:
     /// @param path a new file, or a regular one to replace; symbolic links are followed
-    explicit PartialFile(const std::string& path);
+    /// @param replace a file that exists already, or appears before Commit
+    explicit PartialFile(const std::string& path, bool replace = true);
     ~PartialFile();
     PartialFile(const PartialFile&) = delete;
     PartialFile& operator=(const PartialFile&) = delete;
 
     /// Throws Failure if the path is unsuitable, before any work is done.
-    static void CheckPath(const std::string& path);
+    static void CheckPath(const std::string& path, bool replace = true);
 
     OutputFile& File() { return mOutput; }
 
@@ -25,7 +26,7 @@ public:
     /// The temporary name.
     const std::filesystem::path& Path() const { return mPartial; }
 
-    /// Closes the file and renames it to its path. Replaces an existing file and keeps that file's permissions.
+    /// Closes the file and renames it to its path. An existing file that it replaces passes its permissions on.
     void Commit();
 
     /// @param error errno; 0 for the first error of the file
@@ -35,6 +36,7 @@ private:
     std::string mPath;
     std::filesystem::path mTarget;   ///< mPath with symbolic links resolved
     std::filesystem::path mPartial;  ///< empty unless created
+    bool mReplaces;
     OutputFile mOutput;
 };
 

@@ -18,6 +18,7 @@ struct MediaOutputJob {
     std::string input;  ///< the file whose other streams and tags are kept; empty for none
     int track = 0;      ///< of it that is cleaned: from 1, 0 for the default one, or kAllTracks
     OutputOptions options;
+    bool replace = true;  ///< a file that exists already
 };
 
 /// A media file with cleaned audio tracks. Everything else is copied from the input: video, subtitles, chapters,

@@ -102,7 +102,7 @@ private:
 
 MediaWriter::MediaWriter(const MediaOutputJob& job)
     : mJob(job), mContainer(*MediaContainerOf(job.path)) {
-    PartialFile::CheckPath(job.path);
+    PartialFile::CheckPath(job.path, job.replace);
     if (!job.input.empty()) {
         mInput = std::make_unique<MediaInput>(job.input, job.input, MediaInput::Probing::kAll);
         mCleaned = job.track == kAllTracks ? mInput->AudioTracks()
@@ -219,7 +219,7 @@ std::unique_ptr<AudioSink> MediaWriter::AddTrack(int track, const AudioFormat& f
                                                PlanOf(index, track, format, choice.codec->id))});
     if (!mFile) {
         CheckHeader();
-        mFile.emplace(mJob.path);
+        mFile.emplace(mJob.path, mJob.replace);
     }
     return std::make_unique<TrackSink>(*this, *mTracks.back().encoder, format);
 }

@@ -1,14 +1,8 @@
 #include "host/page/pictures.h"
 
-#include <filesystem>
-#include <system_error>
-
-#include "host/failure.h"
 #include "host/job_files.h"
 #include "host/page/report_page.h"
 #include "host/page/spectrogram_picture.h"
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -18,11 +12,7 @@ void OpenPicture(const CleanJob& job, const std::string& path, std::optional<Par
         return;
     }
     CheckSideFile(job, path);
-    std::error_code error;
-    if (!job.replace && fs::exists(fs::symlink_status(path, error))) {
-        throw Failure(path, "exists; --force replaces it");
-    }
-    file.emplace(path);
+    file.emplace(path, job.replace);
 }
 
 }  // namespace

@@ -147,6 +147,23 @@ TEST_F(AudioWriterTest, AReadOnlyFileIsNotReplaced) {
     EXPECT_EXIT(checkAsUser(), testing::ExitedWithCode(1), "out.wav: cannot be written");
 }
 
+TEST_F(AudioWriterTest, AFileThatAppearsMeanwhileIsNotReplacedUnlessAllowed) {
+    const std::string path = dir.File("out.wav");
+    for (const bool replace : {false, true}) {
+        AudioWriter writer(path, {32000, 1, SampleFormat::kS16}, 3, {}, {}, replace);
+        WriteThrough(writer, std::vector<short>{1, 2, 3});
+        WriteFile(path, "of another program");
+        if (replace) {
+            writer.Commit();
+        } else {
+            EXPECT_THROW(writer.Commit(), Failure);
+        }
+        EXPECT_EQ(ReadFile(path) == "of another program", !replace);
+        fs::remove(path);
+    }
+    EXPECT_TRUE(fs::is_empty(dir.File("")));
+}
+
 TEST_F(AudioWriterTest, EqualSamplesGiveEqualBytesAtAnyTimeOfDay) {
     const std::vector<float> samples = {0.5F, -0.25F, 1.0F};
     AudioWriter writer(dir.File("out.wav"), {32000, 1, SampleFormat::kFloat}, 3);

@@ -125,6 +125,15 @@ TEST_F(MediaWriterTest, OtherTracksSubtitlesAttachmentsAndChaptersAreCopied) {
     }
 }
 
+TEST_F(MediaWriterTest, SeveralTracksDoNotReplaceAFileThatIsToBeKept) {
+    WriteFile(File("kept.mkv"), "to be kept");
+    const Outcome outcome = RunHost({"clean", TinyMediaFile("tracks.mkv"), "--track", "all",
+                                     "--no-clobber", "-o", File("kept.mkv")});
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_NE(outcome.err.find("kept.mkv: exists"), std::string::npos) << outcome.err;
+    EXPECT_EQ(ReadFile(File("kept.mkv")), "to be kept");
+}
+
 TEST_F(MediaWriterTest, WhatAContainerCannotHoldIsRefusedInWordsAndNothingIsWritten) {
     const std::string in = TinyMediaFile("talk.mp4");
     EXPECT_NE(Refusal({in, "-o", File("out.webm")}).find("WebM cannot hold the mpeg4 video of"),
