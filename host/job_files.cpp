@@ -1,6 +1,7 @@
 #include "host/job_files.h"
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <string>
 #include <system_error>
@@ -145,9 +146,16 @@ void CheckSideFile(const CleanJob& job, const std::string& path) {
         }
     }
     const auto target = [&error](const std::string& file) {
-        return fs::weakly_canonical(FollowLinks(file).value_or(file), error);
+        return fs::weakly_canonical(fs::absolute(FollowLinks(file).value_or(file), error), error);
     };
     if (target(path) == target(job.output)) {
         throw Failure(path, "is also the output");
+    }
+    const std::array others = {job.log == kPipe ? "" : job.log, job.reportPage, job.spectrogram};
+    const auto count = std::count_if(others.begin(), others.end(), [&](const std::string& other) {
+        return !other.empty() && target(other) == target(path);
+    });
+    if (count > 1) {
+        throw Failure(path, "is named for two of --log, --report and --spectrogram");
     }
 }
