@@ -55,8 +55,9 @@ private:
             Drop(path, PlannedFile::State::kFailed,
                  Failure::WithCause("cannot be read", error.value()));
         } else if (!fs::is_directory(status)) {
-            IsOutput(path) ? Drop(path, PlannedFile::State::kSkipped, "has the suffix of outputs")
-                           : Add(path, fs::path(path).filename());
+            IsOutput(path, fs::path(path).filename())
+                ? Drop(path, PlannedFile::State::kSkipped, "has the suffix of outputs")
+                : Add(path, fs::path(path).filename());
         } else if (mRequest.recursive) {
             AddFolder(path);
         } else {
@@ -68,15 +69,19 @@ private:
         for (const FoundFile& file : FindRecordings(folder, mRequest.outputDir)) {
             if (!file.problem.empty()) {
                 Drop(file.path, PlannedFile::State::kFailed, file.problem);
-            } else if (!IsOutput(file.path)) {
+            } else if (!IsOutput(file.path, file.below)) {
                 Add(file.path, file.below);
             }
         }
     }
 
     /// Whether the file lies where outputs are written, and has the name of one.
-    bool IsOutput(const fs::path& path) const {
-        return mRequest.outputDir.empty() && path.stem().string().ends_with(mRequest.suffix);
+    bool IsOutput(const fs::path& path, const fs::path& below) const {
+        std::error_code error;
+        return !mRequest.suffix.empty() && path.stem().string().ends_with(mRequest.suffix) &&
+               (mRequest.outputDir.empty() ||
+                fs::equivalent(mRequest.outputDir / below.parent_path(),
+                               fs::absolute(path, error).parent_path(), error));
     }
 
     /// @param below the output folder

@@ -74,6 +74,11 @@ TEST_F(BatchPlanTest, OutputsBesideTheirInputsAreNoInputsOfALaterRun) {
     EXPECT_EQ(Plan(), Lines{"talks/a.wav: talks/a-clean.wav exists"});
     request.paths = {dir.File("talks/a-clean.wav")};
     EXPECT_EQ(Plan(), Lines{"talks/a-clean.wav: has the suffix of outputs"});
+    request.paths = {dir.File("talks")};
+    request.outputDir = dir.File("talks/.");
+    EXPECT_EQ(Plan(), Lines{"talks/a.wav: talks/./a-clean.wav exists"});
+    request.outputDir = dir.File("out");
+    EXPECT_EQ(Plan().size(), 2U) << "outputs elsewhere are no reason to leave a file out";
 }
 
 TEST_F(BatchPlanTest, AnOutputThatExistsIsAFailureUnlessItIsReplacedOrItsInputSkipped) {
