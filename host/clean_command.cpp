@@ -8,6 +8,7 @@
 #include "host/batch/batch_command.h"
 #include "host/clean.h"
 #include "host/clean_arguments.h"
+#include "host/failure.h"
 #include "host/report.h"
 
 namespace {
@@ -20,7 +21,7 @@ int CleanIntoOne(const Arguments& arguments, const Console& console) {
         warnings += "audio-filter: warning: " + line + "\n";
     };
     ProgressOutput progress = console.progress;
-    progress.label = "audio-filter: " + job.inputs.front().path;
+    progress.label = "audio-filter: " + Failure::Printable(job.inputs.front().path);
     if (arguments.quiet || job.log == "-") {  // a bar would cut log lines
         progress.out = nullptr;
     }

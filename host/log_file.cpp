@@ -17,7 +17,7 @@ thread_local std::string logLabel;  ///< before each line; empty for none
 }  // namespace
 
 LogLabel::LogLabel(const std::string& recording) {
-    logLabel = recording + ": ";
+    logLabel = Failure::Printable(recording) + ": ";
 }
 
 LogLabel::~LogLabel() {

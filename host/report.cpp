@@ -7,6 +7,7 @@
 #include <ostream>
 
 #include "host/channels.h"
+#include "host/failure.h"
 
 namespace {
 
@@ -92,7 +93,8 @@ std::string SettingsText(const FilterSettings& settings) {
 
 void PrintTable(std::ostream& out, const Report& report) {
     const FilterSettings& settings = report.settings.front().settings;
-    std::string text = Joined(report.inputs, " + ") + " -> " + report.output + "\n";
+    std::string text =
+        Failure::Printable(Joined(report.inputs, " + ") + " -> " + report.output) + "\n";
     text += Format("%.2f s, %d Hz, %s, %s; ", report.duration, report.format.sampleRate,
                    ChannelsName(report.format.channels).c_str(),
                    SampleFormatName(report.format.samples));
@@ -121,7 +123,7 @@ void PrintTable(std::ostream& out, const Report& report) {
         text += Format("at %.3f s    ", notice.seconds) + notice.text + "\n";
     }
     for (const std::string& note : report.notes) {
-        text += "note          " + note + "\n";
+        text += "note          " + Failure::Printable(note) + "\n";
     }
     out << text;
 }

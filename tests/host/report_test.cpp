@@ -75,6 +75,16 @@ TEST(Report, TheTableEndsWithChangesVerdictsAndNotes) {
               "note          bed.ogg: converted from 44100 Hz mono to 48000 Hz stereo\n");
 }
 
+TEST(Report, ControlCharactersInPathsDoNotReachTheTerminal) {
+    Report report = FullExample();
+    report.inputs = {"a\nb.wav"};
+    report.output = "\x1b[31m.wav";
+    report.notes = {"a\nb.wav: a remark"};
+    const std::string table = Table(report);
+    EXPECT_EQ(table.substr(0, table.find('\n')), "a?b.wav -> ?[31m.wav");
+    EXPECT_NE(table.find("note          a?b.wav: a remark\n"), std::string::npos);
+}
+
 TEST(Report, TheJsonContainsTheSame) {
     const nlohmann::json json = Json(FullExample());
     EXPECT_EQ(json["inputs"], (nlohmann::json{"in.wav", "bed.ogg"}));
