@@ -25,7 +25,9 @@
   let position = 0; // s into the excerpts, while paused
   let startedAt = null; // context time of position 0, while playing
 
-  const now = () => (startedAt === null ? position : Math.min(length, context.currentTime - startedAt));
+  // The sound starts 20 ms after startedAt is set: until then the place is before `position`, perhaps below 0.
+  const now = () =>
+    startedAt === null ? position : Math.max(0, Math.min(length, context.currentTime - startedAt));
 
   /// The point of the recording for a position.
   const inRecording = (at) => {
