@@ -242,6 +242,23 @@ class ReportPageTest(unittest.TestCase):
         self.wait_for("play.textContent === 'Pause'")
         self.wait_for("play.textContent === 'Play' && Number(place.value) === 0")
 
+    def test_a_pause_before_the_first_sample_keeps_the_start(self):
+        self.run_script("""
+            window.shown = [];
+            new MutationObserver(() => {
+              shown.push(time.textContent);
+              if (shown.length < 20 && play.textContent === "Pause") {
+                play.click();
+                play.click();
+              }
+            }).observe(play, { childList: true });
+            play.click();
+        """)
+        self.wait_for("shown.length > 0 && Number(place.value) > 0.2")
+        self.assertEqual(self.run_script("return shown[0]").split(" / ")[0], "0:00.0")
+        self.assertEqual(self.run_script("return shown.filter((text) => text.includes('-'))"), [])
+        self.assertEqual(self.browser.get_log("browser"), [])
+
     def test_light_and_dark_have_a_contrast_of_at_least_4_5(self):
         papers = []
         for scheme in ("light", "dark"):
