@@ -30,10 +30,12 @@ HOSTILE = "<script>document.title = 'taken over'</script>&amp;\".wav".replace("/
 # Keeps what the page decodes and the gains that it switches.
 SPY = """
     window.decoded = [];
+    let calls = 0;
     window.gains = [];
     const decode = AudioContext.prototype.decodeAudioData;
     AudioContext.prototype.decodeAudioData = function (bytes) {
-      return decode.call(this, bytes).then((buffer) => { window.decoded.push(buffer); return buffer; });
+      const sound = calls++; // they may end in any order
+      return decode.call(this, bytes).then((buffer) => { window.decoded[sound] = buffer; return buffer; });
     };
     window.GainNode = class extends GainNode {
       constructor(...options) { super(...options); window.gains.push(this); }
