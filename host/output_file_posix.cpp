@@ -54,18 +54,20 @@ int OutputFile::MayBeReplaced(const std::filesystem::path& path) {
 
 int OutputFile::Rename(const std::filesystem::path& from, const std::filesystem::path& to,
                        bool replace) {
-    if (replace) {
-        return rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
+    if (!replace) {
+        if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
+            return 0;
+        }
+        if (errno != EINVAL && errno != ENOSYS) {
+            return errno;
+        }
+        // The file system cannot refuse to replace.
+        struct stat status = {};
+        if (lstat(to.c_str(), &status) == 0) {
+            return EEXIST;
+        }
     }
-    if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0) {
-        return 0;
-    }
-    if (errno != EINVAL && errno != ENOSYS) {
-        return errno;
-    }
-    // The file system cannot refuse to replace.
-    struct stat status = {};
-    return lstat(to.c_str(), &status) == 0 ? EEXIST : Rename(from, to, true);
+    return rename(from.c_str(), to.c_str()) == 0 ? 0 : errno;
 }
 
 SF_VIRTUAL_IO OutputFile::Callbacks() {
