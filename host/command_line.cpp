@@ -53,6 +53,6 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
         return kUsageError;
     } catch (const std::exception& error) {
         err << "audio-filter: " + FirstLine(error.what()) + "\n";
-        return kFailed;
+        return kFailure;
     }
 }

@@ -6,7 +6,7 @@
 
 /// Exit statuses.
 constexpr int kDone = 0;
-constexpr int kFailed = 1;
+constexpr int kFailure = 1;
 constexpr int kUsageError = 2;
 
 /// Where a command prints.

@@ -17,10 +17,10 @@ int RunInfo(const Arguments& arguments, const Console& console) {
     for (const std::string& path : arguments.files) {
         const FileInfo info = Inspect(path, job, arguments.scan);
         if (SignalArrived()) {
-            return kFailed;
+            return kFailure;
         }
         (arguments.json ? PrintInfoJson : PrintInfo)(console.out, info);
-        status = info.problem.empty() ? status : kFailed;
+        status = info.problem.empty() ? status : kFailure;
     }
     return status;
 }

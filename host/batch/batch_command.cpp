@@ -73,7 +73,7 @@ int ReportPlan(const std::vector<PlannedFile>& files, bool json, const Console& 
         if (file.state == PlannedFile::State::kFailed) {
             console.err << std::string("audio-filter: ") + Failure(file.input, file.reason).what() +
                                "\n";
-            status = kFailed;
+            status = kFailure;
         }
     }
     return status;
@@ -122,5 +122,5 @@ int CleanMany(const Arguments& arguments, const Console& console) {
     const bool failed = std::any_of(
         batch.Results().begin(), batch.Results().end(),
         [](const BatchResult& result) { return result.state == BatchResult::State::kFailed; });
-    return failed ? kFailed : kDone;
+    return failed ? kFailure : kDone;
 }
