@@ -63,6 +63,10 @@ MediaInput::MediaInput(const std::string& path, std::string name, Probing probin
         mContext->codec_whitelist = av_strdup(kAudioDecoders);
     }
     mContext->strict_std_compliance = FF_COMPLIANCE_NORMAL;
+    if (probing == Probing::kAll) {
+        mContext->flags |=
+            AVFMT_FLAG_GENPTS;  // AVI and MPEG-PS state no order for reordered frames
+    }
     // Frees the context itself when it fails.
     const int opened = avformat_open_input(&mContext, "", nullptr, nullptr);
     if (opened < 0) {
