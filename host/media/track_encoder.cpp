@@ -1,7 +1,10 @@
 #include "host/media/track_encoder.h"
 
 #include <algorithm>
+#include <array>
+#include <cstdint>
 
+#include "host/channels.h"
 #include "host/failure.h"
 #include "host/media/media_samples.h"
 
@@ -10,14 +13,35 @@ namespace {
 constexpr std::size_t kPcmFrames = 4096;  ///< a packet
 constexpr std::int64_t kLeastCeltBitRate = 20000;
 
+/// The loudspeakers of each number of channels, as WAV files order them and Opus states them.
+AVChannelLayout UsualLayout(int channels) {
+    constexpr std::array<std::uint64_t, kMostChannels + 1> kSpeakers = {0,
+                                                                        AV_CH_LAYOUT_MONO,
+                                                                        AV_CH_LAYOUT_STEREO,
+                                                                        AV_CH_LAYOUT_SURROUND,
+                                                                        AV_CH_LAYOUT_QUAD,
+                                                                        AV_CH_LAYOUT_5POINT0_BACK,
+                                                                        AV_CH_LAYOUT_5POINT1_BACK,
+                                                                        AV_CH_LAYOUT_6POINT1,
+                                                                        AV_CH_LAYOUT_7POINT1};
+    AVChannelLayout layout = {};
+    av_channel_layout_from_mask(&layout, kSpeakers.at(static_cast<std::size_t>(channels)));
+    return layout;
+}
+
+/// Whether a codec has no place for these loudspeakers: AAC takes side for back loudspeakers.
+bool NeedsUsual(AVCodecID codec, const AVChannelLayout& layout) {
+    const bool hasSides =
+        layout.order == AV_CHANNEL_ORDER_NATIVE &&
+        (layout.u.mask == AV_CH_LAYOUT_5POINT0 || layout.u.mask == AV_CH_LAYOUT_5POINT1);
+    return codec == AV_CODEC_ID_OPUS || layout.order != AV_CHANNEL_ORDER_NATIVE ||
+           (codec == AV_CODEC_ID_AAC && hasSides);
+}
+
 /// A layout that the encoder supports, with the channels of the track.
 void SetLayout(AVCodecContext& codec, const AVChannelLayout& wanted) {
-    const AVChannelLayout* chosen = &wanted;
-    AVChannelLayout usual = {};
-    av_channel_layout_default(&usual, wanted.nb_channels);
-    if (wanted.order != AV_CHANNEL_ORDER_NATIVE) {
-        chosen = &usual;
-    }
+    const AVChannelLayout usual = UsualLayout(wanted.nb_channels);
+    const AVChannelLayout* chosen = NeedsUsual(codec.codec_id, wanted) ? &usual : &wanted;
     const AVChannelLayout* own = codec.codec->ch_layouts;
     const AVChannelLayout* sameCount = nullptr;
     for (; own != nullptr && own->nb_channels > 0; ++own) {
