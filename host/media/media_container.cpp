@@ -46,6 +46,14 @@ const MuxerCodecs* CodecsOf(std::string_view muxer) {
                                               : nullptr;
 }
 
+/// What QuickTime's table of codecs lists and its muxer refuses.
+bool IsForMp4Only(AVCodecID codec) {
+    constexpr std::array<AVCodecID, 6> kCodecs = {AV_CODEC_ID_FLAC,   AV_CODEC_ID_OPUS,
+                                                  AV_CODEC_ID_TRUEHD, AV_CODEC_ID_VP8,
+                                                  AV_CODEC_ID_VP9,    AV_CODEC_ID_AV1};
+    return std::find(kCodecs.begin(), kCodecs.end(), codec) != kCodecs.end();
+}
+
 /// Bit rates of lossy codecs for a lossless input, a channel.
 constexpr std::int64_t kUsualBitRate = 96000;
 
@@ -200,6 +208,9 @@ bool CanHold(const MediaContainer& container, AVCodecID codec) {
     }
     if (const auto* const codecs = CodecsOf(container.muxer)) {
         return std::find(codecs->begin(), codecs->end(), codec) != codecs->end();
+    }
+    if (std::string_view(container.muxer) == "mov" && IsForMp4Only(codec)) {
+        return false;
     }
     unsigned tag = 0;
     const bool hasTag =

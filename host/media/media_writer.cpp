@@ -59,7 +59,7 @@ bool IsWrittenAnew(const AVStream& stream, const AVFormatContext& file) {
 
 bool HoldsPictures(const MediaContainer& container) {
     const std::string_view muxer = container.muxer;
-    return muxer != "webm" && muxer != "adts" && muxer != "asf";
+    return muxer != "webm" && muxer != "adts" && muxer != "asf" && muxer != "mov";
 }
 
 /// Whether the container tells players to skip the encoder's padding. MP4 does by an edit list, which has no place for it
