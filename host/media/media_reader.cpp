@@ -56,6 +56,9 @@ MediaReader::MediaReader(const std::string& path, int track, ReadOptions options
 
 void MediaReader::OpenDecoder() {
     const AVStream& stream = mInput.Stream(mIndex);
+    if (stream.codecpar->codec_id == AV_CODEC_ID_NONE) {
+        mInput.Fail("contains audio of an unknown codec");
+    }
     const AVCodec* codec = avcodec_find_decoder(stream.codecpar->codec_id);
     const auto fail = [&](int error) {
         mInput.Fail(std::string("contains ") + avcodec_get_name(stream.codecpar->codec_id) +
