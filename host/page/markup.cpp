@@ -29,7 +29,9 @@ std::string Escaped(std::string_view text) {
 }
 
 std::string Attribute(std::string_view name, std::string_view value) {
-    return " " + std::string(name) + R"(=")" + Escaped(value) + R"(")";
+    std::string attribute(1, ' ');
+    attribute.append(name).append("=\"").append(Escaped(value));
+    return attribute + '"';
 }
 
 std::string Attribute(std::string_view name, double value) {
