@@ -37,6 +37,7 @@ TEST(MediaContainer, KeepsTheCodecAndBitRateOfTheInputIfItCan) {
     EXPECT_EQ(kept.bitRate, 128000);
     EXPECT_EQ(kept.sampleRate, 48000);
     EXPECT_EQ(Choose("a.webm", kAac).codec->id, AV_CODEC_ID_OPUS);
+    EXPECT_EQ(Choose("a.mov", {AV_CODEC_ID_FLAC, 48000, 2, false, 0}).codec->id, AV_CODEC_ID_AAC);
     EXPECT_EQ(Choose("a.mp3", kAac).codec->id, AV_CODEC_ID_MP3);
     EXPECT_EQ(Choose("a.ogg", kAac).codec->id, AV_CODEC_ID_VORBIS);
     EXPECT_EQ(Choose("a.wma", kAac).codec->id, AV_CODEC_ID_WMAV2);

@@ -84,6 +84,16 @@ TEST_F(MediaWriterTest, LosslessContainersKeepEverySampleOfEightChannels) {
     }
 }
 
+TEST_F(MediaWriterTest, OpusTakesSixChannelsWithSideLoudspeakers) {
+    const std::string in =
+        Record<short>("in.wav", SF_FORMAT_WAVEX | SF_FORMAT_PCM_16, 48000, 6, 0.2);
+    std::string bytes = ReadFile(in);
+    bytes.replace(40, 4, std::string("\x0F\x06\0\0", 4));  // the loudspeakers
+    WriteFile(in, bytes);
+    Clean({in, "-o", File("out.opus")});
+    EXPECT_EQ(ReadMedia(File("out.opus")).format.channels, 6);
+}
+
 TEST_F(MediaWriterTest, VideoIsCopiedWithItsTimes) {
     for (const char* name : {"talk.mp4", "talk.mov", "talk.mkv", "talk.webm"}) {
         const std::string out = File(std::string("out") + (name + 4));
@@ -96,6 +106,23 @@ TEST_F(MediaWriterTest, VideoIsCopiedWithItsTimes) {
         EXPECT_NE(before[1], after[1]) << name;
         EXPECT_EQ(ReadMedia(TinyMediaFile(name)).samples.size(), ReadMedia(out).samples.size())
             << name;
+    }
+}
+
+TEST_F(MediaWriterTest, ReorderedFramesOfAviAreCopiedInTheirOrder) {
+    for (const char* extension : {"mkv", "mp4", "mov"}) {
+        const std::string out = File(std::string("out.") + extension);
+        Clean({TinyMediaFile("talk.avi"), "-o", out});
+        MediaInput input(out, out, MediaInput::Probing::kAll);
+        std::vector<std::int64_t> times;
+        const PacketPtr packet(Allocated(av_packet_alloc()));
+        while (input.ReadPacket(*packet) == 0) {
+            if (packet->stream_index == 0) {
+                times.push_back(Rescaled(packet->pts, input.Stream(0).time_base, {1, 1000}));
+            }
+            av_packet_unref(packet.get());
+        }
+        EXPECT_EQ(times, (std::vector<std::int64_t>{80, 200, 120, 160, 240})) << extension;
     }
 }
 
@@ -190,6 +217,12 @@ TEST_F(MediaWriterTest, AnOutputThatExistsIsReplacedWholeOrStays) {
     Clean({TinyMediaFile("talk.mp4"), "-o", File("out.mp4")});
     EXPECT_EQ(Packets(File("out.mp4")).size(), 2U);
     EXPECT_EQ(dir.Names().size(), 1U);
+    WriteFile(File("out.mkv"), "precious");
+    for (const char* track : {"1", "all"}) {
+        Refusal(
+            {TinyMediaFile("tracks.mkv"), "-o", File("out.mkv"), "--track", track, "--no-clobber"});
+        EXPECT_EQ(ReadFile(File("out.mkv")), "precious") << track;
+    }
 }
 
 TEST_F(MediaWriterTest, CodecBitRateAndBitsAreThoseOfTheOptions) {
