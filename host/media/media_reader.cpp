@@ -279,6 +279,9 @@ void MediaReader::End() {
         Warn("is damaged: " + std::to_string(mDamaged) +
              (mDamaged == 1 ? " packet is" : " packets are") + " replaced by silence");
     }
+    if (mSilences > 0) {
+        Warn("lacks " + Seconds(mSilences) + " of its sound: silence takes its place");
+    }
     mFrames = mDecoded;
 }
 
