@@ -65,7 +65,7 @@ int FileFormat(const SoundFormat& sound, const AudioFormat& format, OutputBits b
 }
 
 /// The loudspeakers of each number of channels, as WAV files order them.
-constexpr std::array<std::array<int, kMostChannels>, kMostChannels + 1> kSpeakers = {{
+constexpr std::array<std::array<int, kMostChannels>, kMostChannels + 1> kSoundSpeakers = {{
     {},
     {SF_CHANNEL_MAP_CENTER},
     {SF_CHANNEL_MAP_LEFT, SF_CHANNEL_MAP_RIGHT},
@@ -159,7 +159,7 @@ AudioWriter::AudioWriter(const std::string& path, const AudioFormat& format,
         sf_set_string(mFile.get(), SF_STR_COMMENT, std::string(room, ' ').c_str());
     }
     if (format.channels > 2) {
-        std::array<int, kMostChannels> speakers = kSpeakers[mChannels];
+        std::array<int, kMostChannels> speakers = kSoundSpeakers[mChannels];
         sf_command(mFile.get(), SFC_SET_CHANNEL_MAP_INFO, speakers.data(),
                    static_cast<int>(mChannels * sizeof(int)));
     }
