@@ -6,6 +6,7 @@
 
 #include "host/audio_reader.h"
 #include "host/container.h"
+#include "host/failure.h"
 #include "host/file_bytes.h"
 #include "host/media/media_source.h"
 #include "host/sound_bytes.h"
@@ -71,6 +72,11 @@ bool IsForAudioReader(const std::string& path, int track) {
 
 std::unique_ptr<AudioSource> OpenRecording(const std::string& path, int track,
                                            const ReadOptions& options, const std::string& name) {
+    std::error_code error;
+    if (std::filesystem::is_regular_file(path, error) &&
+        std::filesystem::file_size(path, error) == 0) {
+        throw Failure(name.empty() ? path : name, "is empty");
+    }
     if (IsForAudioReader(path, track)) {
         return std::make_unique<AudioReader>(path, options, name);
     }

@@ -101,6 +101,10 @@ int CleanMany(const Arguments& arguments, const Console& console) {
     if (arguments.quiet || common.log == "-") {
         progress.out = nullptr;
     }
+    if (!arguments.outputDir.empty()) {
+        std::error_code error;  // the outputs report it
+        std::filesystem::create_directories(arguments.outputDir, error);
+    }
     std::optional<LogFile> log = OpenLog(common, files);
     const auto listen = [&](const PlannedFile& file, const BatchResult& result) {
         if (arguments.json) {

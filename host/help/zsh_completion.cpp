@@ -30,7 +30,7 @@ std::string ZshValue(const OptionEntry& option) {
     return message + "(" + words + ")";
 }
 
-/// A specification of _arguments.
+/// An argument of _arguments.
 std::string ZshSpecification(const OptionEntry& option) {
     if (option.names.empty()) {
         return "'*:" + ZshEscaped(option.form) + ":_files'";

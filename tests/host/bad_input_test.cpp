@@ -170,7 +170,7 @@ protected:
             {{"clean", File("none.wav"), "-o", out}, 1, "none.wav: no such file"},
             {{"clean", File("folder"), "-o", out}, 1, "folder: not a regular file"},
             {{"clean", File("text.wav"), "-o", out}, 1, "text.wav: not a WAV, FLAC or Ogg file"},
-            {{"clean", File("empty.wav"), "-o", out}, 1, "empty.wav: not a WAV, FLAC or Ogg file"},
+            {{"clean", File("empty.wav"), "-o", out}, 1, "empty.wav: is empty"},
             {{"clean", File("silent.wav"), "-o", out}, 1, "silent.wav: contains no audio"},
             {{"clean", nine, "-o", out}, 1, "nine.wav: has 9 channels; at most 8 are supported"},
             {{"clean", "--strict", cut, "-o", out}, 1, "cut.wav: is truncated"},
