@@ -20,36 +20,39 @@ public:
         : mRoot(std::move(root)), mExcluded(std::move(excluded)) {}
 
     std::vector<FoundFile> Run() {
-        Visit(mRoot);
+        Open(mRoot);
+        while (!mPending.empty()) {
+            const fs::path entry = std::move(mPending.back());
+            mPending.pop_back();
+            Take(entry);
+        }
         return std::move(mFound);
     }
 
 private:
-    void Visit(const fs::path& folder) {
+    void Open(const fs::path& folder) {
         std::vector<fs::path> entries;
         std::error_code error;
         for (fs::directory_iterator entry(folder, error); !error && entry != end(entry);
              entry.increment(error)) {
-            entries.push_back(entry->path());
+            if (!IsHidden(entry->path())) {
+                entries.push_back(entry->path());
+            }
         }
         if (error) {
             mFound.push_back(
                 {folder.string(), {}, Failure::WithCause("cannot be read", error.value())});
             return;
         }
-        std::sort(entries.begin(), entries.end());
-        for (const fs::path& entry : entries) {
-            if (!IsHidden(entry)) {
-                Take(entry);
-            }
-        }
+        std::sort(entries.rbegin(), entries.rend());  // the first is taken first, from the end
+        mPending.insert(mPending.end(), entries.begin(), entries.end());
     }
 
     void Take(const fs::path& entry) {
         std::error_code error;
         if (fs::is_directory(fs::symlink_status(entry, error))) {
             if (mExcluded.empty() || !fs::equivalent(entry, mExcluded, error)) {
-                Visit(entry);
+                Open(entry);
             }
         } else if (IsRecording(entry) && !fs::is_directory(entry, error)) {
             mFound.push_back({entry.string(), entry.lexically_relative(mRoot), ""});
@@ -58,6 +61,7 @@ private:
 
     fs::path mRoot;
     fs::path mExcluded;
+    std::vector<fs::path> mPending;  ///< the next one last
     std::vector<FoundFile> mFound;
 };
 

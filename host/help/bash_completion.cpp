@@ -52,7 +52,7 @@ std::string BashJoined(const std::vector<std::string>& words, const std::string&
 std::string BashCase(const std::string& command, const OptionEntry& option) {
     std::vector<std::string> patterns;
     for (const std::string& name : option.names) {
-        patterns.push_back(command + "/" + name);
+        patterns.emplace_back(command).append("/").append(name);
     }
     std::string action;
     switch (ValueTypeOf(option.form)) {
