@@ -51,7 +51,8 @@ BatchRequest RequestOf(const Arguments& arguments) {
 }
 
 /// Opens one log for all files, which their jobs then do not open.
-std::optional<LogFile> OpenLog(CleanJob& common, const std::vector<PlannedFile>& files) {
+std::optional<LogFile> OpenLog(CleanJob& common, const std::vector<PlannedFile>& files,
+                               const std::string& outputDir) {
     if (common.log.empty()) {
         return std::nullopt;
     }
@@ -62,6 +63,10 @@ std::optional<LogFile> OpenLog(CleanJob& common, const std::vector<PlannedFile>&
         if (job.log != "-") {
             CheckSideFile(job, job.log);
         }
+    }
+    if (!outputDir.empty()) {  // which may be that of the log
+        std::error_code error;
+        std::filesystem::create_directories(outputDir, error);
     }
     return std::optional<LogFile>(std::in_place, std::exchange(common.log, ""), common.logLevel);
 }
@@ -101,11 +106,7 @@ int CleanMany(const Arguments& arguments, const Console& console) {
     if (arguments.quiet || common.log == "-") {
         progress.out = nullptr;
     }
-    if (!arguments.outputDir.empty()) {
-        std::error_code error;  // the outputs report it
-        std::filesystem::create_directories(arguments.outputDir, error);
-    }
-    std::optional<LogFile> log = OpenLog(common, files);
+    std::optional<LogFile> log = OpenLog(common, files, arguments.outputDir);
     const auto listen = [&](const PlannedFile& file, const BatchResult& result) {
         if (arguments.json) {
             PrintJsonLine(console.out, file, result);
