@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <string>
 #include <type_traits>
 
 /// The sample formats that the command line uses, both interleaved.
@@ -32,4 +35,12 @@ Sample FromFloat(float sample) {
         const float scaled = std::isnan(sample) ? 0.0F : sample * 32768.0F;
         return static_cast<Sample>(std::lround(std::clamp(scaled, -32768.0F, 32767.0F)));
     }
+}
+
+/// A length in messages, such as "1.50 s".
+inline std::string SecondsText(std::int64_t frames, int sampleRate) {
+    char text[40];
+    std::snprintf(text, sizeof(text), "%.2f s",
+                  static_cast<double>(frames) / static_cast<double>(sampleRate));
+    return text;
 }

@@ -210,10 +210,7 @@ void AudioReader::EndEarly() {
 }
 
 std::string AudioReader::Seconds(std::int64_t frames) const {
-    char text[40];
-    std::snprintf(text, sizeof(text), "%.2f s",
-                  static_cast<double>(frames) / static_cast<double>(mFormat.sampleRate));
-    return text;
+    return SecondsText(frames, mFormat.sampleRate);
 }
 
 void AudioReader::Warn(const std::string& remark) const {

@@ -296,10 +296,7 @@ std::int64_t MediaReader::FrameTime() const {
 }
 
 std::string MediaReader::Seconds(std::int64_t frames) const {
-    char text[40];
-    std::snprintf(text, sizeof(text), "%.2f s",
-                  static_cast<double>(frames) / static_cast<double>(mFormat.sampleRate));
-    return text;
+    return SecondsText(frames, mFormat.sampleRate);
 }
 
 void MediaReader::Warn(const std::string& remark) const {
