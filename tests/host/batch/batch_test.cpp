@@ -129,6 +129,11 @@ TEST_F(BatchTest, OneLogHoldsTheLinesOfAllFilesWithTheirNames) {
     }
 }
 
+TEST_F(BatchTest, TheLogMayLieInTheOutputFolderThatIsYetToBeMade) {
+    EXPECT_EQ(Clean({"--log", File("out/log.txt")}).status, 0);
+    EXPECT_NE(ReadFile(File("out/log.txt")).find("a.wav: "), std::string::npos);
+}
+
 TEST_F(BatchTest, QuietPrintsOnlyProblems) {
     const Outcome outcome = Clean({"--quiet"});
     EXPECT_EQ(outcome.out + outcome.err + outcome.progress, "");
