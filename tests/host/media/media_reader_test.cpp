@@ -87,6 +87,27 @@ TEST(MediaReader, AFileThatEndsEarlyIsReadUpToThereWithAWarningAndRefusedIfStric
     EXPECT_NE(ReadMedia(cut, true).failure.find("is cut off after"), std::string::npos);
 }
 
+TEST(MediaReader, MissingPacketsBecomeSilenceWithAWarning) {
+    const TempDir dir;
+    const std::string path = dir.File("gap.mkv");
+    std::string bytes = ReadFile(TinyMediaFile("talk.mkv"));
+    for (const char* header :
+         {"\x82\x00\x29", "\x82\x00\x3D", "\x82\x00\x51"}) {  // track 2, time in ms
+        const std::size_t block = bytes.find(std::string(header, 3)) - 2;
+        ASSERT_EQ(bytes.at(block), '\xA3');
+        bytes[block] = '\xEC';  // a SimpleBlock becomes Void
+    }
+    WriteFile(path, bytes);
+    const MediaContents whole = ReadMedia(TinyMediaFile("talk.mkv"));
+    const MediaContents gap = ReadMedia(path);
+    EXPECT_EQ(gap.failure, "");
+    EXPECT_NEAR(static_cast<double>(gap.samples.size()), static_cast<double>(whole.samples.size()),
+                48.0);  // times are rounded to 1 ms
+    EXPECT_EQ(
+        gap.warnings,
+        (std::vector<std::string>{path + ": lacks 0.06 s of its sound: silence takes its place"}));
+}
+
 TEST(MediaReader, AnythingElseIsRefusedWithAReason) {
     const TempDir dir;
     WriteFile(dir.File("text"), "this is not audio\n");
