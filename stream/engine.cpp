@@ -78,6 +78,9 @@ void Stream::Engine::Process(const void* const* in, void* const* out, std::size_
                 const std::span<float> block = In(source, channel).subspan(mPosition, count);
                 if (in != nullptr) {
                     mLayout.Read(in + source * mLayout.Buffers(), done, channel, block);
+                    if (mFormat.finite) {
+                        std::transform(block.begin(), block.end(), block.begin(), FiniteOr0);
+                    }
                 } else {
                     std::fill(block.begin(), block.end(), 0.0F);
                 }
@@ -123,7 +126,7 @@ void Stream::Engine::ProcessBlock() {
     CorrectPolarity(settings);
     Mix(settings.mix);
     DetectMusic(settings);
-    SetLevel(settings);
+    SetSuppression(settings);
     for (std::size_t channel = 0; channel < mChannels.size(); ++channel) {
         mChannels[channel].unsuppressed.Process(In(0, channel), mChannels[channel].delayed);
     }
@@ -212,13 +215,16 @@ void Stream::Engine::DetectMusic(const StreamSettings& settings) {
     }
 }
 
-void Stream::Engine::SetLevel(const StreamSettings& settings) {
+void Stream::Engine::SetSuppression(const StreamSettings& settings) {
     const int level = mIsMusic ? 0 : settings.suppression.value_or(mLevel);
     if (level != mLevel) {
         mLevel = level;
         for (Channel& channel : mChannels) {
             channel.suppression.SetLevel(level);
         }
+    }
+    for (Channel& channel : mChannels) {
+        channel.suppression.KeepBandAbove(settings.highBand);
     }
 }
 

@@ -61,7 +61,7 @@ private:
     void CorrectPolarity(const StreamSettings& settings);
     void Mix(bool mix);
     void DetectMusic(const StreamSettings& settings);
-    void SetLevel(const StreamSettings& settings);
+    void SetSuppression(const StreamSettings& settings);
     void SuppressNoise(bool wanted);
     void Measure();
     void Output(const StreamSettings& settings);

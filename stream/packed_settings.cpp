@@ -12,6 +12,7 @@ constexpr int kPhaseCheckBit = 3;
 constexpr int kMixBit = 4;
 constexpr int kMusicBit = 5;
 constexpr int kGainBit = 6;
+constexpr int kHighBandBit = 7;
 constexpr int kReversedShift = 16;
 constexpr int kGainShift = 32;
 
@@ -27,7 +28,7 @@ std::uint64_t Pack(const StreamSettings& settings) {
     const float gain = std::isnan(wanted) ? 0.0F : std::clamp(wanted, 0.0F, 1.0F);
     return static_cast<std::uint64_t>(level + 1) | Bit(settings.phaseCheck, kPhaseCheckBit) |
            Bit(settings.mix, kMixBit) | Bit(settings.music == MusicMode::kKeep, kMusicBit) |
-           Bit(settings.gain.has_value(), kGainBit) |
+           Bit(settings.gain.has_value(), kGainBit) | Bit(settings.highBand, kHighBandBit) |
            std::uint64_t{settings.reversed} << kReversedShift |
            std::uint64_t{std::bit_cast<std::uint32_t>(gain)} << kGainShift;
 }
@@ -42,6 +43,7 @@ StreamSettings Unpack(std::uint64_t packed) {
     settings.phaseCheck = isSet(kPhaseCheckBit);
     settings.mix = isSet(kMixBit);
     settings.music = isSet(kMusicBit) ? MusicMode::kKeep : MusicMode::kIgnore;
+    settings.highBand = isSet(kHighBandBit);
     if (isSet(kGainBit)) {
         settings.gain = std::bit_cast<float>(static_cast<std::uint32_t>(packed >> kGainShift));
     }

@@ -15,6 +15,7 @@ struct StreamFormat {
     SampleFmt samples = SAMPLE_FMT_FLTP;  ///< 16-bit (1), float (3) or their planar forms (6, 8)
     int sources = 1;                      ///< 1..16
     int maxFrames = 192000;               ///< longest block, in frames, 1..192000
+    bool finite = false;  ///< floats that are not finite count as 0, with every stage off as well
 };
 
 /// How suppression treats music.
@@ -30,6 +31,7 @@ struct StreamSettings {
     bool phaseCheck = false;             ///< stereo only: detect a reversed channel and correct it
     bool mix = true;                     ///< all sources; false for the first one alone
     MusicMode music = MusicMode::kIgnore;
+    bool highBand = true;        ///< above 48000 Hz: keep what lies above the suppressor's band
     std::uint16_t reversed = 0;  ///< stereo only: bit n negates the left channel of source n
 
     bool operator==(const StreamSettings&) const = default;

@@ -85,7 +85,7 @@ void SuppressionChannel::SubtractScaled(const Block& in, Block& suppressed) {
         (UpperBandEnergy(suppressed) + kInaudible) / (UpperBandEnergy(aligned) + kInaudible);
     std::copy(mGains.end() - kGainDelay, mGains.end(), mGains.begin());
     const float before = mGains[kGainDelay - 1];
-    const float now = std::min(std::sqrt(ratio), 1.0F);
+    const float now = mKeepsBandAbove ? std::min(std::sqrt(ratio), 1.0F) : 0.0F;
     for (std::size_t i = 0; i < kBlockSamples; ++i) {
         const float gain =
             before + (now - before) * static_cast<float>(i + 1) / static_cast<float>(kBlockSamples);

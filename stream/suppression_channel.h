@@ -30,6 +30,9 @@ public:
     /// [audio] @param level 0..3
     void SetLevel(int level);
 
+    /// [audio] Whether to keep the band above the suppressor's; a change fades over a block.
+    void KeepBandAbove(bool keep) { mKeepsBandAbove = keep; }
+
     /// [audio] Forgets the past samples; the noise estimate remains.
     void Reset();
 
@@ -50,6 +53,7 @@ private:
     NSWrap mSuppressor;
 
     // The band above the suppressor's, of streams that are resampled to a lower rate.
+    bool mKeepsBandAbove = true;
     static constexpr std::size_t kGainDelay = 64;  ///< samples, of the resampler back
     DelayLine mAligned;  ///< the input, delayed as the suppressor delays it
     std::array<float, kGainDelay + kBlockSamples> mGains = {};  ///< one per sample, latest last

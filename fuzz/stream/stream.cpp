@@ -61,6 +61,7 @@ private:
         settings.phaseCheck = mScript.ConsumeBool();
         settings.mix = mScript.ConsumeBool();
         settings.music = mScript.OneIn(8) ? MusicMode::kKeep : MusicMode::kIgnore;
+        settings.highBand = !mScript.OneIn(4);
         settings.reversed = mScript.OneIn(4) ? mScript.ConsumeIntegral<std::uint16_t>() : 0;
         return settings;
     }
@@ -82,6 +83,7 @@ private:
         format.channels = mScript.OneIn(16) ? mScript.AnyInt() : mScript.Within(1, 3);
         format.samples = mScript.Format();
         format.sources = mScript.OneIn(16) ? mScript.AnyInt() : mScript.Within(1, 3);
+        format.finite = mScript.ConsumeBool();
         format.maxFrames = mScript.OneIn(4) ? mScript.AnyInt() : kLongest;
         const StreamSettings settings = AnySettings();
         const auto within = [](int value, int most) { return value >= 1 && value <= most; };

@@ -416,6 +416,19 @@ TEST(Engine,
     }
 }
 
+TEST(Engine, WithoutTheHighBandSuppressionAt96000HzRemovesAllAbove28KhzAndNothingBelow16Khz) {
+    const std::vector<float> in = Voice(192000, 96000);
+    StreamSettings settings = Suppressing(2);
+    const auto play = [&] {
+        return PlayAligned(FormatOf(96000, 1, SAMPLE_FMT_FLT), settings, Buffers<float>{in})[0];
+    };
+    const Bands with(play(), 96000, 96000);
+    settings.highBand = false;
+    const Bands without(play(), 96000, 96000);
+    EXPECT_LT(without.Level(28000, 48000) - with.Level(28000, 48000), -60.0);
+    EXPECT_NEAR(without.Level(100, 16000), with.Level(100, 16000), 0.1);
+}
+
 TEST(Engine, From64000HzOnNoiseAbove16KhzFallsAs8To16KhzWithin3Db) {
     for (const int rate : {64000, 96000, 192000}) {
         const std::vector<float> in = WhiteNoise(static_cast<std::size_t>(2 * rate), 0.02F, 1);

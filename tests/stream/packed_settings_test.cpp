@@ -9,16 +9,17 @@ namespace audio_filter::internal {
 
 namespace {
 
-TEST(PackedSettings, EverySettingOf5LevelsAnd4SwitchesComesBack) {
+TEST(PackedSettings, EverySettingOf5LevelsAnd5SwitchesComesBack) {
     for (int level = -1; level <= 3; ++level) {
-        for (int bits = 0; bits < 16; ++bits) {
+        for (int bits = 0; bits < 32; ++bits) {
             StreamSettings settings;
             settings.suppression = level < 0 ? std::nullopt : std::optional(level);
             settings.phaseCheck = (bits & 1) != 0;
             settings.mix = (bits & 2) != 0;
             settings.music = (bits & 4) != 0 ? MusicMode::kKeep : MusicMode::kIgnore;
             settings.gain = (bits & 8) != 0 ? std::optional(0.3F) : std::nullopt;
-            settings.reversed = static_cast<std::uint16_t>(bits * 4369);
+            settings.reversed = static_cast<std::uint16_t>(bits * 2114);
+            settings.highBand = (bits & 16) != 0;
             EXPECT_EQ(Unpack(Pack(settings)), settings) << level << " " << bits;
         }
     }

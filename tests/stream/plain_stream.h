@@ -55,7 +55,7 @@ public:
         std::vector<Samples> out(mChannels.size());
         for (std::size_t i = 0; i < in[0].size(); ++i) {
             for (std::size_t k = 0; k < in.size(); ++k) {
-                mIn[k].push_back(in[k][i]);
+                mIn[k].push_back(!mFormat.finite || std::isfinite(in[k][i]) ? in[k][i] : 0.0F);
             }
             for (std::size_t channel = 0; channel < out.size(); ++channel) {
                 out[channel].push_back(mChannels[channel]->out[mReceived]);
@@ -337,9 +337,10 @@ private:
             aligned.push_back(Delayed(channel.resampled, i, internal::kSuppressorDelay));
         }
         const float last = channel.gains.empty() ? 1.0F : channel.gains.back();
-        const float next = std::min(
+        const float kept = std::min(
             std::sqrt((UpperBandEnergy(suppressed) + 1e-9F) / (UpperBandEnergy(aligned) + 1e-9F)),
             1.0F);
+        const float next = settings.highBand ? kept : 0.0F;
         for (std::size_t i = 0; i < kBlock; ++i) {
             const float gain = last + (next - last) * static_cast<float>(i + 1) / 320.0F;
             channel.gains.push_back(gain);

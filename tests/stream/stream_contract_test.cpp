@@ -37,6 +37,7 @@ std::vector<Change> Changes(std::size_t frames, int rate) {
         settings.phaseCheck = random() % 2 == 0;
         settings.mix = random() % 2 == 0;
         settings.music = random() % 2 == 0 ? MusicMode::kKeep : MusicMode::kIgnore;
+        settings.highBand = random() % 2 == 0;
         changes.push_back({at, settings});
     }
     return changes;
@@ -208,6 +209,22 @@ TEST(StreamContract, WithEverythingOffTheOutputIsTheDelayedInputToTheBitEvenNaN)
             }
         }
     }
+}
+
+TEST(StreamContract, AFiniteStreamWithEverythingOffReturns0ForEachSampleThatIsNotFinite) {
+    StreamFormat format = FormatOf(48000, 1, SAMPLE_FMT_FLT);
+    format.finite = true;
+    StreamSettings off;
+    off.suppression.reset();
+    std::vector<float> in(9600, 0.25F);
+    std::vector<float> expected = in;
+    const float bad[] = {std::nanf(""), std::numeric_limits<float>::infinity(),
+                         -std::numeric_limits<float>::infinity()};
+    for (std::size_t i = 0; i < in.size(); i += 7) {
+        in[i] = bad[i % 3];
+        expected[i] = 0.0F;
+    }
+    EXPECT_TRUE(SameBits(PlayAligned(format, off, Buffers<float>{in})[0], expected));
 }
 
 TEST(StreamContract, AnOutputMayBeTheBufferOfAnySource) {
