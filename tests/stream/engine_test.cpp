@@ -11,6 +11,7 @@
 #include <string>
 #include <vector>
 
+#include "bands.h"
 #include "classifier/audio_classifier.h"
 #include "play.h"
 #include "signals.h"

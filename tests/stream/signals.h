@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cmath>
-#include <complex>
 #include <cstddef>
 #include <cstdint>
 #include <numbers>
@@ -58,66 +57,6 @@ inline std::vector<float> Voice(std::size_t frames, double rate) {
     }
     return voice;
 }
-
-/// The Fourier transform of a power of two of samples.
-inline std::vector<std::complex<double>> Spectrum(const std::vector<std::complex<double>>& signal) {
-    const std::size_t half = signal.size() / 2;
-    if (half == 0) {
-        return signal;
-    }
-    std::vector<std::complex<double>> even(half);
-    std::vector<std::complex<double>> odd(half);
-    for (std::size_t i = 0; i < half; ++i) {
-        even[i] = signal[2 * i];
-        odd[i] = signal[2 * i + 1];
-    }
-    even = Spectrum(even);
-    odd = Spectrum(odd);
-    std::vector<std::complex<double>> spectrum(2 * half);
-    for (std::size_t k = 0; k < half; ++k) {
-        const auto turned = odd[k] * std::polar(1.0, -std::numbers::pi * static_cast<double>(k) /
-                                                         static_cast<double>(half));
-        spectrum[k] = even[k] + turned;
-        spectrum[k + half] = even[k] - turned;
-    }
-    return spectrum;
-}
-
-/// The power of a signal by frequency, over Hann windows of 4096 samples.
-class Bands {
-public:
-    Bands(const std::vector<float>& signal, std::size_t begin, double rate)
-        : mRate(rate), mPower(kWindow / 2) {
-        for (std::size_t at = begin; at + kWindow <= signal.size(); at += kWindow / 2) {
-            std::vector<std::complex<double>> window(kWindow);
-            for (std::size_t i = 0; i < kWindow; ++i) {
-                const double turn = static_cast<double>(i) / kWindow;
-                const double hann = 0.5 - 0.5 * std::cos(2.0 * std::numbers::pi * turn);
-                window[i] = hann * static_cast<double>(signal[at + i]);
-            }
-            window = Spectrum(window);
-            for (std::size_t k = 0; k < mPower.size(); ++k) {
-                mPower[k] += std::norm(window[k]);
-            }
-        }
-    }
-
-    /// Between two frequencies, in dB.
-    double Level(double low, double high) const {
-        double power = 0.0;
-        for (std::size_t k = 0; k < mPower.size(); ++k) {
-            const double frequency = static_cast<double>(k) * mRate / kWindow;
-            power += frequency >= low && frequency < high ? mPower[k] : 0.0;
-        }
-        return 10.0 * std::log10(power + 1e-30);
-    }
-
-private:
-    static constexpr std::size_t kWindow = 4096;
-
-    double mRate;
-    std::vector<double> mPower;
-};
 
 /// The largest difference of neighbours.
 inline float LargestStep(const std::vector<float>& signal, std::size_t begin, std::size_t end) {
