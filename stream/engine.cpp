@@ -112,6 +112,12 @@ void Stream::Engine::SetSettings(const StreamSettings& settings) {
     mSettings = Pack(settings);
 }
 
+bool Stream::Engine::ReplaceSettings(const StreamSettings& expected,
+                                     const StreamSettings& settings) {
+    std::uint64_t packed = Pack(expected);
+    return mSettings.compare_exchange_strong(packed, Pack(settings));
+}
+
 StreamSettings Stream::Engine::Settings() const {
     return Unpack(mSettings);
 }

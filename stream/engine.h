@@ -34,6 +34,7 @@ public:
     std::size_t Latency() const { return mBlock + mDelay; }
 
     void SetSettings(const StreamSettings& settings);
+    bool ReplaceSettings(const StreamSettings& expected, const StreamSettings& settings);
     StreamSettings Settings() const;
     bool IsMusic() const { return mIsMusic; }
     bool IsReversed(int source) const { return (mReversed >> source & 1) != 0; }

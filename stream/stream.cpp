@@ -87,6 +87,10 @@ void Stream::SetSettings(const StreamSettings& settings) {
     }
 }
 
+bool Stream::ReplaceSettings(const StreamSettings& expected, const StreamSettings& settings) {
+    return !mEngine || mEngine->ReplaceSettings(expected, settings);
+}
+
 StreamSettings Stream::Settings() const {
     return mEngine ? mEngine->Settings() : StreamSettings();
 }

@@ -73,6 +73,11 @@ public:
     /// [any] Applies from the next processing block on; does nothing before Init.
     void SetSettings(const StreamSettings& settings);
 
+    /// [any] Sets settings if the latest ones, clamped, are still `expected`: for hosts whose threads change different
+    /// settings. Does nothing before Init.
+    /// @return false if they are not
+    bool ReplaceSettings(const StreamSettings& expected, const StreamSettings& settings);
+
     /// [any] The latest settings, clamped.
     StreamSettings Settings() const;
 
