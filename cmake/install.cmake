@@ -10,6 +10,10 @@ if(AUDIO_FILTER_STREAM)
   install(TARGETS audio_filter_stream EXPORT audio_filter-targets
           FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}/audio_filter")
 endif()
+if(AUDIO_FILTER_C)
+  install(TARGETS audio_filter_c EXPORT audio_filter-targets
+          FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+endif()
 install(EXPORT audio_filter-targets NAMESPACE audio_filter:: DESTINATION "${package_dir}")
 configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/audio_filter-config.cmake.in" audio_filter-config.cmake
                               INSTALL_DESTINATION "${package_dir}")
@@ -18,3 +22,26 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/audio_filter-config.cmake"
               "${CMAKE_CURRENT_BINARY_DIR}/audio_filter-config-version.cmake"
               "${CMAKE_CURRENT_LIST_DIR}/FindWebRtcAudioProcessing.cmake"
         DESTINATION "${package_dir}")
+
+# pkg-config files. They find their headers and libraries relative to themselves, so that the tree may be moved.
+# Usage: install_pkg_config(NAME DESCRIPTION CFLAGS LIBS [REQUIRES])
+function(install_pkg_config name description cflags libs)
+  set(requires "${ARGN}")
+  set(pkg_config_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
+  file(RELATIVE_PATH prefix "/prefix/${pkg_config_dir}" "/prefix")
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/pkg-config.pc.in" ${name}.pc @ONLY)
+  install(FILES "${CMAKE_CURRENT_BINARY_DIR}/${name}.pc" DESTINATION "${pkg_config_dir}")
+endfunction()
+
+if(AUDIO_FILTER_SHARED)
+  install_pkg_config(audio_filter "Cleans up captured audio in real time, inside a media engine (C++)"
+                     "-I\${includedir}/audio_filter" "-laudio_filter")
+  if(AUDIO_FILTER_STREAM)
+    install_pkg_config(audio_filter_stream "Cleans an audio stream of any rate, with constant latency (C++)" ""
+                       "-laudio_filter_stream" audio_filter)
+  endif()
+endif()
+if(AUDIO_FILTER_C)
+  install_pkg_config(audiofilter "Cleans an audio stream of any rate, with constant latency (C)"
+                     "-I\${includedir}" "-laudiofilter")
+endif()
