@@ -6,7 +6,7 @@
 
 #include "audio_filter/version.h"
 
-/*
+/** @file
  * The stream in C: suppresses the noise of captured audio in real time, at any rate, in blocks of any length.
  *
  *     audio_filter_format format;
@@ -50,24 +50,32 @@ typedef struct audio_filter_stream audio_filter_stream;
 
 typedef enum audio_filter_error {
     AUDIO_FILTER_OK = 0,
-    AUDIO_FILTER_ERROR_ARGUMENT = -1, /* a null pointer, or an unknown setting */
-    AUDIO_FILTER_ERROR_SIZE = -2,     /* the size of a structure */
-    AUDIO_FILTER_ERROR_FORMAT = -3, /* a format out of range, or a call for another sample format */
-    AUDIO_FILTER_ERROR_VALUE = -4,  /* a setting out of range */
-    AUDIO_FILTER_ERROR_FRAMES = -5, /* a negative number of frames, or more than max_frames */
-    AUDIO_FILTER_ERROR_MEMORY = -6, /* no memory */
-    AUDIO_FILTER_ERROR_INTERNAL = -7, /* a defect of the library */
-    AUDIO_FILTER_ERROR_NESTED = -8    /* called from the stream's own event callback */
+    /** A null pointer, or an unknown setting */
+    AUDIO_FILTER_ERROR_ARGUMENT = -1,
+    /** The size of a structure */
+    AUDIO_FILTER_ERROR_SIZE = -2,
+    /** A format out of range, or a call for another sample format */
+    AUDIO_FILTER_ERROR_FORMAT = -3,
+    /** A setting out of range */
+    AUDIO_FILTER_ERROR_VALUE = -4,
+    /** A negative number of frames, or more than max_frames */
+    AUDIO_FILTER_ERROR_FRAMES = -5,
+    /** No memory */
+    AUDIO_FILTER_ERROR_MEMORY = -6,
+    /** A defect of the library */
+    AUDIO_FILTER_ERROR_INTERNAL = -7,
+    /** Called from the stream's own event callback */
+    AUDIO_FILTER_ERROR_NESTED = -8
 } audio_filter_error;
 
-/* [any] A sentence in English for a result; never null. */
+/** [any] A sentence in English for a result; never null. */
 AUDIO_FILTER_C_API const char* audio_filter_strerror(int error);
 
-/* [any] The version of the library that runs; AUDIO_FILTER_VERSION is the one of this header. */
+/** [any] The version of the library that runs; AUDIO_FILTER_VERSION is the one of this header. */
 AUDIO_FILTER_C_API uint32_t audio_filter_version(void);
 AUDIO_FILTER_C_API const char* audio_filter_version_string(void);
 
-/* Samples: 16-bit, or 32-bit float with full scale at -1..1. Interleaved: one buffer for all channels. */
+/** Samples: 16-bit, or 32-bit float with full scale at -1..1. Interleaved: one buffer for all channels. */
 enum {
     AUDIO_FILTER_S16 = 1,
     AUDIO_FILTER_FLOAT = 3,
@@ -75,32 +83,44 @@ enum {
     AUDIO_FILTER_FLOAT_PLANAR = 8
 };
 
-/* All sources and the output share it. */
+/** All sources and the output share it. */
 typedef struct audio_filter_format {
     uint32_t size;
-    int32_t sample_rate; /* Hz, 8000..192000; 48000 */
-    int32_t channels;    /* 1..8; 1 */
-    int32_t samples;     /* AUDIO_FILTER_FLOAT */
-    int32_t sources;     /* 1..16; 1 */
-    int32_t max_frames;  /* longest block, in frames, 1..192000; 192000 */
-    int32_t
-        finite; /* 1: floats that are not finite count as 0 even if every stage is off; 0: they pass; 1 */
+    /** Hz, 8000..192000; default 48000 */
+    int32_t sample_rate;
+    /** 1..8; default 1 */
+    int32_t channels;
+    /** default AUDIO_FILTER_FLOAT */
+    int32_t samples;
+    /** 1..16; default 1 */
+    int32_t sources;
+    /** Longest block, in frames, 1..192000; default 192000 */
+    int32_t max_frames;
+    /** 1: floats that are not finite count as 0, with every stage off as well; 0: they pass then. Default 1 */
+    int32_t finite;
 } audio_filter_format;
 
 #define AUDIO_FILTER_OFF (-1)
 
 typedef struct audio_filter_settings {
     uint32_t size;
-    int32_t suppression; /* of noise: level, 0 mild .. 3 most aggressive, or AUDIO_FILTER_OFF; 2 */
-    float gain;          /* curve after suppression: 0..1, or AUDIO_FILTER_OFF; AUDIO_FILTER_OFF */
-    int32_t phase_check; /* 0..1, stereo only: detect a reversed channel and correct it; 0 */
-    int32_t music_detection; /* 0..1: suppress at level 0 while music is detected; 0 */
-    int32_t high_band; /* 0..1: above 48000 Hz, keep what lies above the suppressor's band; 1 */
-    int32_t mix;       /* 0..1: all sources, through a limiter; 0: the first one alone; 1 */
-    uint32_t reversed; /* stereo only: bit n negates the left channel of source n, 0..0xFFFF; 0 */
+    /** Noise suppression: level, 0 mild .. 3 most aggressive, or AUDIO_FILTER_OFF; default 2 */
+    int32_t suppression;
+    /** Gain curve after suppression: 0..1, or AUDIO_FILTER_OFF; default AUDIO_FILTER_OFF */
+    float gain;
+    /** 1: detect a reversed channel of stereo sources and correct it; default 0 */
+    int32_t phase_check;
+    /** 1: suppress at level 0 while music is detected; default 0 */
+    int32_t music_detection;
+    /** 0: above 48000 Hz, remove what lies above the suppressor's band; default 1 */
+    int32_t high_band;
+    /** 1: mix all sources, through a limiter; 0: the first one alone; default 1 */
+    int32_t mix;
+    /** Stereo only: bit n negates the left channel of source n, 0..0xFFFF; default 0 */
+    uint32_t reversed;
 } audio_filter_settings;
 
-/* The members of audio_filter_settings, for audio_filter_set. */
+/** The members of audio_filter_settings, for audio_filter_set. */
 enum {
     AUDIO_FILTER_SUPPRESSION = 1,
     AUDIO_FILTER_GAIN,
@@ -111,23 +131,23 @@ enum {
     AUDIO_FILTER_REVERSED
 };
 
-/* [any] Fill in the defaults above. `size` is sizeof the structure as the caller knows it. */
+/** [any] Fill in the defaults above. `size` is sizeof the structure as the caller knows it. */
 AUDIO_FILTER_C_API int audio_filter_default_format(audio_filter_format* format, size_t size);
 AUDIO_FILTER_C_API int audio_filter_default_settings(audio_filter_settings* settings, size_t size);
 
-/* [setup] Starts a stream. Null for `format` or `settings` means the defaults. On failure *stream is null. */
+/** [setup] Starts a stream. Null for `format` or `settings` means the defaults. On failure *stream is null. */
 AUDIO_FILTER_C_API int audio_filter_create(audio_filter_stream** stream,
                                            const audio_filter_format* format,
                                            const audio_filter_settings* settings);
 
-/* [setup] Frees a stream; null is ignored. Not from its event callback. */
+/** [setup] Frees a stream; null is ignored. Not from its event callback. */
 AUDIO_FILTER_C_API void audio_filter_destroy(audio_filter_stream* stream);
 
-/* [setup] Starts again with the same format, settings and callback: no history, no pending output, no events. When
+/** [setup] Starts again with the same format, settings and callback: no history, no pending output, no events. When
  * memory runs out (AUDIO_FILTER_ERROR_MEMORY), the stream has to be reset successfully before it processes again. */
 AUDIO_FILTER_C_API int audio_filter_reset(audio_filter_stream* stream);
 
-/* [audio] Processes a block and returns as many frames as it receives.
+/** [audio] Processes a block and returns as many frames as it receives.
  *
  * in:     interleaved: a buffer of frames * channels samples for each source; planar: a buffer of `frames` samples for each
  *         channel of each source, all channels of source 0 first.
@@ -139,86 +159,86 @@ AUDIO_FILTER_C_API int audio_filter_reset(audio_filter_stream* stream);
 AUDIO_FILTER_C_API int audio_filter_process(audio_filter_stream* stream, const void* const* in,
                                             void* const* out, int32_t frames);
 
-/* [audio] The same for streams of one source with interleaved samples. */
+/** [audio] The same for streams of one source with interleaved samples. */
 AUDIO_FILTER_C_API int audio_filter_process_s16(audio_filter_stream* stream, const int16_t* in,
                                                 int16_t* out, int32_t frames);
 AUDIO_FILTER_C_API int audio_filter_process_float(audio_filter_stream* stream, const float* in,
                                                   float* out, int32_t frames);
 
-/* [audio] Ends the input and returns what is pending, audio_filter_latency() frames, over as many calls as it takes.
+/** [audio] Ends the input and returns what is pending, audio_filter_latency() frames, over as many calls as it takes.
  * A later call of audio_filter_process continues after this silence.
  * frames: room in `out`, 1..max_frames.
  * Returns the frames written, 0 when nothing is pending. */
 AUDIO_FILTER_C_API int32_t audio_filter_drain(audio_filter_stream* stream, void* const* out,
                                               int32_t frames);
 
-/* [any] All settings at once, from the next 10 ms on; every change crossfades over 10 ms. */
+/** [any] All settings at once, from the next 10 ms on; every change crossfades over 10 ms. */
 AUDIO_FILTER_C_API int audio_filter_set_settings(audio_filter_stream* stream,
                                                  const audio_filter_settings* settings);
 
-/* [any] The latest settings. `settings->size` has to be set. */
+/** [any] The latest settings. `settings->size` has to be set. */
 AUDIO_FILTER_C_API int audio_filter_get_settings(const audio_filter_stream* stream,
                                                  audio_filter_settings* settings);
 
-/* [any] One setting. Threads that set different settings at a time do not undo each other's. */
+/** [any] One setting. Threads that set different settings at a time do not undo each other's. */
 AUDIO_FILTER_C_API int audio_filter_set(audio_filter_stream* stream, int setting, double value);
 AUDIO_FILTER_C_API int audio_filter_get(const audio_filter_stream* stream, int setting,
                                         double* value);
 
-/* [any] The delay of the output, in frames. It depends on the rate alone. */
+/** [any] The delay of the output, in frames. It depends on the rate alone. */
 AUDIO_FILTER_C_API int32_t audio_filter_latency(const audio_filter_stream* stream);
 
-/* [any] 1 while music is detected, else 0. */
+/** [any] 1 while music is detected, else 0. */
 AUDIO_FILTER_C_API int audio_filter_is_music(const audio_filter_stream* stream);
 
-/* [any] 1 while the left channel of a source, 0..15, is negated, else 0. */
+/** [any] 1 while the left channel of a source, 0..15, is negated, else 0. */
 AUDIO_FILTER_C_API int audio_filter_is_reversed(const audio_filter_stream* stream, int32_t source);
 
-/* [any] The attenuation by noise suppression in the last processing block, in dB, 0 or above. */
+/** [any] The attenuation by noise suppression in the last processing block, in dB, 0 or above. */
 AUDIO_FILTER_C_API float audio_filter_reduction(const audio_filter_stream* stream);
 
 typedef enum audio_filter_event_type {
-    AUDIO_FILTER_EVENT_SUPPRESSION = 0, /* `on`: noise suppression was switched */
-    AUDIO_FILTER_EVENT_GAIN = 1,        /* `on`: the gain curve was switched */
-    AUDIO_FILTER_EVENT_PHASE_CHECK = 2, /* `on`: the phase check was switched */
-    AUDIO_FILTER_EVENT_MIX = 3,         /* `on`: mixing was switched */
-    AUDIO_FILTER_EVENT_MUSIC = 4,       /* `on`: music is detected */
-    AUDIO_FILTER_EVENT_REVERSED = 5     /* `on`: the left channel of `source` is negated */
+    AUDIO_FILTER_EVENT_SUPPRESSION = 0, /**< `on`: noise suppression was switched */
+    AUDIO_FILTER_EVENT_GAIN = 1,        /**< `on`: the gain curve was switched */
+    AUDIO_FILTER_EVENT_PHASE_CHECK = 2, /**< `on`: the phase check was switched */
+    AUDIO_FILTER_EVENT_MIX = 3,         /**< `on`: mixing was switched */
+    AUDIO_FILTER_EVENT_MUSIC = 4,       /**< `on`: music is detected */
+    AUDIO_FILTER_EVENT_REVERSED = 5     /**< `on`: the left channel of `source` is negated */
 } audio_filter_event_type;
 
 typedef struct audio_filter_event {
-    uint32_t size; /* set by the library */
-    int32_t type;  /* audio_filter_event_type */
-    int32_t on;    /* 0 or 1 */
+    uint32_t size; /**< set by the library */
+    int32_t type;  /**< audio_filter_event_type */
+    int32_t on;    /**< 0 or 1 */
     int32_t source;
-    int64_t frame; /* frames that the stream had received at the start of the processing block */
+    int64_t frame; /**< frames that the stream had received at the start of the processing block */
 } audio_filter_event;
 
-/* Called on the thread that calls audio_filter_process or audio_filter_drain, before that returns: it must do nothing that the audio
+/** Called on the thread that calls audio_filter_process or audio_filter_drain, before that returns: it must do nothing that the audio
  * thread may not. On its own stream it may call every [any] function; process, drain, reset and set_event_callback
  * return AUDIO_FILTER_ERROR_NESTED. */
 typedef void (*audio_filter_event_callback)(void* user, const audio_filter_event* event);
 
-/* [setup] Null ends the calls. Without a callback, the stream keeps the oldest 64 events for audio_filter_next_event. */
+/** [setup] Null ends the calls. Without a callback, the stream keeps the oldest 64 events for audio_filter_next_event. */
 AUDIO_FILTER_C_API int audio_filter_set_event_callback(audio_filter_stream* stream,
                                                        audio_filter_event_callback callback,
                                                        void* user);
 
-/* [any] Takes the oldest event, from one thread at a time. `event->size` has to be set. Returns 1, or 0 if there is none. */
+/** [any] Takes the oldest event, from one thread at a time. `event->size` has to be set. Returns 1, or 0 if there is none. */
 AUDIO_FILTER_C_API int audio_filter_next_event(audio_filter_stream* stream,
                                                audio_filter_event* event);
 
 typedef enum audio_filter_log_level {
-    AUDIO_FILTER_LOG_ERROR = 0, /* why no stream was created */
-    AUDIO_FILTER_LOG_INFO = 1   /* the format and latency of a new stream */
+    AUDIO_FILTER_LOG_ERROR = 0, /**< why no stream was created */
+    AUDIO_FILTER_LOG_INFO = 1   /**< the format and latency of a new stream */
 } audio_filter_log_level;
 
-/* Called by audio_filter_create, on its thread. `message` is one line without its end, valid during the call. It must not call
+/** Called by audio_filter_create, on its thread. `message` is one line without its end, valid during the call. It must not call
  * audio_filter_create or audio_filter_set_log. */
 typedef void (*audio_filter_log_callback)(void* user, audio_filter_log_level level,
                                           const char* message);
 
-/* [setup] For all streams of the process; null, the default, for no log. After it returns, the earlier callback is no longer
+/** [setup] For all streams of the process; null, the default, for no log. After it returns, the earlier callback is no longer
  * called. Waits for a message that is being logged. */
 AUDIO_FILTER_C_API void audio_filter_set_log(audio_filter_log_callback callback, void* user);
 
