@@ -8,9 +8,9 @@ namespace audio_filter::internal {
 
 namespace {
 
-constinit std::mutex mutex;
-constinit audio_filter_log_callback callback = nullptr;
-constinit void* user = nullptr;
+std::mutex mutex;
+audio_filter_log_callback callback = nullptr;
+void* user = nullptr;
 
 }  // namespace
 
