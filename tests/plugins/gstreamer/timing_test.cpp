@@ -7,7 +7,6 @@
 
 namespace {
 
-constexpr GstClockTime kFrame = GST_SECOND / 48000 + 1;
 constexpr int kOff = -1;
 
 GstClockTime Distance(GstClockTime a, GstClockTime b) {
