@@ -187,13 +187,14 @@ TEST(GStreamerTiming, NewCapsComeAfterAllFramesOfTheOldOnes) {
               gst_util_uint64_scale_round(1290, GST_SECOND, 96000));
 }
 
-TEST(GStreamerTiming, TheSameCapsAgainChangeNothing) {
+TEST(GStreamerTiming, NewCapsOfTheSameFormatChangeNothing) {
     ElementHarness harness;
     harness.Set("suppression", kOff);
     const std::vector<float> input = Noise(9600);
     harness.Push(Part(input, 0, 4800));
-    GstAudioInfo info = InfoOf({});
+    const GstAudioInfo info = InfoOf({});
     GstCaps* caps = gst_audio_info_to_caps(&info);
+    gst_caps_set_simple(caps, "title", G_TYPE_STRING, "another", nullptr);
     harness.Send(gst_event_new_caps(caps));
     gst_caps_unref(caps);
     harness.Push(Part(input, 4800, 4800));
