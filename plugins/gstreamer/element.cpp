@@ -10,6 +10,9 @@
 #include "plugins/gstreamer/element_properties.h"
 #include "plugins/gstreamer/element_state.h"
 
+GST_DEBUG_CATEGORY_STATIC(audio_filter_debug);
+#define GST_CAT_DEFAULT audio_filter_debug
+
 namespace audio_filter {
 
 namespace {
@@ -119,6 +122,9 @@ gboolean Setup(GstAudioFilter* filter, const GstAudioInfo* info) {
         return FALSE;
     }
     state.latency = state.stream->Latency();
+    GST_INFO_OBJECT(filter, "%d Hz, %d channels, latency %" GST_TIME_FORMAT,
+                    GST_AUDIO_INFO_RATE(info), GST_AUDIO_INFO_CHANNELS(info),
+                    GST_TIME_ARGS(state.latency.load()));
     g_object_notify(G_OBJECT(filter), "latency");
     gst_element_post_message(GST_ELEMENT_CAST(filter),
                              gst_message_new_latency(GST_OBJECT_CAST(filter)));
@@ -150,7 +156,10 @@ StreamSettings SettingsAt(GstBaseTransform* base, GstClockTime timestamp) {
 
 GstFlowReturn TransformInPlace(GstBaseTransform* base, GstBuffer* buffer) {
     TimedStream& stream = *State(base).stream;
-    if (!stream.Continues(buffer)) {
+    // Backwards, each buffer lies before the previous one.
+    if (base->segment.rate < 0.0 || !stream.Continues(buffer)) {
+        GST_DEBUG_OBJECT(base, "new run at %" GST_TIME_FORMAT,
+                         GST_TIME_ARGS(GST_BUFFER_PTS(buffer)));
         const GstFlowReturn flow = PushPending(base);
         if (flow != GST_FLOW_OK) {
             return flow;
@@ -266,11 +275,13 @@ void Get(GObject* object, guint property, GValue* value, GParamSpec* spec) {
 
 void Finalize(GObject* object) {
     const std::unique_ptr<ElementState> state(Self(object)->state);
+
     G_OBJECT_CLASS(parent)->finalize(object);
 }
 
 void InitClass(gpointer type, gpointer /*data*/) {
     parent = static_cast<GstBaseTransformClass*>(g_type_class_peek_parent(type));
+    GST_DEBUG_CATEGORY_INIT(audio_filter_debug, "audiofilter", 0, "captured audio cleaner");
     auto* object = G_OBJECT_CLASS(type);
     object->set_property = Set;
     object->get_property = Get;

@@ -97,12 +97,18 @@ void ElementHarness::Append(Output& output, GstBuffer* buffer) const {
     const auto channels = static_cast<std::size_t>(mInfo.channels);
     const bool planar = mInfo.layout == GST_AUDIO_LAYOUT_NON_INTERLEAVED;
     for (std::size_t i = 0; i < mapped.n_samples * channels; ++i) {
-        const void* plane = mapped.planes[planar ? i % channels : 0];
-        const std::size_t at = planar ? i / channels : i;
-        output.samples.push_back(
-            mInfo.finfo->width == 16
-                ? static_cast<float>(static_cast<const std::int16_t*>(plane)[at]) / 32768.0F
-                : static_cast<const float*>(plane)[at]);
+        const auto width = static_cast<std::size_t>(mInfo.finfo->width / 8);
+        const void* from = static_cast<const std::byte*>(mapped.planes[planar ? i % channels : 0]) +
+                           (planar ? i / channels : i) * width;
+        std::int16_t s16 = 0;
+        float sample = 0.0F;
+        if (width == sizeof(s16)) {
+            std::memcpy(&s16, from, width);
+            sample = static_cast<float>(s16) / 32768.0F;
+        } else {
+            std::memcpy(&sample, from, width);
+        }
+        output.samples.push_back(sample);
     }
     output.buffers.push_back({GST_BUFFER_PTS(buffer), GST_BUFFER_DURATION(buffer), mapped.n_samples,
                               GST_BUFFER_FLAG_IS_SET(buffer, GST_BUFFER_FLAG_GAP) != 0,

@@ -25,7 +25,6 @@ TEST(GStreamerInstances, TwoHundredLeaveNoMemoryBehind) {
     OpenAndClose(200);
     const std::size_t after = AllocatedBytes();
     std::printf("%zu bytes before, %zu after 200 instances\n", before, after);
-    // One instance holds 300 kB.
     EXPECT_LT(after, before + 50000);
 }
 

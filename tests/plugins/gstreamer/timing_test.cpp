@@ -218,6 +218,27 @@ TEST(GStreamerTiming, ANewSegmentComesAfterWhatWasPendingAndALongerOneChangesNot
     }
 }
 
+TEST(GStreamerTiming, BackwardsEachBufferKeepsItsTimestampAndContent) {
+    ElementHarness harness;
+    harness.Set("suppression", kOff);
+    GstSegment segment;
+    gst_segment_init(&segment, GST_FORMAT_TIME);
+    segment.rate = -1.0;
+    segment.stop = GST_SECOND;
+    harness.Send(gst_event_new_segment(&segment));
+    const std::vector<float> input = Noise(240);
+    for (const GstClockTime timestamp : {15, 10, 5, 0}) {
+        harness.Push(input, timestamp * GST_MSECOND);
+    }
+    harness.Send(gst_event_new_eos());
+    const Output output = harness.Pull();
+    ASSERT_EQ(output.buffers.size(), 4U);
+    for (std::size_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(output.buffers[i].timestamp, (15 - 5 * i) * GST_MSECOND);
+        EXPECT_EQ(Part(output.samples, 240 * i, 240), input);
+    }
+}
+
 TEST(GStreamerTiming, BuffersWithoutTimestampsStayWithout) {
     ElementHarness harness;
     harness.Set("suppression", kOff);
