@@ -154,24 +154,32 @@ StreamSettings SettingsAt(GstBaseTransform* base, GstClockTime timestamp) {
     return ToStreamSettings(Wanted(base));
 }
 
-GstFlowReturn TransformInPlace(GstBaseTransform* base, GstBuffer* buffer) {
-    TimedStream& stream = *State(base).stream;
+/// Ends the previous run if the buffer does not continue it.
+GstFlowReturn Join(GstBaseTransform* base, GstBuffer* buffer) {
     // Backwards, each buffer lies before the previous one.
-    if (base->segment.rate < 0.0 || !stream.Continues(buffer)) {
-        GST_DEBUG_OBJECT(base, "new run at %" GST_TIME_FORMAT,
-                         GST_TIME_ARGS(GST_BUFFER_PTS(buffer)));
-        const GstFlowReturn flow = PushPending(base);
-        if (flow != GST_FLOW_OK) {
-            return flow;
-        }
+    if (base->segment.rate > 0.0 && State(base).stream->Continues(buffer)) {
+        return GST_FLOW_OK;
     }
-    const gssize frames = stream.Process(
+    GST_DEBUG_OBJECT(base, "new run at %" GST_TIME_FORMAT, GST_TIME_ARGS(GST_BUFFER_PTS(buffer)));
+    return PushPending(base);
+}
+
+void PostPartialFrames(GstBaseTransform* base, GstBuffer* buffer) {
+    GST_ELEMENT_ERROR(
+        base, STREAM, FORMAT, ("A buffer does not hold whole frames of the negotiated format."),
+        ("%" G_GSIZE_FORMAT " bytes, %d bytes per frame; raw files need rawaudioparse",
+         gst_buffer_get_size(buffer), GST_AUDIO_INFO_BPF(&State(base).stream->Info())));
+}
+
+GstFlowReturn TransformInPlace(GstBaseTransform* base, GstBuffer* buffer) {
+    const GstFlowReturn joined = Join(base, buffer);
+    if (joined != GST_FLOW_OK) {
+        return joined;
+    }
+    const gssize frames = State(base).stream->Process(
         buffer, [base](GstClockTime timestamp) { return SettingsAt(base, timestamp); });
     if (frames < 0) {
-        GST_ELEMENT_ERROR(
-            base, STREAM, FORMAT, ("A buffer does not hold whole frames of the negotiated format."),
-            ("%" G_GSIZE_FORMAT " bytes, %d bytes per frame; raw files need rawaudioparse",
-             gst_buffer_get_size(buffer), GST_AUDIO_INFO_BPF(&stream.Info())));
+        PostPartialFrames(base, buffer);
         return GST_FLOW_ERROR;
     }
     Report(base);
@@ -275,7 +283,6 @@ void Get(GObject* object, guint property, GValue* value, GParamSpec* spec) {
 
 void Finalize(GObject* object) {
     const std::unique_ptr<ElementState> state(Self(object)->state);
-
     G_OBJECT_CLASS(parent)->finalize(object);
 }
 
