@@ -5,16 +5,21 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <chrono>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <mutex>
+#include <thread>
 #include <utility>
 
 namespace {
 
 obs_source_info filterInfo = {};
 std::string modulePath;
+
+std::atomic<int> instances = 0;  ///< of the test's input and of the filter
 
 std::mutex logLock;
 std::string logText;
@@ -35,20 +40,32 @@ obs_source_info InputInfo() {
     info.type = OBS_SOURCE_TYPE_INPUT;
     info.output_flags = OBS_SOURCE_AUDIO;
     info.get_name = [](void*) { return "Test input"; };
-    info.create = [](obs_data_t*, obs_source_t*) -> void* { return &data; };
-    info.destroy = [](void*) {};
+    info.create = [](obs_data_t*, obs_source_t*) -> void* {
+        ++instances;
+        return &data;
+    };
+    info.destroy = [](void*) { --instances; };
     return info;
 }
 
 }  // namespace
 
-/// Takes a copy of what the plug-in registers.
+/// Takes a copy of what the plug-in registers, and counts its instances.
 void obs_register_source_s(const obs_source_info* info, std::size_t size) {
+    obs_source_info counted = *info;
     if (std::strcmp(info->id, "audio_filter") == 0) {
-        std::memcpy(&filterInfo, info, std::min(size, sizeof(filterInfo)));
+        filterInfo = *info;
+        counted.create = [](obs_data_t* settings, obs_source_t* source) {
+            ++instances;
+            return filterInfo.create(settings, source);
+        };
+        counted.destroy = [](void* filter) {
+            filterInfo.destroy(filter);
+            --instances;
+        };
     }
     using Register = void(const obs_source_info*, std::size_t);
-    reinterpret_cast<Register*>(dlsym(RTLD_NEXT, "obs_register_source_s"))(info, size);
+    reinterpret_cast<Register*>(dlsym(RTLD_NEXT, "obs_register_source_s"))(&counted, size);
 }
 
 namespace audio_filter::obs {
@@ -84,6 +101,15 @@ bool StartObs(const std::string& folder) {
 long StopObs() {
     obs_shutdown();
     return bnum_allocs();
+}
+
+void WaitForDestruction() {
+    constexpr int kTries = 10000;
+    for (int i = 0; i < kTries && instances > 0; ++i) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    EXPECT_EQ(instances, 0);
+    obs_wait_for_destroy_queue();
 }
 
 void SetAudio(std::uint32_t rate, speaker_layout speakers) {

@@ -23,10 +23,13 @@ std::string ModulePath();
 /// The functions of the plug-in's filter.
 const obs_source_info& FilterInfo();
 
+/// Waits until OBS has destroyed the sources and filters that were released; its audio thread holds some for longer.
+void WaitForDestruction();
+
 /// Sets OBS's audio format; no source may be alive.
 void SetAudio(std::uint32_t rate, speaker_layout speakers);
 
-/// Interleaves nothing: samples per channel.
+/// Samples per channel.
 using Channels = std::vector<std::vector<float>>;
 
 /// A block that came out of the filter.
