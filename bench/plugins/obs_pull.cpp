@@ -59,7 +59,7 @@ std::vector<float> Read(const char* path) {
 
 [[noreturn]] void Fail(const char* message) {
     std::fprintf(stderr, "obs_pull: %s\n", message);
-    std::exit(1);
+    std::_Exit(1);
 }
 
 obs_source_t* AddFilter(obs_source_t* source, char** arguments) {

@@ -39,11 +39,12 @@ inline Channels Delayed(const Channels& in, std::size_t frames) {
 
 /// RMS level in dBFS of the last half.
 inline double Level(const std::vector<float>& samples) {
+    const std::size_t half = samples.size() / 2;
     double sum = 0;
-    for (std::size_t i = samples.size() / 2; i < samples.size(); ++i) {
+    for (std::size_t i = samples.size() - half; i < samples.size(); ++i) {
         sum += static_cast<double>(samples[i]) * samples[i];
     }
-    return 10.0 * std::log10(sum / static_cast<double>(samples.size() / 2) + 1e-20);
+    return 10.0 * std::log10(sum / static_cast<double>(half) + 1e-20);
 }
 
 }  // namespace audio_filter::obs
