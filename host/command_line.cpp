@@ -9,6 +9,7 @@
 #include "host/clean_command.h"
 #include "host/console.h"
 #include "host/info_command.h"
+#include "host/microphone/microphone_command.h"
 #include "host/options.h"
 
 namespace {
@@ -40,9 +41,10 @@ int RunCommandLine(int argc, const char* const* argv, std::ostream& out, std::os
     try {
         app.parse(argc, argv);
         const Console console = {out, err, std::move(progress)};
-        return app.got_subcommand("info")  ? RunInfo(arguments, console)
-               : app.got_subcommand("mix") ? RunMix(arguments, console)
-                                           : RunClean(arguments, console);
+        return app.got_subcommand("info")         ? RunInfo(arguments, console)
+               : app.got_subcommand("mix")        ? RunMix(arguments, console)
+               : app.got_subcommand("microphone") ? RunMicrophone(arguments, console)
+                                                  : RunClean(arguments, console);
     } catch (const CLI::ParseError& error) {
         if (error.get_exit_code() == 0) {  // --help and --version
             app.exit(error, out, err);

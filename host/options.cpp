@@ -112,19 +112,27 @@ void DeclareManyFiles(CLI::App& command, Arguments& arguments) {
     Group(command, "Many files");
 }
 
-void DeclareSettings(CLI::App& command, Arguments& arguments) {
+void DeclareSuppressionAndGain(CLI::App& command, Arguments& arguments) {
     AddSetting(command, "denoise", arguments.denoise, "0|1|2|3|off",
                "suppression level, 0 mild to 3 most aggressive");
     AddSetting(command, "gain", arguments.gain, "0..1|off",
                "strength of a fixed curve that shapes the waveform (19 % distortion of a sine of "
                "-6 dBFS at 1); not a loudness target");
+}
+
+void DeclareMusic(CLI::App& command, Arguments& arguments) {
+    AddSetting(command, "music", arguments.music, "ignore|keep",
+               "ignore, or keep: suppress noise at level 0 while music is detected");
+}
+
+void DeclareSettings(CLI::App& command, Arguments& arguments) {
+    DeclareSuppressionAndGain(command, arguments);
     AddSetting(command, "phase-check", arguments.phaseCheck, "file|live|off",
                "invert the left channel where it is reversed: from the first reversed frame "
                "(file) or from the verdict on, seconds later (live)");
     AddSetting(command, "mix", arguments.mix, "on|off",
                "mix all sources, or process the first one alone");
-    AddSetting(command, "music", arguments.music, "ignore|keep",
-               "ignore, or keep: suppress noise at level 0 while music is detected");
+    DeclareMusic(command, arguments);
     CLI::Option* const at =
         Add(command, "--at", arguments.changes, "TIME:SETTING=VALUE,...",
             "change settings in mid-stream: at 3.5:denoise=off,gain=0.4 or 1:02:03:mix=off "
@@ -140,6 +148,18 @@ void DeclareSettings(CLI::App& command, Arguments& arguments) {
               "length of the blocks passed to the filter, 1 to 1000 ms; no effect on the output")
               ->capture_default_str(),
           BlockSizes::Parse);
+    Group(command, "Processing");
+}
+
+void DeclareMicrophone(CLI::App& command, Arguments& arguments) {
+    Add(command, "ACTION", arguments.action, "install|remove|status",
+        "install the configuration, remove it, or show whether it is installed and runs")
+        ->check(CLI::IsMember({"install", "remove", "status"}).description(""));
+    Add(command, "--from", arguments.microphoneSource, "NODE",
+        "microphone to clean, by the name of its PipeWire node; without it, the default one");
+    Group(command, "Installation");
+    DeclareSuppressionAndGain(command, arguments);
+    DeclareMusic(command, arguments);
     Group(command, "Processing");
 }
 
@@ -204,6 +224,11 @@ void Declare(CLI::App& app, Arguments& arguments) {
                   "read the files to their end, which finds damage and unstated lengths");
     info.add_flag("--json", arguments.json, "print one line of JSON a file");
     DeclareSettings(info, arguments);
+
+    DeclareMicrophone(
+        *app.add_subcommand("microphone",
+                            "Install a virtual microphone, \"Clean microphone\", in PipeWire"),
+        arguments);
 
     for (CLI::App* command : app.get_subcommands({})) {
         TakeLast(*command);

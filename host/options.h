@@ -24,7 +24,9 @@ struct Arguments {
     bool skipExisting = false;
     bool dryRun = false;
     bool scan = false;
-    int jobs = 0;  ///< 0 for one a core
+    std::string action;            ///< of the microphone: install, remove or status
+    std::string microphoneSource;  ///< empty for the default microphone
+    int jobs = 0;                  ///< 0 for one a core
     std::string denoise = "2";
     std::string gain = "off";
     std::string phaseCheck = "file";

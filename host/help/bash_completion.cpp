@@ -15,7 +15,8 @@ _audio_filter_words() {
 }
 
 _audio_filter() {
-    local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD - 1]} command= options= i
+    local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD - 1]}
+    local command= options= arguments= i
     # '=' is a word of its own.
     if [[ $cur == = ]]; then
         cur=
@@ -32,6 +33,8 @@ constexpr const char* kBashEnd = R"(    esac
         _audio_filter_words "$options" "$cur"
     elif [[ -z $command ]]; then
         _audio_filter_words "$commands" "$cur"
+    elif [[ -n $arguments ]]; then
+        _audio_filter_words "$arguments" "$cur"
     else
         _audio_filter_files -f "$cur"
     fi
@@ -77,16 +80,20 @@ std::string BashCompletion(const std::vector<CommandEntry>& table) {
     for (std::size_t i = 0; i < table.size(); ++i) {
         const std::string name = i == 0 ? "" : table[i].name;
         std::vector<std::string> names;
+        std::string arguments;
         for (const OptionEntry& option : table[i].options) {
             names.insert(names.end(), option.names.begin(), option.names.end());
-            if (!option.names.empty() && !option.form.empty()) {
+            if (option.names.empty()) {
+                arguments = BashJoined(ValuesOf(option.form), " ");
+            } else if (!option.form.empty()) {
                 values += BashCase(name, option);
             }
         }
         if (i > 0) {
             commands.push_back(name);
         }
-        options += "        '" + name + "') options='" + BashJoined(names, " ") + "' ;;\n";
+        options += "        '" + name + "') options='" + BashJoined(names, " ") + "'" +
+                   (arguments.empty() ? "" : " arguments='" + arguments + "'") + " ;;\n";
     }
     return kBashStart + ("            " + BashJoined(commands, " | ")) +
            ") command=${COMP_WORDS[i]}; break ;;\n        esac\n    done\n" +

@@ -7,11 +7,14 @@
 
 namespace {
 
+std::string FormOf(const CLI::Option& option) {
+    const std::string form = option.get_type_size() != 0 ? option.get_type_name() : "";
+    return form.empty() && option.get_positional() ? option.get_name(true) : form;
+}
+
 OptionEntry EntryOf(const CLI::Option& option) {
     OptionEntry entry = {.names = {},
-                         .form = option.get_positional()       ? option.get_name(true)
-                                 : option.get_type_size() != 0 ? option.get_type_name()
-                                                               : "",
+                         .form = FormOf(option),
                          .text = option.get_description(),
                          .standard = option.get_default_str(),
                          .group = option.get_group(),

@@ -31,7 +31,8 @@ std::string FishLine(const std::string& condition, const OptionEntry& option) {
         text += name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1);
     }
     if (option.names.empty()) {
-        return text + " -F\n";
+        const bool isFile = ValueTypeOf(option.form) == ValueType::kFile;
+        return text + (isFile ? " -F" : FishValue(option.form)) + "\n";
     }
     return text + (option.form.empty() ? "" : FishValue(option.form)) + " -d " +
            FishQuoted(option.text) + "\n";

@@ -37,7 +37,8 @@ constexpr const char* kManEnd =
 Everything has been done.
 .TP
 .B 1
-A file cannot be cleaned, or an output cannot be written.
+A file cannot be cleaned, an output cannot be written, or the virtual
+microphone is not installed.
 .TP
 .B 2
 The command line cannot be parsed.
@@ -59,6 +60,9 @@ Clean files into files beside them, at the loudness of podcasts.
 .TP
 audio\-filter mix talk.wav music.flac \-o mix.wav
 Clean two recordings and mix them.
+.TP
+audio\-filter microphone install
+Add a microphone without noise to those of PipeWire.
 .TP
 arecord \-f S16_LE \-r 48000 | audio\-filter clean \- \-\-wav \-o \- | aplay
 Clean a microphone live.
@@ -105,12 +109,23 @@ std::string Paragraph(const OptionEntry& option) {
     return ".TP\n" + Heading(option) + "\n" + Escaped(option.text + standard) + "\n";
 }
 
+/// "FILE..."
+std::string PositionalArguments(const CommandEntry& command) {
+    std::string text;
+    for (const OptionEntry& option : command.options) {
+        if (option.names.empty()) {
+            text += " \\fI" + Escaped(option.form) + "\\fR" + (option.repeats ? "..." : "");
+        }
+    }
+    return text;
+}
+
 std::string Synopsis(const std::vector<CommandEntry>& table) {
     std::string text = ".SH SYNOPSIS\n";
     const std::string program = Escaped(table.front().name);
     for (std::size_t i = 1; i < table.size(); ++i) {
         text += (i == 1 ? "" : ".br\n") + (".B " + program) + " " + table[i].name +
-                "\n[\\fIOPTIONS\\fR] \\fIFILE\\fR...\n";
+                "\n[\\fIOPTIONS\\fR]" + PositionalArguments(table[i]) + "\n";
     }
     return text;
 }

@@ -33,7 +33,7 @@ std::string ZshValue(const OptionEntry& option) {
 /// An argument of _arguments.
 std::string ZshSpecification(const OptionEntry& option) {
     if (option.names.empty()) {
-        return "'*:" + ZshEscaped(option.form) + ":_files'";
+        return (option.repeats ? "'*" : "'1") + ZshValue(option) + "'";
     }
     std::string excluded;
     std::string names;
