@@ -71,15 +71,24 @@ std::ostream& operator<<(std::ostream& out, Quoted quoted) {
     return out << '"' << quoted.text << '"';
 }
 
-/// With a decimal point for numbers, as Turtle tells integers and decimals apart.
+/// A number as Turtle writes decimals.
+struct Decimal {
+    float value;
+};
+
+std::ostream& operator<<(std::ostream& out, Decimal decimal) {
+    return out << std::fixed << std::setprecision(1) << decimal.value;
+}
+
+/// A number as Turtle writes decimals or integers.
 struct Value {
     const ControlPort& port;
     float value;
 };
 
 std::ostream& operator<<(std::ostream& out, Value value) {
-    const bool isNumber = value.port.type == ControlPort::Type::kNumber;
-    return out << std::fixed << std::setprecision(isNumber ? 1 : 0) << value.value;
+    return value.port.type == ControlPort::Type::kNumber ? out << Decimal{value.value}
+                                                         : out << static_cast<int>(value.value);
 }
 
 void WriteAudioPort(std::ostream& out, const Variant& variant, int index) {
@@ -161,7 +170,8 @@ void WritePresetHead(std::ostream& out, const Variant& variant, const Preset& pr
         << variant.uri << "> ;\n";
 }
 
-/// Every setting but "enabled", so that a preset does not depend on the one before.
+/// Every setting but "enabled", so that a preset does not depend on the one before. As decimals: some hosts skip
+/// integers.
 void WritePresets(std::ostream& out, const Variant& variant) {
     for (const Preset& preset : kPresets) {
         WritePresetHead(out, variant, preset);
@@ -169,7 +179,7 @@ void WritePresets(std::ostream& out, const Variant& variant) {
         for (std::size_t control = kSuppressionPort; control < kLatencyPort; ++control) {
             const ControlPort& port = kControlPorts[control];
             out << "\t\tlv2:symbol " << Quoted{port.symbol} << " ;\n\t\tpset:value "
-                << Value{port, ValueIn(preset, control)}
+                << Decimal{ValueIn(preset, control)}
                 << (control + 1 < kLatencyPort ? "\n\t] , [\n" : "\n\t] .\n");
         }
     }
