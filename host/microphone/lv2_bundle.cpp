@@ -1,18 +1,14 @@
 #include "host/microphone/lv2_bundle.h"
 
-#include <cstdlib>
 #include <sstream>
 #include <string>
+
+#include "host/microphone/environment.h"
 
 namespace {
 
 constexpr const char* kStandardPath =
     "~/.lv2:/usr/lib/" AUDIO_FILTER_ARCHITECTURE "/lv2:/usr/lib/lv2:/usr/local/lib/lv2";
-
-std::string Environment(const char* name) {
-    const char* const value = std::getenv(name);
-    return value != nullptr ? value : "";
-}
 
 }  // namespace
 

@@ -1,13 +1,13 @@
 #include "host/microphone/microphone_command.h"
 
 #include <CLI/CLI.hpp>
-#include <cstdlib>
 #include <filesystem>
 #include <ostream>
 #include <string>
 
 #include "host/clean_arguments.h"
 #include "host/failure.h"
+#include "host/microphone/environment.h"
 #include "host/microphone/filter_chain.h"
 #include "host/microphone/lv2_bundle.h"
 #include "host/microphone/pipewire_nodes.h"
@@ -22,15 +22,15 @@ constexpr const char* kRestart =
 
 /// By the XDG base directory specification, in which relative paths count as unset.
 fs::path ConfigFolder() {
-    const char* const config = std::getenv("XDG_CONFIG_HOME");
-    if (config != nullptr && fs::path(config).is_absolute()) {
+    fs::path config = Environment("XDG_CONFIG_HOME");
+    if (config.is_absolute()) {
         return config;
     }
-    const char* const home = std::getenv("HOME");
-    if (home == nullptr || !fs::path(home).is_absolute()) {
+    const fs::path home = Environment("HOME");
+    if (!home.is_absolute()) {
         throw Failure("neither XDG_CONFIG_HOME nor HOME is set");
     }
-    return fs::path(home) / ".config";
+    return home / ".config";
 }
 
 fs::path ConfigFile() {
@@ -62,7 +62,7 @@ void Install(const Arguments& arguments, std::ostream& out) {
     file.Commit();
     out << "installed: " + Failure::Printable(path.string()) +
                "\nplug-in:   " + Failure::Printable(bundle->string()) + "\n" + kRestart;
-    if (std::getenv("LV2_PATH") != nullptr) {
+    if (!Environment("LV2_PATH").empty()) {
         out << "note: LV2_PATH is set here, and must be set for PipeWire, too\n";
     }
 }

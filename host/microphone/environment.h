@@ -1,0 +1,6 @@
+#pragma once
+
+#include <string>
+
+/// An environment variable; empty if it is not set.
+std::string Environment(const char* name);
