@@ -227,7 +227,7 @@ TEST(GStreamerTiming, BackwardsEachBufferKeepsItsTimestampAndContent) {
     segment.stop = GST_SECOND;
     harness.Send(gst_event_new_segment(&segment));
     const std::vector<float> input = Noise(240);
-    for (const GstClockTime timestamp : {15, 10, 5, 0}) {
+    for (const GstClockTime timestamp : {15U, 10U, 5U, 0U}) {
         harness.Push(input, timestamp * GST_MSECOND);
     }
     harness.Send(gst_event_new_eos());
