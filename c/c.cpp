@@ -5,10 +5,10 @@
 #include <memory>
 #include <new>
 
-#include "c_log.h"
+#include "c/c_log.h"
+#include "c/structures.h"
 #include "common/result_code.h"
 #include "stream/stream.h"
-#include "structures.h"
 
 using namespace audio_filter;
 using namespace audio_filter::internal;

@@ -1,4 +1,4 @@
-#include "c_log.h"
+#include "c/c_log.h"
 
 #include <cstdarg>
 #include <cstdio>

@@ -1,4 +1,4 @@
-#include "structures.h"
+#include "c/structures.h"
 
 #include <algorithm>
 #include <cmath>
