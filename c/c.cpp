@@ -49,19 +49,18 @@ int Guarded(Operation operation) {
     }
 }
 
-bool IsStarted(const audio_filter_stream& stream) {
-    return stream.stream.Latency() > 0;
-}
-
-/// Whether a call of a function of the audio thread is allowed.
-int Check(const audio_filter_stream* stream) {
+/// Whether there is a stream, which a failed reset has not stopped.
+int CheckStarted(const audio_filter_stream* stream) {
     if (stream == nullptr) {
         return AUDIO_FILTER_ERROR_ARGUMENT;
     }
-    if (stream->isCallingBack) {
-        return AUDIO_FILTER_ERROR_NESTED;
-    }
-    return IsStarted(*stream) ? AUDIO_FILTER_OK : AUDIO_FILTER_ERROR_MEMORY;
+    return stream->stream.Latency() > 0 ? AUDIO_FILTER_OK : AUDIO_FILTER_ERROR_MEMORY;
+}
+
+/// Whether the stream may also process.
+int Check(const audio_filter_stream* stream) {
+    return stream != nullptr && stream->isCallingBack ? AUDIO_FILTER_ERROR_NESTED
+                                                      : CheckStarted(stream);
 }
 
 bool HasBuffers(const audio_filter_stream& stream, void* const* out) {
@@ -215,7 +214,10 @@ int32_t audio_filter_drain(audio_filter_stream* stream, void* const* out, int32_
 }
 
 int audio_filter_set_settings(audio_filter_stream* stream, const audio_filter_settings* settings) {
-    if (stream == nullptr || settings == nullptr) {
+    if (const int error = CheckStarted(stream); error != AUDIO_FILTER_OK) {
+        return error;
+    }
+    if (settings == nullptr) {
         return AUDIO_FILTER_ERROR_ARGUMENT;
     }
     StreamSettings converted;
@@ -227,15 +229,15 @@ int audio_filter_set_settings(audio_filter_stream* stream, const audio_filter_se
 }
 
 int audio_filter_get_settings(const audio_filter_stream* stream, audio_filter_settings* settings) {
-    if (stream == nullptr) {
-        return AUDIO_FILTER_ERROR_ARGUMENT;
+    if (const int error = CheckStarted(stream); error != AUDIO_FILTER_OK) {
+        return error;
     }
     return ToC(stream->stream.Settings(), settings);
 }
 
 int audio_filter_set(audio_filter_stream* stream, int setting, double value) {
-    if (stream == nullptr) {
-        return AUDIO_FILTER_ERROR_ARGUMENT;
+    if (const int error = CheckStarted(stream); error != AUDIO_FILTER_OK) {
+        return error;
     }
     StreamSettings latest;
     StreamSettings changed;
@@ -250,7 +252,10 @@ int audio_filter_set(audio_filter_stream* stream, int setting, double value) {
 }
 
 int audio_filter_get(const audio_filter_stream* stream, int setting, double* value) {
-    if (stream == nullptr || value == nullptr) {
+    if (const int error = CheckStarted(stream); error != AUDIO_FILTER_OK) {
+        return error;
+    }
+    if (value == nullptr) {
         return AUDIO_FILTER_ERROR_ARGUMENT;
     }
     return GetOne(stream->stream.Settings(), setting, *value);

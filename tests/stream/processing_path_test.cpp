@@ -87,6 +87,7 @@ private:
         settings.phaseCheck = round % 2 == 0;
         settings.mix = round % 7 < 4;
         settings.music = round % 11 < 9 ? MusicMode::kKeep : MusicMode::kIgnore;
+        settings.highBand = round % 13 < 6;
         settings.reversed = static_cast<std::uint16_t>(round % 6);
         mStream.SetSettings(settings);
     }
