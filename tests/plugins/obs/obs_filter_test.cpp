@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
+#include <string>
+#include <thread>
 
 #include "tests/plugins/obs/obs_host.h"
 #include "tests/plugins/obs/signals.h"
@@ -65,6 +68,45 @@ TEST(ObsFilter, AppliesSettingsWhileAudioRuns) {
     EXPECT_GT(Level(source.PlayAll(in, 480)[0]), Level(in[0]) + 6.0);
     source.Update(R"({"gain_on": false})");
     EXPECT_NEAR(Level(source.PlayAll(in, 480)[0]), Level(in[0]), 0.1);
+}
+
+std::size_t LongestRunOfZeros(const std::vector<float>& samples) {
+    std::size_t longest = 0;
+    std::size_t run = 0;
+    for (const float sample : samples) {
+        run = sample == 0.0F ? run + 1 : 0;
+        longest = std::max(longest, run);
+    }
+    return longest;
+}
+
+TEST(ObsFilter, LeavesNoGapWhileAnotherThreadChangesSettingsAndReadsReports) {
+    SetAudio(48000, SPEAKERS_STEREO);
+    FilteredSource source;
+    source.PlayAll(Noise(2, 4800, 0.3F), 480);
+    std::atomic<bool> playing = true;
+    std::atomic<int> changes = 0;
+    std::thread user([&source, &playing, &changes] {
+        for (; playing; ++changes) {
+            const std::string on = changes % 2 == 0 ? "true" : "false";
+            source.Update((R"({"suppression": )" + std::to_string(changes % 5 - 1) +
+                           R"(, "gain_on": )" + on + R"(, "phase_check": )" + on +
+                           R"(, "music_detection": )" + on + "}")
+                              .c_str());
+            obs_properties_destroy(obs_source_properties(source.Filter()));
+            FilterInfo().video_tick(obs_obj_get_data(source.Filter()), 0.0F);
+        }
+    });
+    constexpr int kLeastChanges = 50;
+    std::size_t longest = 0;
+    for (int i = 0; i < 50 || changes < kLeastChanges; ++i) {
+        for (const std::vector<float>& samples : source.PlayAll(Noise(2, 4800, 0.3F), 480)) {
+            longest = std::max(longest, LongestRunOfZeros(samples));
+        }
+    }
+    playing = false;
+    user.join();
+    EXPECT_LE(longest, 8U);
 }
 
 TEST(ObsFilter, PlaysNoOldSoundAfterItWasSwitchedOffAndOn) {
