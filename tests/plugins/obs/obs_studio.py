@@ -1,5 +1,5 @@
 """OBS Studio on a virtual display, with settings of its own, controlled over obs-websocket (protocol 5)."""
-import base64, hashlib, json, os, pathlib, secrets, subprocess, time
+import base64, hashlib, json, os, pathlib, secrets, shutil, subprocess, time
 
 import websocket
 
@@ -66,9 +66,11 @@ class ObsStudio:
 
     def __init__(self, folder, rate=48000, layout="Stereo", size=(128, 72), fps=10):
         self.folder = pathlib.Path(folder)
+        self.slowest = 0.0  # response, in seconds
         config = self.folder / "config" / "obs-studio"
         profile = config / "basic" / "profiles" / "test"
         profile.mkdir(parents=True, exist_ok=True)
+        shutil.rmtree(config / "basic" / "scenes", ignore_errors=True)  # of an earlier run
         self.password = secrets.token_hex(16)
         (config / "global.ini").write_text(GLOBAL_INI.format(port=PORT, password=self.password))
         (profile / "basic.ini").write_text(PROFILE_INI.format(
@@ -119,8 +121,10 @@ class ObsStudio:
 
     def call(self, request, **data):
         """Sends a request. @return the data of its response"""
+        start = time.monotonic()
         self.socket.send(json.dumps({"op": 6, "d": {"requestType": request, "requestId": "1", "requestData": data}}))
         response = json.loads(self.socket.recv())["d"]
+        self.slowest = max(self.slowest, time.monotonic() - start)
         if not response["requestStatus"]["result"]:
             raise ObsError(f"{request}: {response['requestStatus']}")
         return response.get("responseData", {})
