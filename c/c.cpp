@@ -266,14 +266,15 @@ int32_t audio_filter_latency(const audio_filter_stream* stream) {
 }
 
 int audio_filter_is_music(const audio_filter_stream* stream) {
-    return stream == nullptr ? int{AUDIO_FILTER_ERROR_ARGUMENT} : int{stream->stream.IsMusic()};
+    return stream == nullptr ? int{AUDIO_FILTER_ERROR_ARGUMENT}
+                             : static_cast<int>(stream->stream.IsMusic());
 }
 
 int audio_filter_is_reversed(const audio_filter_stream* stream, int32_t source) {
     if (stream == nullptr || source < 0 || source > 15) {
         return AUDIO_FILTER_ERROR_ARGUMENT;
     }
-    return stream->stream.IsReversed(source);
+    return static_cast<int>(stream->stream.IsReversed(source));
 }
 
 float audio_filter_reduction(const audio_filter_stream* stream) {

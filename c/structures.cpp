@@ -20,6 +20,10 @@ bool IsWithin(double value, double least, double most) {
     return value >= least && value <= most;  // not NaN
 }
 
+std::int32_t ToInt(bool on) {
+    return on ? 1 : 0;
+}
+
 /// Writes the first bytes of a structure to that of a host.
 template <typename Structure>
 int Fill(Structure structure, Structure* out, std::size_t size, std::size_t first) {
@@ -52,10 +56,10 @@ audio_filter_settings Converted(const StreamSettings& settings) {
     return {.size = sizeof(audio_filter_settings),
             .suppression = settings.suppression.value_or(AUDIO_FILTER_OFF),
             .gain = settings.gain.value_or(AUDIO_FILTER_OFF),
-            .phase_check = settings.phaseCheck,
-            .music_detection = settings.music == MusicMode::kKeep,
-            .high_band = settings.highBand,
-            .mix = settings.mix,
+            .phase_check = ToInt(settings.phaseCheck),
+            .music_detection = ToInt(settings.music == MusicMode::kKeep),
+            .high_band = ToInt(settings.highBand),
+            .mix = ToInt(settings.mix),
             .reversed = settings.reversed};
 }
 
@@ -122,7 +126,7 @@ int ToC(const StreamSettings& settings, audio_filter_settings* out) {
 int ToC(const StreamEvent& event, audio_filter_event* out) {
     return Fill<audio_filter_event>({.size = 0,
                                      .type = static_cast<std::int32_t>(event.type),
-                                     .on = event.on,
+                                     .on = ToInt(event.on),
                                      .source = event.source,
                                      .frame = event.frame},
                                     out, out == nullptr ? 0 : out->size, kFirstEventSize);

@@ -102,23 +102,27 @@ void Flush(GstBaseTransform* base) {
     }
 }
 
+bool StartStream(GstAudioFilter* filter, const GstAudioInfo& info) {
+    ElementState& state = State(filter);
+    try {
+        if (state.stream) {
+            EndVerdicts(GST_BASE_TRANSFORM_CAST(filter));
+        } else {
+            state.stream.emplace();
+        }
+        return state.stream->Init(info, ToStreamSettings(Wanted(filter)));
+    } catch (const std::bad_alloc&) {
+        PostNoMemory(filter);
+        return false;
+    }
+}
+
 gboolean Setup(GstAudioFilter* filter, const GstAudioInfo* info) {
-    auto* base = GST_BASE_TRANSFORM_CAST(filter);
     ElementState& state = State(filter);
     if (state.stream && gst_audio_info_is_equal(info, &state.stream->Info()) != FALSE) {
         return TRUE;
     }
-    try {
-        if (state.stream) {
-            EndVerdicts(base);
-        } else {
-            state.stream.emplace();
-        }
-        if (!state.stream->Init(*info, ToStreamSettings(Wanted(filter)))) {
-            return FALSE;
-        }
-    } catch (const std::bad_alloc&) {
-        PostNoMemory(filter);
+    if (!StartStream(filter, *info)) {
         return FALSE;
     }
     state.latency = state.stream->Latency();
