@@ -20,7 +20,7 @@ libc = ctypes.CDLL(None)
 
 @pytest.fixture(autouse=True)
 def end_after_a_deadlock():
-    faulthandler.dump_traceback_later(60, exit=True)
+    faulthandler.dump_traceback_later(60, exit=True, file=sys.__stderr__)
     yield
     faulthandler.cancel_dump_traceback_later()
 
