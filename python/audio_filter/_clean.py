@@ -32,7 +32,7 @@ def clean(array: ArrayLike, rate: int, *, suppression: Optional[int] = 2, gain: 
     >>> cleaned.shape, cleaned.dtype, bool(cleaned[:, 24000:].std() < channels_first.std() / 5)
     ((2, 48000), dtype('float64'), True)
     """
-    given = np.asarray(array)
+    given = np.asarray(array).view()
     dtype = _DTYPES.get(given.dtype.newbyteorder("=").name)
     if dtype is None:
         raise TypeError(f"the array is {given.dtype.name}, not int16, float32 or float64")

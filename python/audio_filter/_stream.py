@@ -170,7 +170,7 @@ class Stream:
         """Processes a block and returns as many frames as it receives.
 
         sources: an array for each source, of the dtype of the stream and of shape (frames, channels), or of shape (frames,) for
-                 one channel; 0 frames or more. Strided, read-only and byte-swapped arrays and those in the other layout
+                 one channel; 0 frames or more. Strided, unaligned and byte-swapped arrays and those in the other layout
                  (see `planar`) are copied, 192000 frames at a time; all others are read where they lie.
         out:     where to write; of the shape of the first source, in any layout. It may be one of the sources (processed in place),
                  and overlap them. Without it, a new array in the layout of the stream is returned.
@@ -190,14 +190,14 @@ class Stream:
             raise ValueError("the sources have different numbers of frames: "
                              + ", ".join(str(len(array)) for array in arrays))
         if out is None:
-            out = np.empty(arrays[0].shape, self._dtype, order="F" if self._planar else "C")
+            result = target = np.empty(arrays[0].shape, self._dtype, order="F" if self._planar else "C")
         else:
-            self._check_out(out, arrays[0].shape)
-            arrays = [array.copy() if np.may_share_memory(array, out) and not is_same(array, out) else array
+            result, target = out, self._checked_out(out, arrays[0].shape)
+            arrays = [array.copy() if np.may_share_memory(array, target) and not is_same(array, target) else array
                       for array in arrays]
-        self._dimensions = out.ndim
-        self._process([with_channels(array) for array in arrays], with_channels(np.asarray(out)))
-        return out
+        self._dimensions = target.ndim
+        self._process([with_channels(array) for array in arrays], with_channels(target))
+        return result
 
     def drain(self) -> Samples:
         """Ends the input and returns what is pending: `latency` frames after `process`, 0 after `drain` and `reset`.
@@ -275,23 +275,26 @@ class Stream:
             library.check(library.set(self._open(), number, value), detail)
 
     def _checked(self, array: Samples, name: str) -> Samples:
-        if array.dtype.newbyteorder("=") != self._dtype:
-            raise TypeError(f"the stream processes {self._dtype.name}, and {name} is {array.dtype.name}: convert it, or create "
+        """A view, which stays as it is whatever other threads do to the shape of the array."""
+        view = array.view()
+        if view.dtype.newbyteorder("=") != self._dtype:
+            raise TypeError(f"the stream processes {self._dtype.name}, and {name} is {view.dtype.name}: convert it, or create "
                             "the stream with another dtype")
-        if array.ndim == 1 and self._channels == 1 or array.ndim == 2 and array.shape[1] == self._channels:
-            return array
+        if view.ndim == 1 and self._channels == 1 or view.ndim == 2 and view.shape[1] == self._channels:
+            return view
         wanted = "(frames,) or (frames, 1)" if self._channels == 1 else f"(frames, {self._channels})"
-        hint = "; pass its transpose" if array.ndim == 2 and array.shape[0] == self._channels else ""
-        raise ValueError(f"{name} is of shape {array.shape}, not {wanted}{hint}")
+        hint = "; pass its transpose" if view.ndim == 2 and view.shape[0] == self._channels else ""
+        raise ValueError(f"{name} is of shape {view.shape}, not {wanted}{hint}")
 
-    def _check_out(self, out: Samples, shape: tuple[int, ...]) -> None:
+    def _checked_out(self, out: Samples, shape: tuple[int, ...]) -> Samples:
         if not isinstance(out, np.ndarray):
             raise TypeError(f"out is of type {type(out).__name__}, not numpy.ndarray")
         if not out.flags.writeable:
             raise ValueError("out is read-only")
-        self._checked(out, "out")
-        if out.shape != shape:
-            raise ValueError(f"out is of shape {out.shape}, and the first source of {shape}")
+        view = self._checked(np.asarray(out), "out")
+        if view.shape != shape:
+            raise ValueError(f"out is of shape {view.shape}, and the first source of {shape}")
+        return view
 
     def _process(self, sources: list[Samples], out: Samples) -> None:
         """Processes arrays of (frames, channels) of any dtype and layout. Sources that overlap `out` are `out`."""

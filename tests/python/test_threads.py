@@ -32,10 +32,9 @@ class BlockedInProcess:
     passes the first one, and returns to Python while the other thread is on its way to the second one.
     """
 
-    def __init__(self, stream):
+    def __init__(self, stream, samples=np.zeros(960, "float32")):
         self.stream, self.finished = stream, False
-        silence = np.zeros(960, "float32")
-        stream.process(silence)
+        stream.process(np.zeros(960, "float32"))
         stream.mix, stream.gain = False, 0.5
         self._barrier = ctypes.create_string_buffer(64)
         assert libc.pthread_barrier_init(self._barrier, None, 2) == 0
@@ -43,7 +42,7 @@ class BlockedInProcess:
         assert set_callback(stream._handle, libc.pthread_barrier_wait, self._barrier) == 0
 
         def process():
-            stream.process(silence)
+            self.result = stream.process(samples)
             self.finished = True
 
         self._thread = threading.Thread(target=process)
@@ -71,6 +70,16 @@ def test_settings_reports_and_close_do_not_wait_for_a_block_that_is_processed():
     assert not blocked.finished
     blocked.release()
     assert blocked.finished and stream.closed
+
+
+def test_the_shape_of_an_array_may_change_while_it_is_processed():
+    samples = np.ones((400000, 1), "float32")
+    blocked = BlockedInProcess(Stream(suppression=None), samples)
+    samples.shape = (1, 400000)
+    with pytest.raises(ValueError):
+        samples.resize(10)
+    blocked.release()
+    assert blocked.result.shape == (400000, 1) and (blocked.result[300000:] == blocked.result[-1]).all()
 
 
 def test_after_a_fork_a_stream_that_was_idle_goes_on_and_one_that_was_in_use_is_closed(noise):
@@ -138,6 +147,19 @@ def test_a_stream_that_is_open_when_the_interpreter_ends_is_no_error():
     ended = run_python("import audio_filter, builtins, sys\n"
                        "stream = audio_filter.Stream()\n"
                        "sys.kept, builtins.kept = audio_filter.Stream(), audio_filter.Stream()\n")
+    assert (ended.returncode, ended.stdout, ended.stderr) == (0, "", "")
+
+
+def test_a_daemon_thread_that_processes_when_the_interpreter_ends_is_no_error():
+    ended = run_python("import audio_filter, numpy, threading\n"
+                       "entered = threading.Event()\n"
+                       "def run():\n"
+                       "    stream = audio_filter.Stream(48000, 8)\n"
+                       "    while True:\n"
+                       "        entered.set()\n"
+                       "        stream.process(numpy.zeros((48000, 8), 'float32'))\n"
+                       "threading.Thread(target=run, daemon=True).start()\n"
+                       "entered.wait()\n")
     assert (ended.returncode, ended.stdout, ended.stderr) == (0, "", "")
 
 
