@@ -49,11 +49,10 @@ class Event(ctypes.Structure):
 class Handle(c_void_p):
     """A stream of the library. It lives as long as a call uses it, even when Stream.close() has dropped it."""
 
-    def __del__(self, destroy: Any = None) -> None:
-        destroy = destroy or _destroy
-        if self.value and destroy is not None:
+    def __del__(self) -> None:
+        if self.value and _destroy is not None:  # None at the end of the interpreter
             value, self.value = self.value, None
-            destroy(value)
+            _destroy(value)
 
 
 _FUNCTIONS: dict[str, tuple[Any, ...]] = {

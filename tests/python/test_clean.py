@@ -29,6 +29,15 @@ def test_every_layout_gives_the_same_samples_in_the_dtype_it_came_in(noise, layo
     assert np.array_equal(cleaned, clean(noise, 48000))
 
 
+def test_arrays_in_c_order_in_fortran_order_and_transposed_are_read_where_they_lie(noise, monkeypatch):
+    given = [noise, noise[100:200], noise[:, 0].copy(), *(LAYOUTS[name](noise) for name in list(LAYOUTS)[:3])]
+    monkeypatch.setattr(np, "array", None)  # what makes the copies
+    for array in given[:-1]:
+        clean(array, 48000)
+    with pytest.raises(TypeError, match="NoneType"):
+        clean(given[-1], 48000)
+
+
 @pytest.mark.parametrize("frames", [0, 1, 516, 517, 518, 1034, 48000])
 def test_with_every_stage_off_the_result_is_the_input_for_lengths_around_the_latency_of_517(noise, frames):
     for given in (noise[:frames], noise[:frames, 0], noise[:frames, :1], (noise[:frames] * 30000).astype("int16")):

@@ -2,13 +2,14 @@
 
 import copy
 import gc
+import os
 import pickle
 
 import numpy as np
 import pytest
 
 import audio_filter
-from audio_filter import Event, Stream
+from audio_filter import Event, Stream, _library
 
 EVERY_STAGE_OFF = {"suppression": None}
 
@@ -66,8 +67,10 @@ def test_usable_layouts_are_processed_where_they_lie(noise, monkeypatch):
         Stream(48000, planar=planar).process(mono, out=mono)
         Stream(48000, planar=planar).process(mono[:, np.newaxis], out=mono[:, np.newaxis])
     assert not np.array_equal(interleaved, noise)
-    with pytest.raises(TypeError, match="NoneType"):
-        Stream(48000, 2).process(channels_first.T, out=interleaved)
+    unaligned = np.frombuffer(b"x" + noise.tobytes(), "u1")[1:].view("f4").reshape(noise.shape)
+    for copied in (channels_first.T, unaligned):
+        with pytest.raises(TypeError, match="NoneType"):
+            Stream(48000, 2).process(copied, out=interleaved)
 
 
 @pytest.mark.parametrize("planar", [False, True])
@@ -84,6 +87,40 @@ def test_in_place_and_overlapping_outputs_give_the_same_samples(noise, planar):
         swapped = np.array(samples, order=order)
         Stream(48000, 2, planar=planar).process(swapped, out=swapped[:, ::-1])
         assert np.array_equal(swapped[:, ::-1], expected)
+
+
+def random_view(random, memory, dtype, grid, frames, channels):
+    """An array of (frames, channels) in a memory of bytes: in C or Fortran order, strided, reversed or unaligned."""
+    step = int(random.choice([1, 1, 2, -1, -2]))
+    rows = frames * abs(step)
+    size = rows * channels * dtype.itemsize
+    start = int(random.integers(0, len(memory) - size)) // grid * grid
+    samples = memory[start:start + size].view(dtype)
+    wide = samples.reshape(rows, channels) if random.integers(2) else samples.reshape(channels, rows).T
+    return wide[::step, ::int(random.choice([1, 1, -1]))]
+
+
+def test_40_random_sets_of_views_of_one_memory_give_the_samples_of_copies_and_nothing_else_is_written():
+    seed = int(os.environ.get("AUDIO_FILTER_SEED", np.random.SeedSequence().entropy % 2**32))
+    print(f"AUDIO_FILTER_SEED={seed}")
+    random = np.random.default_rng(seed)
+    for _ in range(40):
+        channels, sources, frames = (int(random.integers(1, end)) for end in (9, 4, 600))
+        dtype = np.dtype(random.choice(["int16", "float32"]))
+        grid = int(random.choice([dtype.itemsize, dtype.itemsize, 1]))
+        samples = random.normal(0, 3000, 10000)
+        memory = (samples.astype("int16") if dtype == "int16" else (samples / 32768).astype("float32")).view("u1")
+        stored = dtype.newbyteorder(random.choice(["<", "<", ">"]))
+        views = [random_view(random, memory, stored, grid, frames % (len(memory) // 64), channels) for _ in range(sources)]
+        out = views[0] if random.integers(3) == 0 else random_view(random, memory, stored, grid, len(views[0]), channels)
+        format = {"channels": channels, "dtype": dtype, "sources": sources, "planar": bool(random.integers(2))}
+        expected = Stream(8000, **format).process(*(view.astype(dtype) for view in views))
+        afterwards = memory.copy()
+        place = np.lib.stride_tricks.as_strided(afterwards[out.__array_interface__["data"][0] - memory.ctypes.data:]
+                                                [:0].view(stored), out.shape, out.strides)
+        place[...] = expected
+        assert Stream(8000, **format).process(*views, out=out) is out
+        assert np.array_equal(memory, afterwards)
 
 
 def test_settings_are_properties_that_change_while_the_stream_runs(noise):
@@ -232,13 +269,27 @@ def test_a_stream_is_neither_copied_nor_pickled_nor_opened_twice():
         stream.__init__()
 
 
-def test_streams_in_reference_cycles_and_half_built_ones_are_collected():
+def test_closed_and_forgotten_streams_and_those_in_reference_cycles_are_destroyed(monkeypatch):
+    gc.collect()
+    destroyed = []
+    destroy = _library._destroy
+    monkeypatch.setattr(_library, "_destroy", lambda value: destroyed.append(value) or destroy(value))
+
     class Owner:
         pass
 
-    for _ in range(100):
+    for _ in range(10):
         owner = Owner()
         owner.stream, owner.self = Stream(), owner
-    Stream.__new__(Stream)
     del owner
-    assert gc.collect() > 0
+    gc.collect()
+    assert len(destroyed) == 10
+    stream = Stream()
+    stream.close()
+    assert len(destroyed) == 11
+    Stream()
+    assert len(destroyed) == 12
+    Stream.__new__(Stream)
+    with pytest.raises(ValueError):
+        Stream(channels=9)
+    assert len(destroyed) == 12
