@@ -3,11 +3,10 @@
 from __future__ import annotations
 
 import ctypes
-import sys
 from ctypes import POINTER, c_char_p, c_double, c_float, c_int, c_int32, c_int64, c_size_t, c_uint32, c_void_p
 from typing import Any
 
-NAME = "audiofilter.dll" if sys.platform == "win32" else "libaudiofilter.so.0"
+NAME = "libaudiofilter.so.0"
 OLDEST = 100  # 0.1.0, as audio_filter_version() counts
 
 S16, FLOAT, S16_PLANAR, FLOAT_PLANAR = 1, 3, 6, 8

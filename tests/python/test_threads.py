@@ -171,7 +171,10 @@ def build(folder, source):
 
 
 def test_a_library_that_is_missing_is_an_import_error_that_names_its_package():
-    ended = run_python("import audio_filter", LD_LIBRARY_PATH="")
+    ended = run_python("import ctypes, numpy\n"
+                       "load = ctypes.CDLL\n"
+                       "ctypes.CDLL = lambda name: load('/nowhere/' + name)  # even where the library is installed\n"
+                       "import audio_filter\n")
     assert ended.returncode == 1
     assert "ImportError: audio_filter needs libaudiofilter.so.0 (Debian package libaudio-filter0)" in ended.stderr
 
