@@ -153,6 +153,7 @@ public:
     /// @param size bytes, 1 .. one second of the stream at its own rate, a multiple of the number of
     ///        sources; on return (RESULT_RESAMPLED) the bytes in outData. If the suppressor refuses
     ///        the block, it has already been divided by the number of sources.
+    /// @param sources at least one; only their number counts
     /// @param param the format of the buffer
     /// @param timestamp not used
     /// @return RESULT_RESAMPLED, RESULT_BAD_ARGUMENT, RESULT_INVALID, RESULT_NOT_INITIALISED, or the
@@ -167,6 +168,7 @@ public:
     /// @param size bytes, 1 .. one second per source, a multiple of the number of sources; on return
     ///        (RESULT_OK) the bytes in outData. If the mixer refuses the length, it has been rounded
     ///        down to whole samples.
+    /// @param sources one type per source block; only their number counts
     /// @return RESULT_OK, RESULT_BAD_ARGUMENT, RESULT_INVALID, RESULT_NOT_INITIALISED, or the mixer's
     ///         own code: RESULT_BAD_ARGUMENT for more than 16 sources
     int SyncProcessDelay(const char* inData, char* outData, int& size,

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+/// @file
 /// How AudioFilter treats the sample rate of a stream. These functions are the only definition of the
 /// rules; hosts may use them to predict the effect of Init. [any]
 

@@ -22,11 +22,12 @@ struct AUDIO_FILTER_API algoParam {
     unsigned short sampleRate;   ///< Hz
     unsigned short frameLength;  ///< samples of a segment, about 32 ms
     unsigned int hop;            ///< samples from one segment to the next
+    /// For each threshold, the centres of the share of low-energy segments, 0..1; speech first.
     float lowEnergyCentres[4][4];
-    float lowEnergyThresholds[4];
-    float subBandCentres[4][3];
-    unsigned int bandStart;  ///< first transform bin of the sub-bands
-    unsigned int fftSize;    ///< samples that are transformed
+    float lowEnergyThresholds[4];  ///< of a low-energy segment, as a factor of the mean energy
+    float subBandCentres[4][3];    ///< of the shares of power in three sub-bands; speech first
+    unsigned int bandStart;        ///< first transform bin of the sub-bands
+    unsigned int fftSize;          ///< samples that are transformed
 };
 
 /// The music detector: decides about once a second whether a stream is music or speech, from the

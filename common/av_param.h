@@ -7,6 +7,7 @@
 #include "common/export.h"
 #include "common/media_process.h"
 
+/// @file
 /// The parameter records that accompany media buffers through the engine. The audio library reads
 /// and writes only the audio format of AVParam and carries everything else unchanged.
 ///
@@ -16,11 +17,16 @@
 
 /// A virtual background.
 struct AUDIO_FILTER_API VBGParams {
+    /// @{
+    /// [any] A plain value.
     VBGParams();
     VBGParams(const VBGParams& other);
     VBGParams& operator=(const VBGParams& other);
     ~VBGParams();
+    /// @}
 
+    /// @{
+    /// Carried unchanged.
     std::int32_t mode = -1;
     std::int32_t backgroundKind = 0;
     std::string modelPath;
@@ -52,15 +58,21 @@ struct AUDIO_FILTER_API VBGParams {
     std::string cachePath;
     std::string logPath;
     std::int32_t threads = 4;
+    /// @}
 };
 
 /// Recognition and translation.
 struct AUDIO_FILTER_API AIPar {
+    /// @{
+    /// [any] A plain value.
     AIPar();
     AIPar(const AIPar& other);
     AIPar& operator=(const AIPar& other);
     ~AIPar();
+    /// @}
 
+    /// @{
+    /// Carried unchanged.
     std::int32_t service = 6;
     std::int32_t task = -1;
     std::int32_t model = 0;
@@ -78,28 +90,37 @@ struct AUDIO_FILTER_API AIPar {
     std::string key;
     std::string secret;
     std::string session;
+    /// @}
 };
 
 /// Resources of the engine's beauty filter.
 struct AUDIO_FILTER_API BeautyInitParams {
+    /// @{
+    /// [any] A plain value.
     BeautyInitParams();
     BeautyInitParams(const BeautyInitParams& other);
     BeautyInitParams& operator=(const BeautyInitParams& other);
     ~BeautyInitParams();
+    /// @}
 
+    /// @{
+    /// Carried unchanged.
     std::string resourcePath;
     std::string modelPath;
     std::string licencePath;
+    /// @}
 };
 
 /// Opaque bytes that the engine attaches to a buffer.
 struct AUDIO_FILTER_API ProcessUsrData {
+    /// [any] No bytes.
     ProcessUsrData();
     /// A copy of a record without bytes is a default record.
     ProcessUsrData(const ProcessUsrData& other);
     /// Reuses the allocation when the sizes are equal; when memory runs out, the target is unchanged.
     /// Assigning a record without bytes leaves none, and size -1.
     ProcessUsrData& operator=(const ProcessUsrData& other);
+    /// [any] Frees the bytes.
     ~ProcessUsrData();
 
     std::int32_t size = -1;  ///< bytes; -1 for none
@@ -111,11 +132,16 @@ private:
 
 /// The parameters of a media buffer.
 struct AUDIO_FILTER_API AVParam {
+    /// @{
+    /// [any] A plain value.
     AVParam();
     AVParam(const AVParam& other);
     AVParam& operator=(const AVParam& other);
     ~AVParam();
+    /// @}
 
+    /// @{
+    /// Carried unchanged.
     std::int32_t streamIndex = -1;
     std::int32_t mediaType = 4;
     std::string streamName;
@@ -128,9 +154,12 @@ struct AUDIO_FILTER_API AVParam {
     std::int32_t videoQuality = 3;
     std::string imageWatermark;
     std::string textWatermark;
+    /// @}
     std::int32_t audioSampleRate = -1;  ///< Hz
-    std::int32_t audioChannels = -1;
-    std::int32_t audioSampleFmt = -1;  ///< a SampleFmt
+    std::int32_t audioChannels = -1;    ///< 1 or more; -1 for none
+    std::int32_t audioSampleFmt = -1;   ///< a SampleFmt
+    /// @{
+    /// Carried unchanged.
     std::int32_t audioFrameSize = -1;
     std::int32_t audioBitRate = -1;
     std::int32_t audioCodec = -1;
@@ -142,4 +171,5 @@ struct AUDIO_FILTER_API AVParam {
     std::int64_t captureTime = 0;
     std::int64_t sendTime = 0;
     std::int64_t serial = 0;
+    /// @}
 };

@@ -4,6 +4,7 @@
 #include <map>
 #include <string>
 
+/// @file
 /// The vocabulary that the library shares with the media engine. The audio library uses the
 /// processing kinds 0 to 4, the source types and the sample formats; the rest is the engine's.
 ///

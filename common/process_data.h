@@ -48,11 +48,11 @@ public:
     /// [setup] Sets the callback for the release of the last reference; null for none.
     void SetFree(ReleaseCallback callback, void* context);
 
-    char* data = nullptr;              ///< payload, capacity bytes
-    std::int32_t size = 0;             ///< bytes of payload in use
-    std::vector<std::int32_t> values;  ///< unused by the library
-    unsigned long long timestamp = 0;
-    AVParam param;
+    char* data = nullptr;                ///< payload, capacity bytes
+    std::int32_t size = 0;               ///< bytes of payload in use
+    std::vector<std::int32_t> values;    ///< unused by the library
+    unsigned long long timestamp = 0;    ///< in any unit
+    AVParam param;                       ///< the parameters of the payload
     ProcessUsrData* userData = nullptr;  ///< null for none
     std::int32_t capacity = 0;           ///< bytes that data holds
 

@@ -39,8 +39,7 @@ public:
     ProcessDataPool(const ProcessDataPool&) = delete;
     ProcessDataPool& operator=(const ProcessDataPool&) = delete;
 
-    /// [any] Acquires a filled entry with one reference. Allocates its payload. The overload without
-    /// parameters keeps those of the entry's previous use, or of a call that ran out of memory.
+    /// [any] Acquires a filled entry with one reference. Allocates its payload.
     /// @param data `size` bytes, copied
     /// @param size bytes, at least 0
     /// @param param by value, so the caller allocates
@@ -50,17 +49,22 @@ public:
     ///         when memory runs out
     ProcessData* GetProcessData(char* data, int size, AVParam param, unsigned long long timestamp,
                                 ProcessUsrData* usr);
+
+    /// [any] The same without parameters: keeps those of the entry's previous use, or of a call that
+    /// ran out of memory.
     ProcessData* GetProcessData(char* data, int size, unsigned long long timestamp,
                                 ProcessUsrData* usr);
 
     /// [any] The oldest entry in use, without adding a reference; null when the list is empty.
     ProcessData* GetFrontInputData();
 
+    /// @{
     /// [any] The numbers of entries: free, in total, and used (the total less the free ones, so that
     /// entries which never return count).
     int GetFreeDataSize();
     int GetMaxDataSize();
     int GetUsedDataSize();
+    /// @}
 
     /// [setup] Frees the payload and the user data of every free entry. Takes no lock.
     void FreeUnused();

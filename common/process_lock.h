@@ -4,6 +4,7 @@
 
 #include "common/export.h"
 
+/// @file
 /// The lock and condition variable behind every class of the library that guards state: a critical
 /// section and its condition variable on Windows, a re-entrant lock with the same operations
 /// elsewhere.
@@ -21,11 +22,13 @@
 
 /// A re-entrant lock: its owner may lock it again and must unlock it as often. Opaque.
 struct ProcessLock {
+    /// Private to the operations.
     alignas(std::max_align_t) unsigned char storage[96] = {};
 };
 
 /// A condition variable for use with a ProcessLock. Opaque.
 struct ProcessCond {
+    /// Private to the operations.
     alignas(std::max_align_t) unsigned char storage[96] = {};
 };
 
@@ -57,6 +60,8 @@ AUDIO_FILTER_API int process_cond_signal(ProcessCond* cond);
 AUDIO_FILTER_API int process_cond_wait(ProcessCond* cond, ProcessLock* lock);
 
 /// [any] As process_cond_wait, with a time limit by a monotonic clock.
+/// @param cond the condition
+/// @param lock held by this thread
 /// @param ms limit in milliseconds; 0 returns at once, a negative number sets no limit
 /// @return non-zero when woken, 0 on time-out or failure
 AUDIO_FILTER_API int process_cond_wait_time(ProcessCond* cond, ProcessLock* lock, int ms);
@@ -64,7 +69,9 @@ AUDIO_FILTER_API int process_cond_wait_time(ProcessCond* cond, ProcessLock* lock
 /// [any] Locks on construction and unlocks on destruction.
 class AUDIO_FILTER_API ProcessAutolock {
 public:
+    /// [any] Locks.
     explicit ProcessAutolock(ProcessLock* lock);
+    /// [any] Unlocks.
     ~ProcessAutolock();
     ProcessAutolock(const ProcessAutolock&) = delete;
     ProcessAutolock& operator=(const ProcessAutolock&) = delete;

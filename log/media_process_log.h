@@ -57,6 +57,7 @@ public:
 
     /// [any] Writes a line, without date or prefix. It accesses a file: do not call it from a thread
     /// that must not block.
+    /// @param level 1..4
     /// @param format and the arguments: as for printf
     /// @return in this order: RESULT_OK for a level below the logger's, RESULT_NOT_INITIALISED without
     ///         an open file, RESULT_BAD_ARGUMENT for an empty format, each with the lock left held;

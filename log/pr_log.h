@@ -37,6 +37,7 @@ public:
 
     /// [any] Adds and initialises a writer. A writer whose Init fails is still added. The id
     /// counter is not atomic: no other thread may create a writer elsewhere at the same time.
+    /// @param type PROCESS_LOG_CONSOLE or PROCESS_LOG_FILE
     /// @param param the writer's parameter block: PRConsoleLogParam or PRFileLogParam
     /// @param level 1..4, the lowest level that the writer prints
     /// @return the writer's id; RESULT_FAILURE for another type, or when memory runs out
@@ -54,13 +55,16 @@ public:
     /// @return RESULT_OK
     virtual int RemoveAllLog();
 
+    /// @{
     /// [any] Dispatches a message at level 2, 1, 3 or 4. Writers access files and streams: do not
     /// call this from a thread that must not block.
+    /// @param prefix stands before the message
     /// @param format and the arguments: as for printf
     virtual void Info(std::string prefix, const char* format, ...);
     virtual void Debug(std::string prefix, const char* format, ...);
     virtual void Warn(std::string prefix, const char* format, ...);
     virtual void Error(std::string prefix, const char* format, ...);
+    /// @}
 
 private:
     using Writers = std::vector<PRLogWriter*>;

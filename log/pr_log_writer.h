@@ -21,6 +21,9 @@ public:
     virtual int Init(void* param) = 0;
 
     /// [setup] Prints prefix, ":", the formatted message and a newline, and flushes.
+    /// @param level 1..4
+    /// @param prefix printed as it is
+    /// @param format as for vprintf
     /// @param args the va_list itself where it is a char*, else its address. It is consumed. Null
     ///        means no arguments: conversions are printed literally.
     /// @return RESULT_OK, also for a message below the writer's level; RESULT_FAILURE without a
@@ -42,6 +45,6 @@ protected:
     explicit PRLogWriter(int level);
     ~PRLogWriter() = default;
 
-    std::int32_t mLevel;
-    std::int32_t mId;
+    std::int32_t mLevel;  ///< the lowest level that is written
+    std::int32_t mId;     ///< what GetId returns
 };

@@ -1,6 +1,9 @@
 #pragma once
 
-/// AUDIO_FILTER_STREAM_API marks what the stream library exports; see common/export.h.
+/// @file
+/// What the library of the stream exports.
+
+/// Marks what the library exports; see common/export.h.
 #if defined(AUDIO_FILTER_STATIC)
 #define AUDIO_FILTER_STREAM_API
 #elif !defined(_WIN32)

@@ -11,9 +11,10 @@ namespace audio_filter {
 
 /// Frames of a recording, from `begin` up to but not including `end`.
 struct Stretch {
-    std::int64_t begin;
-    std::int64_t end;
+    std::int64_t begin;  ///< the first frame
+    std::int64_t end;    ///< the frame after the last one
 
+    /// [any] Whether both are the same frames.
     bool operator==(const Stretch&) const = default;
 };
 
@@ -34,7 +35,9 @@ public:
     PolarityScan(const PolarityScan&) = delete;
     PolarityScan& operator=(const PolarityScan&) = delete;
 
-    /// [audio] Adds the next frames. @param samples 2 * frames, interleaved, full scale at 1
+    /// [audio] Adds the next frames.
+    /// @param samples 2 * frames, interleaved, full scale at 1
+    /// @param frames any number
     void Add(const float* samples, std::size_t frames);
 
     /// [setup] Ends the recording. @return the reversed stretches, in order

@@ -66,6 +66,7 @@ public:
 
     /// [audio] Ends the input and returns what is pending: Latency() frames since the last Process,
     /// over as many calls as it takes. A later call of Process continues after this silence.
+    /// @param out as for Process
     /// @param frames room in `out`, 1..StreamFormat::maxFrames
     /// @return frames written, 0 when nothing is pending; 0 for invalid arguments, too
     int Drain(void* const* out, int frames);

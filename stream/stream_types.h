@@ -5,7 +5,9 @@
 
 #include "common/media_process.h"
 
+/// @file
 /// The format, the settings and the events of a stream (stream/stream.h).
+
 namespace audio_filter {
 
 /// What a stream carries. All sources and the output share it.
@@ -30,15 +32,17 @@ struct StreamSettings {
     std::optional<float> gain = {};      ///< gain curve, 0..1 (units/audio_gain.h); none for off
     bool phaseCheck = false;             ///< stereo only: detect a reversed channel and correct it
     bool mix = true;                     ///< all sources; false for the first one alone
-    MusicMode music = MusicMode::kIgnore;
+    MusicMode music = MusicMode::kIgnore;  ///< how suppression treats music
     bool highBand = true;        ///< above 48000 Hz: keep what lies above the suppressor's band
     std::uint16_t reversed = 0;  ///< stereo only: bit n negates the left channel of source n
 
+    /// [any] Whether all settings are equal; a gain of NaN equals none.
     bool operator==(const StreamSettings&) const = default;
 };
 
 /// A change in a stream.
 struct StreamEvent {
+    /// What has changed.
     enum class Type : std::uint8_t {
         kSuppression,  ///< `on`: noise suppression was switched
         kGain,         ///< `on`: the gain curve was switched
@@ -48,9 +52,9 @@ struct StreamEvent {
         kReversed      ///< `on`: whether the left channel of `source` is now negated
     };
 
-    Type type = Type::kSuppression;
-    bool on = false;
-    int source = 0;          ///< 0..15, for kReversed
+    Type type = Type::kSuppression;  ///< what has changed
+    bool on = false;                 ///< what it has changed to
+    int source = 0;                  ///< 0..15, for kReversed
     std::int64_t frame = 0;  ///< frames that the stream had received at the start of the block
 };
 

@@ -39,6 +39,7 @@ public:
 
     /// [audio] Maps a block in place, although it is declared const. Unless the gain is 0, every float
     /// result is in -1..1 (-1 for NaN).
+    /// @param buf samples at any address
     /// @param size bytes, at least 1; the bytes of an incomplete last sample are unchanged
     /// @return RESULT_OK; RESULT_BAD_ARGUMENT for a null buffer or a size below 1;
     ///         RESULT_NOT_INITIALISED
@@ -46,6 +47,7 @@ public:
 
     /// [audio] The same for the sample format in the call, initialised or not, without checks; does
     /// nothing for a null buffer or a size without a whole sample.
+    /// @param buf samples at any address
     /// @param size bytes, any number
     /// @param fmt SAMPLE_FMT_S16 or SAMPLE_FMT_FLT, for planar samples, too
     /// @return RESULT_OK; RESULT_UNSUPPORTED_FORMAT for any other format, the planar ones included

@@ -38,6 +38,7 @@ public:
     /// @return true
     bool Clear();
 
+    /// @{
     /// [audio] Corrects the block if more than 0.7 of the audible frames before this call were opposed
     /// and there were more than half a second of them; then counts the frames of this block. The
     /// statistics restart once twenty seconds more of opposed frames than of in-phase frames have
@@ -49,18 +50,23 @@ public:
     ///         with a positive count: the block is then unchanged
     int Check(short* samples, int count);
     int Check(float* samples, int count);
+    /// @}
 
+    /// @{
     /// [audio] Corrects the block while the score is high: on above six seconds of net opposed frames,
     /// off at three seconds or below. A frame with a zero sample scores nothing. Arguments and result
     /// as for Check, whose statistics it does not touch.
     int Check2(short* samples, int count);
     int Check2(float* samples, int count);
+    /// @}
 
+    /// @{
     /// [audio] Shares, 0..1, of the frames that Check has counted since its statistics last restarted;
     /// 0 without any.
     float GetInPhaseRatio();
     float GetOpposedPhaseRatio();
     float GetSilenceRatio();
+    /// @}
 
 private:
     template <typename Sample>

@@ -32,6 +32,7 @@
  * time, but for [setup] functions of the same stream: never allocates or locks, unless it says so.
  */
 
+/** Marks the functions of the library. Define AUDIO_FILTER_C_STATIC when linking it statically. */
 #if defined(AUDIO_FILTER_C_STATIC)
 #define AUDIO_FILTER_C_API
 #elif !defined(_WIN32)
@@ -46,9 +47,12 @@
 extern "C" {
 #endif
 
+/** A stream. Opaque. */
 typedef struct audio_filter_stream audio_filter_stream;
 
+/** What a call returns when it fails; each has a sentence, audio_filter_strerror(). */
 typedef enum audio_filter_error {
+    /** Done */
     AUDIO_FILTER_OK = 0,
     /** A null pointer, or an unknown setting */
     AUDIO_FILTER_ERROR_ARGUMENT = -1,
@@ -73,6 +77,8 @@ AUDIO_FILTER_C_API const char* audio_filter_strerror(int error);
 
 /** [any] The version of the library that runs; AUDIO_FILTER_VERSION is the one of this header. */
 AUDIO_FILTER_C_API uint32_t audio_filter_version(void);
+
+/** [any] The version of the library that runs, as text: "1.2.3". */
 AUDIO_FILTER_C_API const char* audio_filter_version_string(void);
 
 /** Samples: 16-bit, or 32-bit float with full scale at -1..1. Interleaved: one buffer for all channels. */
@@ -85,12 +91,13 @@ enum {
 
 /** All sources and the output share it. */
 typedef struct audio_filter_format {
+    /** sizeof the structure */
     uint32_t size;
     /** Hz, 8000..192000; default 48000 */
     int32_t sample_rate;
     /** 1..8; default 1 */
     int32_t channels;
-    /** default AUDIO_FILTER_FLOAT */
+    /** AUDIO_FILTER_S16, AUDIO_FILTER_FLOAT or their planar forms; default AUDIO_FILTER_FLOAT */
     int32_t samples;
     /** 1..16; default 1 */
     int32_t sources;
@@ -100,9 +107,12 @@ typedef struct audio_filter_format {
     int32_t finite;
 } audio_filter_format;
 
+/** Switches off noise suppression or the gain curve, as the value of its setting. */
 #define AUDIO_FILTER_OFF (-1)
 
+/** What a stream does. */
 typedef struct audio_filter_settings {
+    /** sizeof the structure */
     uint32_t size;
     /** Noise suppression: level, 0 mild .. 3 most aggressive, or AUDIO_FILTER_OFF; default 2 */
     int32_t suppression;
@@ -131,8 +141,10 @@ enum {
     AUDIO_FILTER_REVERSED
 };
 
-/** [any] Fill in the defaults above. `size` is sizeof the structure as the caller knows it. */
+/** [any] Fills in the defaults above. `size` is sizeof the structure as the host was compiled. */
 AUDIO_FILTER_C_API int audio_filter_default_format(audio_filter_format* format, size_t size);
+
+/** [any] The same for the settings. */
 AUDIO_FILTER_C_API int audio_filter_default_settings(audio_filter_settings* settings, size_t size);
 
 /** [setup] Starts a stream. Null for `format` or `settings` means the defaults. On failure *stream is null. */
@@ -150,26 +162,30 @@ AUDIO_FILTER_C_API int audio_filter_reset(audio_filter_stream* stream);
 
 /** [audio] Processes a block and returns as many frames as it receives.
  *
- * in:     interleaved: a buffer of frames * channels samples for each source; planar: a buffer of `frames` samples for each
- *         channel of each source, all channels of source 0 first.
- * out:    one buffer, or one for each channel, of the same layout. A buffer may be one of `in` if it holds the same
- *         channel; any other overlap makes the output undefined.
- * frames: 0..max_frames. With 0, nothing is read or written.
- *
- * Samples need the alignment of their type. */
+ * @param stream the stream
+ * @param in interleaved: a buffer of frames * channels samples for each source; planar: a buffer of `frames` samples for each
+ *        channel of each source, all channels of source 0 first. Samples need the alignment of their type.
+ * @param out one buffer, or one for each channel, of the same layout. A buffer may be one of `in` if it holds the same
+ *        channel; any other overlap makes the output undefined.
+ * @param frames 0..max_frames. With 0, nothing is read or written.
+ * @return AUDIO_FILTER_OK, or a negative error */
 AUDIO_FILTER_C_API int audio_filter_process(audio_filter_stream* stream, const void* const* in,
                                             void* const* out, int32_t frames);
 
-/** [audio] The same for streams of one source with interleaved samples. */
+/** [audio] The same for streams of one source with interleaved 16-bit samples. */
 AUDIO_FILTER_C_API int audio_filter_process_s16(audio_filter_stream* stream, const int16_t* in,
                                                 int16_t* out, int32_t frames);
+
+/** [audio] The same for 32-bit float. */
 AUDIO_FILTER_C_API int audio_filter_process_float(audio_filter_stream* stream, const float* in,
                                                   float* out, int32_t frames);
 
 /** [audio] Ends the input and returns what is pending, audio_filter_latency() frames, over as many calls as it takes.
  * A later call of audio_filter_process continues after this silence.
- * frames: room in `out`, 1..max_frames.
- * Returns the frames written, 0 when nothing is pending. */
+ * @param stream the stream
+ * @param out as for audio_filter_process()
+ * @param frames room in `out`, 1..max_frames
+ * @return the frames written, 0 when nothing is pending, or a negative error */
 AUDIO_FILTER_C_API int32_t audio_filter_drain(audio_filter_stream* stream, void* const* out,
                                               int32_t frames);
 
@@ -183,6 +199,8 @@ AUDIO_FILTER_C_API int audio_filter_get_settings(const audio_filter_stream* stre
 
 /** [any] One setting. Threads that set different settings at a time do not undo each other's. */
 AUDIO_FILTER_C_API int audio_filter_set(audio_filter_stream* stream, int setting, double value);
+
+/** [any] The latest value of one setting. */
 AUDIO_FILTER_C_API int audio_filter_get(const audio_filter_stream* stream, int setting,
                                         double* value);
 
@@ -198,6 +216,7 @@ AUDIO_FILTER_C_API int audio_filter_is_reversed(const audio_filter_stream* strea
 /** [any] The attenuation by noise suppression in the last processing block, in dB, 0 or above. */
 AUDIO_FILTER_C_API float audio_filter_reduction(const audio_filter_stream* stream);
 
+/** The changes that are reported. */
 typedef enum audio_filter_event_type {
     AUDIO_FILTER_EVENT_SUPPRESSION = 0, /**< `on`: noise suppression was switched */
     AUDIO_FILTER_EVENT_GAIN = 1,        /**< `on`: the gain curve was switched */
@@ -207,12 +226,13 @@ typedef enum audio_filter_event_type {
     AUDIO_FILTER_EVENT_REVERSED = 5     /**< `on`: the left channel of `source` is negated */
 } audio_filter_event_type;
 
+/** A change in a stream. */
 typedef struct audio_filter_event {
-    uint32_t size; /**< set by the library */
-    int32_t type;  /**< audio_filter_event_type */
-    int32_t on;    /**< 0 or 1 */
-    int32_t source;
-    int64_t frame; /**< frames that the stream had received at the start of the processing block */
+    uint32_t size;  /**< set by the library */
+    int32_t type;   /**< audio_filter_event_type */
+    int32_t on;     /**< 0 or 1 */
+    int32_t source; /**< 0..15, for AUDIO_FILTER_EVENT_REVERSED */
+    int64_t frame;  /**< frames that the stream had received at the start of the processing block */
 } audio_filter_event;
 
 /** Called on the thread that calls audio_filter_process or audio_filter_drain, before that returns: it must do nothing that the audio
@@ -229,6 +249,7 @@ AUDIO_FILTER_C_API int audio_filter_set_event_callback(audio_filter_stream* stre
 AUDIO_FILTER_C_API int audio_filter_next_event(audio_filter_stream* stream,
                                                audio_filter_event* event);
 
+/** How severe a message is. */
 typedef enum audio_filter_log_level {
     AUDIO_FILTER_LOG_ERROR = 0, /**< why no stream was created */
     AUDIO_FILTER_LOG_INFO = 1   /**< the format and latency of a new stream */
