@@ -11,10 +11,15 @@ import re
 import shutil
 import subprocess
 import sys
+import textwrap
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 DOCUMENTS = ["README.md", "CONTRIBUTING.md", "SECURITY.md", "CHANGELOG.md", "fuzz/README.md"]
-THREAD = re.compile(r"\[(audio|setup|any)\]")
+THREADS = {
+    "audio": "may run on the audio thread",
+    "setup": "may allocate; not while audio runs",
+    "any": "from any thread at any time",
+}
 
 
 def headers(version):
@@ -35,8 +40,13 @@ def headers(version):
 
 def header(text, group):
     """A header whose thread tags are labels, within the group of its interface."""
-    text = THREAD.sub(r'<span class="thread \1">\1</span>', text)
-    return text.replace("\n\n", f"\n/** @addtogroup {group} *//** @{{ */\n", 1) + "/** @} */\n"
+    for tag, meaning in THREADS.items():
+        text = text.replace(f"[{tag}]", f'<span class="thread {tag}" title="{meaning}">{tag}</span>')
+    start, end = f"/** @addtogroup {group} *//** @{{ */", "/** @} */"
+    if "\nnamespace audio_filter {\n\n" in text:
+        text = text.replace("\nnamespace audio_filter {\n\n", f"\nnamespace audio_filter {{\n{start}\n")
+        return text.replace("\n}  // namespace audio_filter\n", end + "\n}\n")
+    return text.replace("\n\n", f"\n{start}\n", 1) + end + "\n"
 
 
 def page_name(path):
@@ -51,6 +61,7 @@ def slug(heading):
     return re.sub(r"[^\w -]", "", text).strip().replace(" ", "-")
 
 
+LABEL = 36  # characters
 NODE = re.compile(r'(\w+)(?:\["([^"]*)"\]|\{"([^"]*)"\})?')
 EDGE = re.compile(r' *(?:-- "?([^">-]*)"? -->|-\. ?"?([^".]*)"? ?\.->|(-->)) *')
 
@@ -68,7 +79,8 @@ def diagram(source, name):
             text = node[2] or node[3]
             if text:
                 shape = "diamond" if node[3] else "box"
-                text = html.unescape(text).replace('"', '\\"').replace("<br/>", "\\n")
+                rows = [row for line in html.unescape(text).split("<br/>") for row in textwrap.wrap(line, LABEL)]
+                text = "\\n".join(rows).replace('"', '\\"')
                 dot.append(f'{node[1]} [shape={shape} label="{text}"]')
             if left:
                 dot.append(f'{left} -> {node[1]} [label="{label}" style="{style}"]')
@@ -78,56 +90,58 @@ def diagram(source, name):
                 label, style, at = (edge[1] or edge[2] or "").strip(), "dashed" if edge[2] else "solid", edge.end()
             elif at < len(line.strip()):
                 raise SystemExit(f"{name}: this diagram has a line that {__file__} cannot draw: {line}")
-    graph = ('digraph { bgcolor=transparent; node [fontname="Helvetica" fontsize=11 style=rounded]; '
+    graph = ('digraph { bgcolor=transparent; nodesep=0.2 ranksep=0.35; '
+             'node [fontname="Helvetica" fontsize=11 style=rounded height=0.3 margin="0.1,0.06"]; '
              'edge [fontname="Helvetica" fontsize=10];\n' + "\n".join(dot) + "}")
     svg = subprocess.run(["dot", "-Tsvg"], input=graph, text=True, check=True, capture_output=True).stdout
     svg = svg[svg.index("<svg"):]
     svg = re.sub(r"<!--.*?-->\n?|<title>.*?</title>\n?", "", svg, flags=re.DOTALL)
-    return re.sub(r' id="[^"]*"', "", svg).replace("\n", "")
+    svg = re.sub(r' (id|font-family|xmlns[:\w]*)="[^"]*"', "", svg).replace("\n", "")
+    width = int(re.search(r'width="(\d+)pt"', svg)[1])
+    return svg.replace("<svg", f'<svg style="min-width: {width}px"', 1)
+
+
+def heading(match, name, seen):
+    """A heading with the anchor that it has on GitHub, below the name of its page."""
+    level, text = match[1], match[2]
+    if level == "#":
+        return f"{match[0]} {{#{'mainpage' if name == 'index' else name}}}"
+    anchor = slug(text)
+    if name == "index" or anchor in seen:  # the contents list the sections of all pages but the first
+        return match[0]
+    seen.add(anchor)
+    return f"{match[0]} {{#{name}_{anchor}}}"
 
 
 def document(path, pages):
     """A document as doxygen's Markdown."""
-    name, seen, result, code, drawing = page_name(path), set(), [], False, None
+    name, seen = page_name(path), set()
 
-    def target(match):
-        text, link = match[1], match[2]
-        if "://" in link:
-            return match[0]
-        file, _, anchor = link.partition("#")
+    def link(match):
+        file, _, anchor = match[2].partition("#")
         to = (path.parent / file).resolve() if file else path
+        if "://" in match[2]:
+            return match[0]
         if to.suffix in (".png", ".jpg"):
-            return f"{text}({to.name})"
+            return f"{match[1]}({to.name})"
         if to not in pages:
-            raise SystemExit(f"{path}: {link} is not part of the reference")
-        return f"{text}(@ref {page_name(to) + ('_' + anchor if anchor else '')})"
+            raise SystemExit(f"{path}: {match[2]} is not part of the reference")
+        return f"{match[1]}(@ref {page_name(to)}{'_' + anchor if anchor else ''})"
 
-    for line in path.read_text().splitlines():
-        if line.startswith("```"):
-            if drawing is not None:
-                result += [""] * len(drawing)
-                line = f"@htmlonly[block]<div class=\"diagram\">{diagram(chr(10).join(drawing), path)}</div>@endhtmlonly"
-                drawing, code = None, False
-            elif line == "```mermaid":
-                drawing, code = [], True
-                line = ""
-            else:
-                code = not code
-        elif drawing is not None:
-            drawing.append(line)
-            continue
-        elif not code:
-            heading = re.match(r"(#+) (.*)", line)
-            if heading:
-                anchor = slug(heading[2])
-                if len(heading[1]) == 1:
-                    line = f"{line} {{#{'mainpage' if name == 'index' else name}}}"
-                elif anchor not in seen:
-                    line = f"{line} {{#{name}_{anchor}}}"
-                seen.add(anchor)
-            line = re.sub(r"(!?\[[^]]*\])\(([^)\s]*)\)", target, line)
-        result.append(line)
-    return "\n".join(result) + "\n"
+    def span(match):
+        # Single backquotes would end at an apostrophe.
+        return f"``{match[1]}``" if "'" in match[1] else match[0]
+
+    parts = re.split(r"^(```.*?^```)$", path.read_text(), flags=re.MULTILINE | re.DOTALL)
+    for i, part in enumerate(parts):
+        if part.startswith("```mermaid"):
+            picture = diagram(part.removeprefix("```mermaid").removesuffix("```"), path)
+            parts[i] = f'@htmlonly[block]<div class="diagram">{picture}</div>@endhtmlonly' + "\n" * part.count("\n")
+        elif not part.startswith("```"):
+            part = re.sub(r"(?<!`)`([^`]+)`(?!`)", span, part)
+            part = re.sub(r"(!?\[[^]]*\])\(([^)\s]*)\)", link, part)
+            parts[i] = re.sub(r"^(#+) (.*)$", lambda match: heading(match, name, seen), part, flags=re.MULTILINE)
+    return "".join(parts)
 
 
 def main(folder, version):
@@ -136,6 +150,10 @@ def main(folder, version):
         path.parent.mkdir(parents=True, exist_ok=True)
         path.write_text(header(text, group))
     pages = [ROOT / name for name in DOCUMENTS] + sorted((ROOT / "docs").glob("*.md"))
+    links = re.findall(r"\]\(([\w/]+\.md)\)", (ROOT / "README.md").read_text().partition("\n## Documentation\n")[2])
+    order = [ROOT / name for name in dict.fromkeys(links)] + pages[1:]
+    guides = "".join(f"- @subpage {page_name(page)}\n" for page in dict.fromkeys(order))
+    (folder / "guides.md").write_text("# Guides {#guides}\n\n" + guides)
     for page in pages:
         (folder / f"{page_name(page)}.md").write_text(document(page, pages))
     shutil.copy(ROOT / "docs/reference/reference.dox", folder)
