@@ -13,21 +13,21 @@
 
 /// A processing kind, and the index of its name in kProcessTypeNames.
 enum ProcessType : std::int32_t {
-    AP_DENOISE = 0,      ///< noise suppression
-    AP_PHASE_CHECK = 1,  ///< stereo phase check
-    AP_VOICE_CHANGE = 2,
-    AP_GAIN = 3,    ///< a fixed gain curve that shapes the waveform; no level control
-    AP_MIXING = 4,  ///< mixing of several sources
-    VP_SHARPEN = 5,
-    VP_BRIGHTEN = 6,
-    VP_DENOISE = 7,
-    VP_BEAUTY = 8,
-    VP_IMAGE_WATERMARK = 9,
-    VP_TEXT_WATERMARK = 10,
-    VP_VIRTUAL_BACKGROUND = 11,
-    AP_RECOGNIZE_REALTIME = 12,
-    AP_RECOGNIZE_OFFLINE = 13,
-    AP_TRANSLATE = 14
+    AP_DENOISE = 0,              ///< noise suppression
+    AP_PHASE_CHECK = 1,          ///< stereo phase check
+    AP_VOICE_CHANGE = 2,         ///< the engine's
+    AP_GAIN = 3,                 ///< a fixed gain curve that shapes the waveform; no level control
+    AP_MIXING = 4,               ///< mixing of several sources
+    VP_SHARPEN = 5,              ///< the engine's
+    VP_BRIGHTEN = 6,             ///< the engine's
+    VP_DENOISE = 7,              ///< the engine's
+    VP_BEAUTY = 8,               ///< the engine's
+    VP_IMAGE_WATERMARK = 9,      ///< the engine's
+    VP_TEXT_WATERMARK = 10,      ///< the engine's
+    VP_VIRTUAL_BACKGROUND = 11,  ///< the engine's
+    AP_RECOGNIZE_REALTIME = 12,  ///< the engine's
+    AP_RECOGNIZE_OFFLINE = 13,   ///< the engine's
+    AP_TRANSLATE = 14            ///< the engine's
 };
 
 /// The processing kinds that are requested, or on. Subscripting a missing key inserts false.
@@ -36,25 +36,25 @@ using ProcessSwitchMap = std::map<ProcessType, bool>;
 /// The type of an input source. Noise suppression and music detection require the microphone; the
 /// other types only select a phase checker.
 enum AVSourceType : std::int32_t {
-    AV_SOURCE_MICROPHONE = 0,
-    AV_SOURCE_1 = 1,
-    AV_SOURCE_2 = 2,
-    AV_SOURCE_3 = 3
+    AV_SOURCE_MICROPHONE = 0,  ///< the microphone
+    AV_SOURCE_1 = 1,           ///< another source
+    AV_SOURCE_2 = 2,           ///< another source
+    AV_SOURCE_3 = 3            ///< another source
 };
 
 /// PCM sample formats: 0 to 4 interleaved, 5 to 9 the same samples planar.
 enum SampleFmt : std::int32_t {
-    SAMPLE_FMT_NONE = -1,
-    SAMPLE_FMT_U8 = 0,
-    SAMPLE_FMT_S16 = 1,
-    SAMPLE_FMT_S32 = 2,
-    SAMPLE_FMT_FLT = 3,
-    SAMPLE_FMT_DBL = 4,
-    SAMPLE_FMT_U8P = 5,
-    SAMPLE_FMT_S16P = 6,
-    SAMPLE_FMT_S32P = 7,
-    SAMPLE_FMT_FLTP = 8,
-    SAMPLE_FMT_DBLP = 9
+    SAMPLE_FMT_NONE = -1,  ///< no format
+    SAMPLE_FMT_U8 = 0,     ///< unsigned 8-bit
+    SAMPLE_FMT_S16 = 1,    ///< 16-bit
+    SAMPLE_FMT_S32 = 2,    ///< 32-bit
+    SAMPLE_FMT_FLT = 3,    ///< 32-bit float
+    SAMPLE_FMT_DBL = 4,    ///< 64-bit float
+    SAMPLE_FMT_U8P = 5,    ///< unsigned 8-bit, planar
+    SAMPLE_FMT_S16P = 6,   ///< 16-bit, planar
+    SAMPLE_FMT_S32P = 7,   ///< 32-bit, planar
+    SAMPLE_FMT_FLTP = 8,   ///< 32-bit float, planar
+    SAMPLE_FMT_DBLP = 9    ///< 64-bit float, planar
 };
 
 /// A language of the engine's recognition and translation; the engine defines the values.

@@ -6,8 +6,8 @@
 /// MediaProcessLog share the positive codes; PRLog and its writers, ProcessData, PhaseCheck, NSWrap
 /// and AudioMixing::Init report any failure as RESULT_FAILURE.
 enum ResultCode : std::int32_t {
-    RESULT_FAILURE = -1,
-    RESULT_OK = 0,
+    RESULT_FAILURE = -1,             ///< failure without a code of its own
+    RESULT_OK = 0,                   ///< done
     RESULT_BAD_ARGUMENT = 2,         ///< null buffer, no bytes, no sources or too many
     RESULT_INVALID = 3,              ///< an argument, a format or a size that is not supported
     RESULT_NOT_INITIALISED = 4,      ///< no successful Init, or Clear since then

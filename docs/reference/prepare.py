@@ -42,11 +42,9 @@ def header(text, group):
     """A header whose thread tags are labels, within the group of its interface."""
     for tag, meaning in THREADS.items():
         text = text.replace(f"[{tag}]", f'<span class="thread {tag}" title="{meaning}">{tag}</span>')
-    start, end = f"/** @addtogroup {group} *//** @{{ */", "/** @} */"
-    if "\nnamespace audio_filter {\n\n" in text:
-        text = text.replace("\nnamespace audio_filter {\n\n", f"\nnamespace audio_filter {{\n{start}\n")
-        return text.replace("\n}  // namespace audio_filter\n", end + "\n}\n")
-    return text.replace("\n\n", f"\n{start}\n", 1) + end + "\n"
+    if "\nnamespace audio_filter {\n" in text:  # in a group, other links to members of a namespace would be broken
+        return re.sub(r"^(?=(?:class|struct) .*\{$)", f"/** @ingroup {group} */ ", text, flags=re.MULTILINE)
+    return text.replace("\n\n", f"\n/** @addtogroup {group} *//** @{{ */\n", 1) + "/** @} */\n"
 
 
 def page_name(path):

@@ -83,10 +83,10 @@ AUDIO_FILTER_C_API const char* audio_filter_version_string(void);
 
 /** Samples: 16-bit, or 32-bit float with full scale at -1..1. Interleaved: one buffer for all channels. */
 enum {
-    AUDIO_FILTER_S16 = 1,
-    AUDIO_FILTER_FLOAT = 3,
-    AUDIO_FILTER_S16_PLANAR = 6,
-    AUDIO_FILTER_FLOAT_PLANAR = 8
+    AUDIO_FILTER_S16 = 1,         /**< 16-bit, interleaved */
+    AUDIO_FILTER_FLOAT = 3,       /**< float, interleaved */
+    AUDIO_FILTER_S16_PLANAR = 6,  /**< 16-bit, a buffer for each channel */
+    AUDIO_FILTER_FLOAT_PLANAR = 8 /**< float, a buffer for each channel */
 };
 
 /** All sources and the output share it. */
@@ -132,13 +132,13 @@ typedef struct audio_filter_settings {
 
 /** The members of audio_filter_settings, for audio_filter_set. */
 enum {
-    AUDIO_FILTER_SUPPRESSION = 1,
-    AUDIO_FILTER_GAIN,
-    AUDIO_FILTER_PHASE_CHECK,
-    AUDIO_FILTER_MUSIC_DETECTION,
-    AUDIO_FILTER_HIGH_BAND,
-    AUDIO_FILTER_MIX,
-    AUDIO_FILTER_REVERSED
+    AUDIO_FILTER_SUPPRESSION = 1, /**< audio_filter_settings::suppression */
+    AUDIO_FILTER_GAIN,            /**< audio_filter_settings::gain */
+    AUDIO_FILTER_PHASE_CHECK,     /**< audio_filter_settings::phase_check */
+    AUDIO_FILTER_MUSIC_DETECTION, /**< audio_filter_settings::music_detection */
+    AUDIO_FILTER_HIGH_BAND,       /**< audio_filter_settings::high_band */
+    AUDIO_FILTER_MIX,             /**< audio_filter_settings::mix */
+    AUDIO_FILTER_REVERSED         /**< audio_filter_settings::reversed */
 };
 
 /** [any] Fills in the defaults above. `size` is sizeof the structure as the host was compiled. */

@@ -16,12 +16,14 @@ import tempfile
 import time
 import unittest
 
-from selenium import webdriver
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.by import By
 from selenium.webdriver.common.keys import Keys
 
 ROOT = pathlib.Path(__file__).resolve().parents[3]
+sys.path.insert(0, str(ROOT / "tests"))
+from browser import contrast, open_browser, requested, show
+
 PROGRAM = ROOT / "build/release/host/audio-filter"
 PROMPTS = "/usr/share/sounds/alsa"
 MEGABYTE = 1_000_000
@@ -67,39 +69,6 @@ def clean(recording, page, *options):
     return usage.ru_maxrss
 
 
-def open_browser():
-    options = webdriver.ChromeOptions()
-    options.binary_location = "/usr/bin/chromium"
-    for argument in ("--headless=new", "--disable-gpu", "--hide-scrollbars", "--mute-audio",
-                     "--autoplay-policy=no-user-gesture-required"):
-        options.add_argument(argument)
-    if os.geteuid() == 0:
-        options.add_argument("--no-sandbox")
-    options.set_capability("goog:loggingPrefs", {"browser": "ALL", "performance": "ALL"})
-    service = webdriver.chrome.service.Service("/usr/bin/chromedriver")
-    browser = webdriver.Chrome(service=service, options=options)
-    browser.execute_cdp_cmd("Page.addScriptToEvaluateOnNewDocument", {"source": SPY})
-    return browser
-
-
-def show(browser, page, scheme="light", width=1000, height=800):
-    browser.execute_cdp_cmd("Emulation.setDeviceMetricsOverride",
-                            {"width": width, "height": height, "deviceScaleFactor": 1, "mobile": False})
-    browser.execute_cdp_cmd("Emulation.setEmulatedMedia",
-                            {"features": [{"name": "prefers-color-scheme", "value": scheme}]})
-    browser.get(page.as_uri())
-
-
-def contrast(first, second):
-    """The contrast of two colours "rgb(r, g, b)" by WCAG 2."""
-    def luminance(color):
-        parts = [int(part) / 255 for part in color[color.index("(") + 1:-1].split(",")[:3]]
-        red, green, blue = (p / 12.92 if p <= 0.04045 else ((p + 0.055) / 1.055) ** 2.4 for p in parts)
-        return 0.2126 * red + 0.7152 * green + 0.0722 * blue
-    low, high = sorted((luminance(first), luminance(second)))
-    return (high + 0.05) / (low + 0.05)
-
-
 class ReportPageTest(unittest.TestCase):
     @classmethod
     def setUpClass(cls):
@@ -110,7 +79,7 @@ class ReportPageTest(unittest.TestCase):
         record_speech(recording)
         cls.page = cls.folder / "page.html"
         clean(recording, cls.page, "--at", "3:denoise=3")
-        cls.browser = open_browser()
+        cls.browser = open_browser(SPY)
         cls.addClassCleanup(cls.browser.quit)
 
     def setUp(self):
@@ -154,9 +123,7 @@ class ReportPageTest(unittest.TestCase):
     def test_nothing_is_requested_and_the_console_stays_empty(self):
         self.play()
         self.assertEqual(self.browser.get_log("browser"), [])
-        requests = [json.loads(entry["message"])["message"] for entry in self.browser.get_log("performance")]
-        addresses = {request["params"]["request"]["url"] for request in requests
-                     if request["method"] == "Network.requestWillBeSent"}
+        addresses = requested(self.browser)
         self.assertIn(self.page.as_uri(), addresses)
         self.assertEqual([a for a in addresses if a != self.page.as_uri() and not a.startswith("data:")], [])
 
@@ -315,7 +282,7 @@ def write_pictures(folder):
         shutil.copy(ROOT / "out/noisy.wav", work)  # made by ./demo
         os.chdir(work)
         clean("noisy.wav", pathlib.Path("page.html"), "--at", "8:denoise=3", "--at", "12:gain=0.3")
-        browser = open_browser()
+        browser = open_browser(SPY)
         for name, scheme, width in (("light", "light", 900), ("dark", "dark", 900), ("phone", "light", 360)):
             show(browser, page, scheme, width)
             browser.find_element(By.CSS_SELECTOR, ".spectrogram .canvas").click()
