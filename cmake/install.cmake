@@ -17,7 +17,7 @@ endif()
 install(EXPORT audio_filter-targets NAMESPACE audio_filter:: DESTINATION "${package_dir}")
 configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/audio_filter-config.cmake.in" audio_filter-config.cmake
                               INSTALL_DESTINATION "${package_dir}")
-write_basic_package_version_file(audio_filter-config-version.cmake COMPATIBILITY SameMinorVersion)
+write_basic_package_version_file(audio_filter-config-version.cmake COMPATIBILITY SameMajorVersion)
 install(FILES "${CMAKE_CURRENT_BINARY_DIR}/audio_filter-config.cmake"
               "${CMAKE_CURRENT_BINARY_DIR}/audio_filter-config-version.cmake"
               "${CMAKE_CURRENT_LIST_DIR}/FindWebRtcAudioProcessing.cmake"
