@@ -16,7 +16,7 @@ MOST_FRAMES = 192000
 
 
 class Error(Exception):
-    """A call that libaudiofilter refuses. `code` is its result code (`audio_filter/c.h`)."""
+    """An error of libaudiofilter, with its sentence. `code` is its result code (`audio_filter/c.h`)."""
 
     def __init__(self, message: str, code: int = ERROR_ARGUMENT) -> None:
         super().__init__(message)

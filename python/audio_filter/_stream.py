@@ -59,8 +59,9 @@ class Stream:
     The other arguments are the settings, which are properties, too, and may change at any time. Every change crossfades over
     10 ms.
 
-    Threads. Any thread may use a stream. Calls of `process`, `drain` and `reset` wait for each other; settings and reports
-    wait for none of them. The GIL is released while audio is processed, so that streams in several threads use several processors.
+    Threads. Any thread may use a stream. Calls of `process`, `drain` and `reset` run one after another; settings, reports and
+    `close` do not wait for a block that another thread is processing. The GIL is released while audio is processed, so that
+    streams in several threads use several processors.
 
     >>> import numpy as np
     >>> noise = np.random.default_rng(1).normal(0, 0.01, (48000, 2)).astype("float32")
@@ -128,14 +129,17 @@ class Stream:
 
     @property
     def channels(self) -> int:
+        """1..8."""
         return self._channels
 
     @property
     def dtype(self) -> np.dtype[Any]:
+        """int16, or float32 with full scale at -1..1."""
         return self._dtype
 
     @property
     def sources(self) -> int:
+        """How many arrays `process` takes, 1..16."""
         return self._sources
 
     @property
@@ -241,6 +245,7 @@ class Stream:
 
     @property
     def closed(self) -> bool:
+        """Whether the stream is closed: every call but `close`, and every setting, then raises InvalidArgument."""
         return self._handle is None
 
     def __enter__(self) -> Stream:
