@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Cleans a noisy recording and plots it before and after:
 
-    examples/python/clean_recording.py PICTURE.png
+    examples/python/clean_recording.py [PICTURE.png]
 """
 
 # %% Speech: three spoken prompts of Debian's alsa-utils, 16-bit mono at 48000 Hz, with a second of pause around each.
@@ -65,4 +65,4 @@ for axis, title, samples in zip(axes, ("before", "after"), (noisy, cleaned)):
     axis.set(title=title, ylim=(0, 12), yticks=[0, 4, 8, 12], ylabel="kHz")
 axes[1].set_xlabel("s")
 figure.colorbar(image, ax=axes, label="dBFS")
-figure.savefig(sys.argv[1], dpi=80)
+figure.savefig(sys.argv[1] if len(sys.argv) > 1 else "recording.png", dpi=80)
