@@ -45,3 +45,7 @@ if(AUDIO_FILTER_C)
   install_pkg_config(audiofilter "Cleans an audio stream of any rate, with constant latency (C)"
                      "-I\${includedir}" "-laudiofilter")
 endif()
+
+# The reference, after scripts/build_reference: cmake --install DIR --component reference
+install(DIRECTORY "${PROJECT_SOURCE_DIR}/build/docs/" DESTINATION "${CMAKE_INSTALL_DOCDIR}/html" COMPONENT reference
+        EXCLUDE_FROM_ALL)
