@@ -81,8 +81,8 @@ class LinkTest(unittest.TestCase):
     def test_every_example_has_a_page(self):
         for path in (ROOT / "examples").rglob("*.*"):
             if path.suffix in (".c", ".cpp", ".py", ".rs"):
-                name = f"{path.parent.name}_2{path.stem.replace('_', '__')}_8{path.suffix[1:]}-example.html"
-                self.assertIn(REFERENCE / name, self.pages)
+                name = f"{path.parent.name}_2{path.stem}_8{path.suffix[1:]}-example.html"
+                self.assertTrue((REFERENCE / name).is_file(), name)
 
     def test_every_exported_c_function_is_documented(self):
         text = (REFERENCE / "group__c__interface.html").read_text()
