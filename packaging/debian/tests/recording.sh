@@ -6,6 +6,12 @@ noisy=$AUTOPKGTEST_TMP/noisy.wav
 sox /usr/share/sounds/alsa/Front_Center.wav speech.wav pad 2 0.5
 sox -R speech.wav -p synth whitenoise vol 0.01 | sox -R -m -v 1 speech.wav -v 1 - -b 16 "$noisy"
 
+# Fails unless $2, which $1 names, is the version of the packages.
+expect_version() {
+    echo "$1: version $2"
+    [ "$2" = "$(dpkg-query --show --showformat '${source:Upstream-Version}' libaudio-filter0)" ]
+}
+
 # The level of the noise before the words, in dBFS.
 noise_level() {
     sox "$1" -n trim 1 0.8 stats 2>&1 | awk '/^RMS lev dB/ { print $4 }'
