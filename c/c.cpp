@@ -4,6 +4,7 @@
 #include <iterator>
 #include <memory>
 #include <new>
+#include <utility>
 
 #include "c/c_log.h"
 #include "c/structures.h"
@@ -15,9 +16,7 @@ using namespace audio_filter::internal;
 
 struct audio_filter_stream {
     StreamFormat format;
-    Stream stream;
-    /// Kept when a reset fails.
-    StreamSettings settings;
+    std::unique_ptr<Stream> stream;
     audio_filter_event_callback callback = nullptr;
     void* user = nullptr;
     bool isCallingBack = false;
@@ -49,18 +48,18 @@ int Guarded(Operation operation) {
     }
 }
 
-/// Whether there is a stream, which a failed reset has not stopped.
-int CheckStarted(const audio_filter_stream* stream) {
+/// Whether the stream may process.
+int Check(const audio_filter_stream* stream) {
     if (stream == nullptr) {
         return AUDIO_FILTER_ERROR_ARGUMENT;
     }
-    return stream->stream.Latency() > 0 ? AUDIO_FILTER_OK : AUDIO_FILTER_ERROR_MEMORY;
+    return stream->isCallingBack ? AUDIO_FILTER_ERROR_NESTED : AUDIO_FILTER_OK;
 }
 
-/// Whether the stream may also process.
-int Check(const audio_filter_stream* stream) {
-    return stream != nullptr && stream->isCallingBack ? AUDIO_FILTER_ERROR_NESTED
-                                                      : CheckStarted(stream);
+/// @return null for a format out of range
+std::unique_ptr<Stream> Started(const StreamFormat& format, const StreamSettings& settings) {
+    auto stream = std::make_unique<Stream>();
+    return stream->Init(format, settings) == RESULT_OK ? std::move(stream) : nullptr;
 }
 
 bool HasBuffers(const audio_filter_stream& stream, void* const* out) {
@@ -77,7 +76,7 @@ void CallBack(audio_filter_stream* stream) {
     }
     stream->isCallingBack = true;
     StreamEvent event;
-    while (stream->stream.NextEvent(event)) {
+    while (stream->stream->NextEvent(event)) {
         audio_filter_event converted = {};
         converted.size = sizeof(converted);
         ToC(event, &converted);
@@ -98,7 +97,8 @@ int Create(audio_filter_stream*& stream, const audio_filter_format* format,
     }
     auto created = std::make_unique<audio_filter_stream>();
     created->format = converted;
-    if (created->stream.Init(converted, initial) != RESULT_OK) {
+    created->stream = Started(converted, initial);
+    if (created->stream == nullptr) {
         return AUDIO_FILTER_ERROR_FORMAT;
     }
     stream = created.release();
@@ -158,14 +158,11 @@ void audio_filter_destroy(audio_filter_stream* stream) {
 }
 
 int audio_filter_reset(audio_filter_stream* stream) {
-    const int error = Check(stream);
-    if (error == AUDIO_FILTER_OK) {
-        stream->settings = stream->stream.Settings();
-    } else if (error != AUDIO_FILTER_ERROR_MEMORY) {
+    if (const int error = Check(stream); error != AUDIO_FILTER_OK) {
         return error;
     }
     return Guarded([stream] {
-        stream->stream.Init(stream->format, stream->settings);
+        stream->stream = Started(stream->format, stream->stream->Settings());
         return AUDIO_FILTER_OK;
     });
 }
@@ -181,7 +178,7 @@ int audio_filter_process(audio_filter_stream* stream, const void* const* in, voi
     if (frames == 0) {
         return AUDIO_FILTER_OK;
     }
-    if (stream->stream.Process(in, out, frames) != RESULT_OK) {
+    if (stream->stream->Process(in, out, frames) != RESULT_OK) {
         return AUDIO_FILTER_ERROR_ARGUMENT;
     }
     CallBack(stream);
@@ -208,77 +205,71 @@ int32_t audio_filter_drain(audio_filter_stream* stream, void* const* out, int32_
     if (!HasBuffers(*stream, out)) {
         return AUDIO_FILTER_ERROR_ARGUMENT;
     }
-    const int written = stream->stream.Drain(out, frames);
+    const int written = stream->stream->Drain(out, frames);
     CallBack(stream);
     return written;
 }
 
 int audio_filter_set_settings(audio_filter_stream* stream, const audio_filter_settings* settings) {
-    if (const int error = CheckStarted(stream); error != AUDIO_FILTER_OK) {
-        return error;
-    }
-    if (settings == nullptr) {
+    if (stream == nullptr || settings == nullptr) {
         return AUDIO_FILTER_ERROR_ARGUMENT;
     }
     StreamSettings converted;
     const int error = FromC(settings, converted);
     if (error == AUDIO_FILTER_OK) {
-        stream->stream.SetSettings(converted);
+        stream->stream->SetSettings(converted);
     }
     return error;
 }
 
 int audio_filter_get_settings(const audio_filter_stream* stream, audio_filter_settings* settings) {
-    if (const int error = CheckStarted(stream); error != AUDIO_FILTER_OK) {
-        return error;
+    if (stream == nullptr) {
+        return AUDIO_FILTER_ERROR_ARGUMENT;
     }
-    return ToC(stream->stream.Settings(), settings);
+    return ToC(stream->stream->Settings(), settings);
 }
 
 int audio_filter_set(audio_filter_stream* stream, int setting, double value) {
-    if (const int error = CheckStarted(stream); error != AUDIO_FILTER_OK) {
-        return error;
+    if (stream == nullptr) {
+        return AUDIO_FILTER_ERROR_ARGUMENT;
     }
     StreamSettings latest;
     StreamSettings changed;
     do {
-        latest = stream->stream.Settings();
+        latest = stream->stream->Settings();
         changed = latest;
         if (const int error = SetOne(setting, value, changed); error != AUDIO_FILTER_OK) {
             return error;
         }
-    } while (!stream->stream.ReplaceSettings(latest, changed));
+    } while (!stream->stream->ReplaceSettings(latest, changed));
     return AUDIO_FILTER_OK;
 }
 
 int audio_filter_get(const audio_filter_stream* stream, int setting, double* value) {
-    if (const int error = CheckStarted(stream); error != AUDIO_FILTER_OK) {
-        return error;
-    }
-    if (value == nullptr) {
+    if (stream == nullptr || value == nullptr) {
         return AUDIO_FILTER_ERROR_ARGUMENT;
     }
-    return GetOne(stream->stream.Settings(), setting, *value);
+    return GetOne(stream->stream->Settings(), setting, *value);
 }
 
 int32_t audio_filter_latency(const audio_filter_stream* stream) {
-    return stream == nullptr ? int{AUDIO_FILTER_ERROR_ARGUMENT} : stream->stream.Latency();
+    return stream == nullptr ? int{AUDIO_FILTER_ERROR_ARGUMENT} : stream->stream->Latency();
 }
 
 int audio_filter_is_music(const audio_filter_stream* stream) {
     return stream == nullptr ? int{AUDIO_FILTER_ERROR_ARGUMENT}
-                             : static_cast<int>(stream->stream.IsMusic());
+                             : static_cast<int>(stream->stream->IsMusic());
 }
 
 int audio_filter_is_reversed(const audio_filter_stream* stream, int32_t source) {
     if (stream == nullptr || source < 0 || source > 15) {
         return AUDIO_FILTER_ERROR_ARGUMENT;
     }
-    return static_cast<int>(stream->stream.IsReversed(source));
+    return static_cast<int>(stream->stream->IsReversed(source));
 }
 
 float audio_filter_reduction(const audio_filter_stream* stream) {
-    return stream == nullptr ? 0.0F : stream->stream.Reduction();
+    return stream == nullptr ? 0.0F : stream->stream->Reduction();
 }
 
 int audio_filter_set_event_callback(audio_filter_stream* stream,
@@ -302,7 +293,7 @@ int audio_filter_next_event(audio_filter_stream* stream, audio_filter_event* eve
         return error;
     }
     StreamEvent next;
-    if (!stream->stream.NextEvent(next)) {
+    if (!stream->stream->NextEvent(next)) {
         return 0;
     }
     ToC(next, event);

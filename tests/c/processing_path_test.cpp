@@ -44,7 +44,7 @@ TEST(CProcessingPath, AllocatesNothingAndTakesNoLockWhileSettingsChangeAndEvents
     audio_filter_destroy(stream);
 }
 
-TEST(CProcessingPath, MemoryThatRunsOutIsAnErrorAndAResetStreamRecoversFromIt) {
+TEST(CProcessingPath, MemoryThatRunsOutIsAnErrorAndAResetThatFailsChangesNothing) {
     audio_filter_stream* stream = nullptr;
     {
         Allocations allocations;
@@ -53,21 +53,23 @@ TEST(CProcessingPath, MemoryThatRunsOutIsAnErrorAndAResetStreamRecoversFromIt) {
     }
     EXPECT_EQ(stream, nullptr);
     ASSERT_EQ(audio_filter_create(&stream, nullptr, nullptr), AUDIO_FILTER_OK);
-    audio_filter_set(stream, AUDIO_FILTER_SUPPRESSION, 3);
-    float sample = 0.0F;
-    for (int round = 0; round < 2; ++round) {
+    audio_filter_set(stream, AUDIO_FILTER_SUPPRESSION, AUDIO_FILTER_OFF);
+    std::vector<float> samples(1000, 0.25F);
+    audio_filter_process_float(stream, samples.data(), samples.data(), 1000);
+    for (int failing = 1; failing < 10; ++failing) {
         Allocations allocations;
-        allocations.Fail(5, true);
-        EXPECT_EQ(audio_filter_reset(stream), AUDIO_FILTER_ERROR_MEMORY);
-        EXPECT_EQ(audio_filter_process_float(stream, &sample, &sample, 1),
-                  AUDIO_FILTER_ERROR_MEMORY);
-        EXPECT_EQ(audio_filter_set(stream, AUDIO_FILTER_MIX, 0.0), AUDIO_FILTER_ERROR_MEMORY);
+        allocations.Fail(failing, true);
+        EXPECT_EQ(audio_filter_reset(stream), AUDIO_FILTER_ERROR_MEMORY) << failing;
     }
+    float sample = 0.5F;
+    EXPECT_EQ(audio_filter_process_float(stream, &sample, &sample, 1), AUDIO_FILTER_OK);
+    EXPECT_EQ(sample, 0.25F);  // what was pending before
     EXPECT_EQ(audio_filter_reset(stream), AUDIO_FILTER_OK);
     EXPECT_EQ(audio_filter_process_float(stream, &sample, &sample, 1), AUDIO_FILTER_OK);
+    EXPECT_EQ(sample, 0.0F);
     double level = 0.0;
     audio_filter_get(stream, AUDIO_FILTER_SUPPRESSION, &level);
-    EXPECT_EQ(level, 3.0);
+    EXPECT_EQ(level, AUDIO_FILTER_OFF);
     audio_filter_destroy(stream);
 }
 

@@ -155,9 +155,7 @@ AUDIO_FILTER_C_API int audio_filter_create(audio_filter_stream** stream,
 /** [setup] Frees a stream; null is ignored. Not from its event callback. */
 AUDIO_FILTER_C_API void audio_filter_destroy(audio_filter_stream* stream);
 
-/** [setup] Starts again with the same format, settings and callback: no history, no pending output, no events. When
- * memory runs out (AUDIO_FILTER_ERROR_MEMORY), the stream has to be reset successfully before it processes or takes settings
- * again. */
+/** [setup] Starts again with the same format, settings and callback: no history, no pending output, no events. */
 AUDIO_FILTER_C_API int audio_filter_reset(audio_filter_stream* stream);
 
 /** [audio] Processes a block and returns as many frames as it receives.
