@@ -293,7 +293,8 @@ int audio_filter_next_event(audio_filter_stream* stream, audio_filter_event* eve
         return error;
     }
     StreamEvent next;
-    if (!stream->stream->NextEvent(next)) {
+    // The callback takes the events on another thread.
+    if (stream->callback != nullptr || !stream->stream->NextEvent(next)) {
         return 0;
     }
     ToC(next, event);

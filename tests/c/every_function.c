@@ -8,7 +8,7 @@ static void OnEvent(void *user, const audio_filter_event *event) {
     *(int32_t *)user = event->type;
 }
 
-static void OnMessage(void *user, audio_filter_log_level level, const char *message) {
+static void OnMessage(void *user, int level, const char *message) {
     *(int *)user += message[0] != '\0' && level == AUDIO_FILTER_LOG_INFO;
 }
 

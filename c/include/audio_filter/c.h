@@ -27,9 +27,12 @@
  * versions only append members, so that a host compiled with an older header keeps working. A structure that is
  * larger than the library's is refused with AUDIO_FILTER_ERROR_SIZE.
  *
+ * Processing blocks. The stream works on blocks of its own, of 7 to 13 ms; its output does not depend on the length of the
+ * host's blocks.
+ *
  * Threads. [audio] may be called on the audio thread, by one thread at a time per stream: never allocates, locks or enters the
  * kernel. [setup] may allocate; not while another function runs on the same stream. [any] from any thread at any
- * time, but for [setup] functions of the same stream: never allocates or locks, unless it says so.
+ * time, but for [setup] functions of the same stream: never allocates or locks. Callbacks must return: no exception, no longjmp.
  */
 
 /** Marks the functions of the library. Define AUDIO_FILTER_C_STATIC when linking it statically. */
@@ -187,7 +190,8 @@ AUDIO_FILTER_C_API int audio_filter_process_float(audio_filter_stream* stream, c
 AUDIO_FILTER_C_API int32_t audio_filter_drain(audio_filter_stream* stream, void* const* out,
                                               int32_t frames);
 
-/** [any] All settings at once, from the next 10 ms on; every change crossfades over 10 ms. */
+/** [any] All settings at once, from the next processing block on. Changes crossfade over 10 ms; those of the
+ * suppression level and the high band are smoothed by the suppressor's own windows and over a block. */
 AUDIO_FILTER_C_API int audio_filter_set_settings(audio_filter_stream* stream,
                                                  const audio_filter_settings* settings);
 
@@ -211,7 +215,7 @@ AUDIO_FILTER_C_API int audio_filter_is_music(const audio_filter_stream* stream);
 /** [any] 1 while the left channel of a source, 0..15, is negated, else 0. */
 AUDIO_FILTER_C_API int audio_filter_is_reversed(const audio_filter_stream* stream, int32_t source);
 
-/** [any] The attenuation by noise suppression in the last processing block, in dB, 0 or above. */
+/** [any] The attenuation by noise suppression in the last processing block, in dB, 0 or above; 0 while it is off. */
 AUDIO_FILTER_C_API float audio_filter_reduction(const audio_filter_stream* stream);
 
 /** The changes that are reported. */
@@ -230,7 +234,7 @@ typedef struct audio_filter_event {
     int32_t type;   /**< audio_filter_event_type */
     int32_t on;     /**< 0 or 1 */
     int32_t source; /**< 0..15, for AUDIO_FILTER_EVENT_REVERSED */
-    int64_t frame;  /**< frames that the stream had received at the start of the processing block */
+    int64_t frame;  /**< frames received and drained before the processing block */
 } audio_filter_event;
 
 /** Called on the thread that calls audio_filter_process or audio_filter_drain, before that returns: it must do nothing that the audio
@@ -238,12 +242,14 @@ typedef struct audio_filter_event {
  * return AUDIO_FILTER_ERROR_NESTED. */
 typedef void (*audio_filter_event_callback)(void* user, const audio_filter_event* event);
 
-/** [setup] Null ends the calls. Without a callback, the stream keeps the oldest 64 events for audio_filter_next_event. */
+/** [setup] Null ends the calls. Without a callback, the stream keeps the oldest 64 events for audio_filter_next_event. A single
+ * call of audio_filter_process reports 64 at most. */
 AUDIO_FILTER_C_API int audio_filter_set_event_callback(audio_filter_stream* stream,
                                                        audio_filter_event_callback callback,
                                                        void* user);
 
-/** [any] Takes the oldest event, from one thread at a time. `event->size` has to be set. Returns 1, or 0 if there is none. */
+/** [any] Takes the oldest event, from one thread at a time. `event->size` has to be set. Returns 1, or 0 if there is none:
+ * always with a callback. */
 AUDIO_FILTER_C_API int audio_filter_next_event(audio_filter_stream* stream,
                                                audio_filter_event* event);
 
@@ -253,10 +259,10 @@ typedef enum audio_filter_log_level {
     AUDIO_FILTER_LOG_INFO = 1   /**< the format and latency of a new stream */
 } audio_filter_log_level;
 
-/** Called by audio_filter_create, on its thread. `message` is one line without its end, valid during the call. It must not call
+/** Called by audio_filter_create, on its thread. `level` is an audio_filter_log_level; `message` is one line without its
+ * end, valid during the call. It must not call
  * audio_filter_create or audio_filter_set_log. */
-typedef void (*audio_filter_log_callback)(void* user, audio_filter_log_level level,
-                                          const char* message);
+typedef void (*audio_filter_log_callback)(void* user, int level, const char* message);
 
 /** [setup] For all streams of the process; null, the default, for no log. After it returns, the earlier callback is no longer
  * called. Waits for a message that is being logged. */
