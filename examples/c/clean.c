@@ -18,12 +18,12 @@ int main(void) {
     static float block[CHANNELS * FRAMES];
     void *out[] = {block};
     audio_filter_format format;
-    audio_filter_stream *stream;
-    int error, frames;
+    audio_filter_stream *stream = NULL;
+    int error, frames = 0;
 
-    audio_filter_default_format(&format, sizeof format);
+    error = audio_filter_default_format(&format, sizeof format);
     format.channels = CHANNELS;
-    error = audio_filter_create(&stream, &format, NULL);
+    if (error == AUDIO_FILTER_OK) error = audio_filter_create(&stream, &format, NULL);
     while (error == AUDIO_FILTER_OK && (frames = (int)fread(block, CHANNELS * sizeof *block, FRAMES, stdin)) > 0) {
         error = audio_filter_process_float(stream, block, block, frames);
         write_after_latency(stream, block, frames);
@@ -31,7 +31,13 @@ int main(void) {
     while (error == AUDIO_FILTER_OK && (frames = audio_filter_drain(stream, out, FRAMES)) > 0) {
         write_after_latency(stream, block, frames);
     }
+    if (frames < 0) error = frames;
     audio_filter_destroy(stream);
-    if (error != AUDIO_FILTER_OK) fprintf(stderr, "clean: %s\n", audio_filter_strerror(error));
+    if (error != AUDIO_FILTER_OK) {
+        fprintf(stderr, "clean: %s\n", audio_filter_strerror(error));
+    } else if (ferror(stdin) || fflush(stdout) != 0 || ferror(stdout)) {
+        perror("clean");
+        error = 1;
+    }
     return error != AUDIO_FILTER_OK;
 }

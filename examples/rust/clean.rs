@@ -25,7 +25,7 @@ fn check(result: i32) -> io::Result<usize> {
     }
     // SAFETY: the function returns a string that lives as long as the library.
     let message = unsafe { CStr::from_ptr(audio_filter_strerror(result)) };
-    Err(io::Error::other(message.to_string_lossy()))
+    Err(io::Error::new(io::ErrorKind::Other, message.to_string_lossy()))
 }
 
 /// A stream with the default format: float samples, mono, 48000 Hz.
@@ -77,6 +77,6 @@ fn main() -> io::Result<()> {
     let drained = stream.drain(&mut rest)?;
     samples.extend_from_slice(&rest[..drained]);
 
-    let cleaned: Vec<u8> = samples[stream.latency()..].iter().flat_map(|s| s.to_le_bytes()).collect();
+    let cleaned: Vec<u8> = samples.iter().skip(stream.latency()).flat_map(|s| s.to_le_bytes()).collect();
     io::stdout().write_all(&cleaned)
 }
