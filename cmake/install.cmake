@@ -23,12 +23,21 @@ install(FILES "${CMAKE_CURRENT_BINARY_DIR}/audio_filter-config.cmake"
               "${CMAKE_CURRENT_LIST_DIR}/FindWebRtcAudioProcessing.cmake"
         DESTINATION "${package_dir}")
 
-# pkg-config files. They find their headers and libraries relative to themselves, so that the tree may be moved.
+# pkg-config files. They find their headers and libraries relative to themselves, so that the tree may be moved, unless the
+# folder of the libraries is absolute.
 # Usage: install_pkg_config(NAME DESCRIPTION CFLAGS LIBS [REQUIRES])
 function(install_pkg_config name description cflags libs)
   set(requires "${ARGN}")
   set(pkg_config_dir "${CMAKE_INSTALL_LIBDIR}/pkgconfig")
-  file(RELATIVE_PATH prefix "/prefix/${pkg_config_dir}" "/prefix")
+  set(prefix "${CMAKE_INSTALL_PREFIX}")
+  if(NOT IS_ABSOLUTE "${CMAKE_INSTALL_LIBDIR}")
+    file(RELATIVE_PATH prefix "/prefix/${pkg_config_dir}" "/prefix")
+    string(PREPEND prefix "\${pcfiledir}/")
+  endif()
+  set(includedir "\${prefix}")
+  cmake_path(APPEND includedir "${CMAKE_INSTALL_INCLUDEDIR}")
+  set(libdir "\${prefix}")
+  cmake_path(APPEND libdir "${CMAKE_INSTALL_LIBDIR}")
   configure_file("${PROJECT_SOURCE_DIR}/cmake/pkg-config.pc.in" ${name}.pc @ONLY)
   install(FILES "${CMAKE_CURRENT_BINARY_DIR}/${name}.pc" DESTINATION "${pkg_config_dir}")
 endfunction()
