@@ -13,6 +13,9 @@ endif()
 if(AUDIO_FILTER_C)
   install(TARGETS audio_filter_c EXPORT audio_filter-targets
           FILE_SET HEADERS DESTINATION "${CMAKE_INSTALL_INCLUDEDIR}")
+  if(WIN32)
+    install(FILES "$<TARGET_FILE_DIR:audio_filter_c>/audiofilter.def" DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+  endif()
 endif()
 install(EXPORT audio_filter-targets NAMESPACE audio_filter:: DESTINATION "${package_dir}")
 configure_package_config_file("${CMAKE_CURRENT_LIST_DIR}/audio_filter-config.cmake.in" audio_filter-config.cmake

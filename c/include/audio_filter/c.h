@@ -35,10 +35,8 @@
  * time, but for [setup] functions of the same stream: never allocates or locks. Callbacks must return: no exception, no longjmp.
  */
 
-/** Marks the functions of the library. Define AUDIO_FILTER_C_STATIC when linking it statically. */
-#if defined(AUDIO_FILTER_C_STATIC)
-#define AUDIO_FILTER_C_API
-#elif !defined(_WIN32)
+/** Marks the functions of the library. */
+#if !defined(_WIN32)
 #define AUDIO_FILTER_C_API __attribute__((visibility("default")))
 #elif defined(AUDIO_FILTER_C_BUILD)
 #define AUDIO_FILTER_C_API __declspec(dllexport)
