@@ -228,15 +228,16 @@ typedef enum audio_filter_event_type {
 
 /** A change in a stream. */
 typedef struct audio_filter_event {
-    uint32_t size;  /**< set by the library */
+    /** sizeof the structure: set by the library for the callback, by the host for audio_filter_next_event */
+    uint32_t size;
     int32_t type;   /**< audio_filter_event_type */
     int32_t on;     /**< 0 or 1 */
     int32_t source; /**< 0..15, for AUDIO_FILTER_EVENT_REVERSED */
     int64_t frame;  /**< frames received and drained before the processing block */
 } audio_filter_event;
 
-/** Called on the thread that calls audio_filter_process or audio_filter_drain, before that returns: it must do nothing that the audio
- * thread may not. On its own stream it may call every [any] function; process, drain, reset and set_event_callback
+/** Called on the thread that calls audio_filter_process or audio_filter_drain, before that returns: it must do nothing that
+ * the audio thread may not. On its own stream it may call every [any] function; process, drain, reset and set_event_callback
  * return AUDIO_FILTER_ERROR_NESTED. */
 typedef void (*audio_filter_event_callback)(void* user, const audio_filter_event* event);
 
@@ -246,8 +247,8 @@ AUDIO_FILTER_C_API int audio_filter_set_event_callback(audio_filter_stream* stre
                                                        audio_filter_event_callback callback,
                                                        void* user);
 
-/** [any] Takes the oldest event, from one thread at a time. `event->size` has to be set. Returns 1, or 0 if there is none:
- * always with a callback. */
+/** [any] Takes the oldest event, from one thread at a time. `event->size` has to be set. Returns 1, or 0 if there is none.
+ * With a callback, there is none. */
 AUDIO_FILTER_C_API int audio_filter_next_event(audio_filter_stream* stream,
                                                audio_filter_event* event);
 
@@ -258,8 +259,7 @@ typedef enum audio_filter_log_level {
 } audio_filter_log_level;
 
 /** Called by audio_filter_create, on its thread. `level` is an audio_filter_log_level; `message` is one line without its
- * end, valid during the call. It must not call
- * audio_filter_create or audio_filter_set_log. */
+ * end, valid during the call. It must not call audio_filter_create or audio_filter_set_log. */
 typedef void (*audio_filter_log_callback)(void* user, int level, const char* message);
 
 /** [setup] For all streams of the process; null, the default, for no log. After it returns, the earlier callback is no longer
