@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 constexpr const char* kRestart =
     "restart PipeWire to apply it: systemctl --user restart pipewire\n";
 
-/// By the XDG base directory specification, in which relative paths count as unset.
+/// By the rules for XDG base directories, relative paths count as unset.
 fs::path ConfigFolder() {
     fs::path config = Environment("XDG_CONFIG_HOME");
     if (config.is_absolute()) {
