@@ -56,7 +56,7 @@ TEST(CProcessingPath, MemoryThatRunsOutIsAnErrorAndAResetThatFailsChangesNothing
     audio_filter_set(stream, AUDIO_FILTER_SUPPRESSION, AUDIO_FILTER_OFF);
     std::vector<float> samples(1000, 0.25F);
     audio_filter_process_float(stream, samples.data(), samples.data(), 1000);
-    for (int failing = 1; failing < 10; ++failing) {
+    for (std::size_t failing = 1; failing < 10; ++failing) {
         Allocations allocations;
         allocations.Fail(failing, true);
         EXPECT_EQ(audio_filter_reset(stream), AUDIO_FILTER_ERROR_MEMORY) << failing;
