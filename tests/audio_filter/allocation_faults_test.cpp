@@ -70,7 +70,7 @@ public:
     }
 
 private:
-    static constexpr std::size_t kBlocks = 20;
+    static constexpr std::size_t kBlocks = 10;
 
     std::size_t mBlock;
     std::vector<char> mBytes;

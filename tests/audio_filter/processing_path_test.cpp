@@ -15,6 +15,7 @@
 namespace {
 
 constexpr std::size_t kBlocks = 500;
+constexpr std::size_t kSpeechBlocks = 100;  ///< a second of speech, repeated
 
 struct Counts {
     std::size_t allocations = 0;
@@ -32,7 +33,7 @@ Counts FiveSeconds(int rate, int channels, SampleFmt fmt, std::vector<AVSourceTy
     filter->Init(rate, channels, fmt, &switches);
     std::mt19937 random(3);
     const auto samples = static_cast<std::size_t>(rate / 100 * channels) * sources.size();
-    const std::vector<float> signal = NoisySpeech(random, samples * kBlocks, rate);
+    const std::vector<float> signal = NoisySpeech(random, samples * kSpeechBlocks, rate);
     const std::vector<short> shorts = As<short>(signal);
     const std::size_t width = fmt == SAMPLE_FMT_S16 ? 2 : 4;
     const char* bytes = width == 2 ? reinterpret_cast<const char*>(shorts.data())
@@ -42,7 +43,7 @@ Counts FiveSeconds(int rate, int channels, SampleFmt fmt, std::vector<AVSourceTy
     AVParam param;
     Counts counts;
     for (std::size_t block = 0; block < kBlocks; ++block) {
-        std::copy(bytes + block * in.size(), bytes + (block + 1) * in.size(), in.begin());
+        std::copy_n(bytes + block % kSpeechBlocks * in.size(), in.size(), in.begin());
         // The caller makes the source list, so it is made before counting.
         std::vector<AVSourceType> list = sources;
         std::vector<AVSourceType> one = {AV_SOURCE_MICROPHONE};

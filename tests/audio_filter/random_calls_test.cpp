@@ -56,6 +56,7 @@ private:
         mWidth = mFmt == 0 ? 1 : mFmt == 1 || mFmt == 6 ? 2 : mFmt == 4 ? 8 : 4;
         mOpposed = Chance(mRandom, 50);
         mTonal = Chance(mRandom, 50);
+        mTones = Tones(mRate);
         const ProcessSwitchMap switches = RandomSwitches(80);
         const bool null = Chance(mRandom, 10);
         const int rate = valid ? mRate : RandomInt(mRandom, -1, 1);
@@ -93,10 +94,19 @@ private:
         return sources;
     }
 
+    /// A second of two tones, which repeat each second.
+    static std::vector<double> Tones(int rate) {
+        std::vector<double> tones(static_cast<std::size_t>(rate));
+        for (std::size_t i = 0; i < tones.size(); ++i) {
+            const double t = static_cast<double>(i) / rate;
+            tones[i] = 0.3 * std::sin(2.0 * 3.14159265 * 440.0 * t) +
+                       0.2 * std::sin(2.0 * 3.14159265 * 9000.0 * t);
+        }
+        return tones;
+    }
+
     double Signal(int channel) {
-        const double t = static_cast<double>(mFrame) / mRate;
-        const double value = mTonal ? 0.3 * std::sin(2.0 * 3.14159265 * 440.0 * t) +
-                                          0.2 * std::sin(2.0 * 3.14159265 * 9000.0 * t)
+        const double value = mTonal ? mTones[static_cast<std::size_t>(mFrame % mRate)]
                                     : std::uniform_real_distribution<double>(-0.3, 0.3)(mRandom);
         mLatest = channel == 0 ? value : mLatest;
         return channel == 1 && mOpposed ? -mLatest : value;
@@ -165,6 +175,7 @@ private:
     int mWidth = 2;
     bool mOpposed = false;
     bool mTonal = false;
+    std::vector<double> mTones = Tones(32000);
     double mLatest = 0.0;
     std::int64_t mFrame = 0;
 };

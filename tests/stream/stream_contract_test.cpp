@@ -57,7 +57,7 @@ Buffers<Sample> NoisySources(std::size_t frames, int rate, int channels, int sou
 template <typename Sample>
 void ExpectTheSameForAllBlocks(int rate, int channels, int sources) {
     const StreamFormat format = FormatOf(rate, channels, Interleaved<Sample>(), sources);
-    const auto frames = static_cast<std::size_t>(rate) * 2;
+    const auto frames = static_cast<std::size_t>(rate);
     const Buffers<Sample> in = NoisySources<Sample>(frames, rate, channels, sources);
     const std::vector<Change> changes = Changes(frames, rate);
     const StreamSettings settings = {.gain = 0.5F, .phaseCheck = true, .music = MusicMode::kKeep};
