@@ -30,7 +30,17 @@ protected:
         PR_LOG_ENABLE(false);
         std::mt19937 random = SeededRandom();
         // Enough for two sources of two channels at 48000 Hz, or of three at 32000, for 1.2 s.
-        speech = NoisySpeech(random, 480 * 2 * 2 * 120, 48000.0);
+        floats = NoisySpeech(random, 480 * 2 * 2 * 120, 48000.0);
+        shorts = As<short>(floats);
+    }
+
+    template <typename Sample>
+    const std::vector<Sample>& Speech() const {
+        if constexpr (std::is_same_v<Sample, short>) {
+            return shorts;
+        } else {
+            return floats;
+        }
     }
 
     /// 10 ms of each source through Process and, after a hand-off, ProcessResample.
@@ -59,7 +69,7 @@ protected:
         ASSERT_EQ(Start(rate, channels, fmt, kinds), RESULT_OK);
         const std::size_t perBlock =
             static_cast<std::size_t>(rate / 100 * channels) * sources.size();
-        const std::vector<Sample> clean = As<Sample>(speech);
+        const std::vector<Sample>& clean = Speech<Sample>();
         std::vector<Sample> block(perBlock);
         for (std::size_t n = 0; n < 60; ++n) {
             for (std::size_t i = 0; i < perBlock; ++i) {
@@ -86,7 +96,8 @@ protected:
             << ", " << sources.size() << " sources: power " << power;
     }
 
-    std::vector<float> speech;
+    std::vector<float> floats;
+    std::vector<short> shorts;
 };
 
 TEST_F(HostileSamples, LeaveNoTraceAfterASecondOfSpeech) {

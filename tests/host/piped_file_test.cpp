@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 
+#include "command_line_fixture.h"
 #include "host/audio_reader.h"
 #include "sound_files.h"
 #include "support/temp_dir.h"
@@ -17,6 +18,11 @@ protected:
         const std::string clean =
             "cd '" + dir.File("") + "' && clean=\"'" AUDIO_FILTER_EXECUTABLE "' clean\"; ";
         return WEXITSTATUS(std::system((clean + "eval \"" + line + "\"").c_str()));
+    }
+    /// Cleans a file into file.wav, in this process.
+    int Clean(const std::string& name) {
+        return RunHost({"clean", File(name), "-o", File("file.wav"), "--denoise", "off", "--quiet"})
+            .status;
     }
     std::string File(const std::string& name) { return dir.File(name); }
     std::string Err() { return ReadFile(File("err")); }
@@ -38,7 +44,7 @@ TEST_F(PipedFile, WavOfEverySampleFormatIsReadFromAPipeAsFromAFile) {
           SF_FORMAT_WAVEX | SF_FORMAT_PCM_24, SF_FORMAT_RF64 | SF_FORMAT_PCM_16}) {
         for (const int channels : {1, 2}) {
             Write("in.wav", format, channels);
-            ASSERT_EQ(Run("$clean in.wav -o file.wav --denoise off --quiet"), 0);
+            ASSERT_EQ(Clean("in.wav"), 0);
             const std::string expected = ReadFile(File("file.wav"));
             ASSERT_EQ(Run("cat in.wav | $clean - -o pipe.wav --denoise off --quiet --strict"), 0)
                 << Err();
@@ -54,7 +60,7 @@ TEST_F(PipedFile, NamedPipesStandardInputAndOtherContainersAreInputsLikeFiles) {
     Write("in.law", SF_FORMAT_WAV | SF_FORMAT_ULAW);
     ASSERT_EQ(mkfifo(File("pipe").c_str(), 0600), 0);
     for (const std::string name : {"in.wav", "in.flac", "in.ogg"}) {
-        ASSERT_EQ(Run("$clean " + name + " -o file.wav --denoise off --quiet"), 0);
+        ASSERT_EQ(Clean(name), 0);
         const std::string expected = ReadFile(File("file.wav"));
         for (const std::string& line :
              {"cat " + name + " | $clean - -o out.wav --denoise off --quiet",
