@@ -71,7 +71,7 @@ protected:
             static_cast<std::size_t>(rate / 100 * channels) * sources.size();
         const std::vector<Sample>& clean = Speech<Sample>();
         std::vector<Sample> block(perBlock);
-        for (std::size_t n = 0; n < 60; ++n) {
+        for (std::size_t n = 0; n < 30; ++n) {
             for (std::size_t i = 0; i < perBlock; ++i) {
                 block[i] = Converted<Sample>(hostile.Sample(n * perBlock + i));
             }

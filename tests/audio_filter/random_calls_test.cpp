@@ -180,9 +180,9 @@ private:
     std::int64_t mFrame = 0;
 };
 
-TEST(RandomCalls, TwelveThousandFollowTheReferenceModel) {
+TEST(RandomCalls, SixThousandFollowTheReferenceModel) {
     RandomCalls calls(Seed());
-    for (int call = 0; call < 12'000; ++call) {
+    for (int call = 0; call < 6'000; ++call) {
         calls.Step();
         ASSERT_FALSE(testing::Test::HasFailure()) << "in call " << call;
     }
