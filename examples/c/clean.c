@@ -2,6 +2,10 @@
  * without the latency at the start. Build: cc clean.c $(pkg-config --cflags --libs audiofilter) */
 #include <audio_filter/c.h>
 #include <stdio.h>
+#ifdef _WIN32
+#include <fcntl.h>
+#include <io.h>
+#endif
 
 enum { CHANNELS = 2, FRAMES = 1000 };
 
@@ -21,6 +25,10 @@ int main(void) {
     audio_filter_stream *stream = NULL;
     int error, frames = 0;
 
+#ifdef _WIN32
+    _setmode(_fileno(stdin), _O_BINARY);
+    _setmode(_fileno(stdout), _O_BINARY);
+#endif
     error = audio_filter_default_format(&format, sizeof format);
     format.channels = CHANNELS;
     if (error == AUDIO_FILTER_OK) error = audio_filter_create(&stream, &format, NULL);
