@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
-#include <thread>
 #include <vector>
 
+#include "another_thread.h"
 #include "audio_filter/audio_filter.h"
 #include "common/result_code.h"
 #include "log_capture.h"
@@ -75,12 +75,6 @@ private:
     std::size_t mBlock;
     std::vector<char> mBytes;
 };
-
-bool AnotherThreadGetsIn(AudioFilter& filter) {
-    bool result = true;
-    std::thread([&] { result = filter.SetParameter(nullptr, AP_GAIN); }).join();
-    return !result;
-}
 
 TEST(AllocationFaults, AFilterWithoutMemoryThrows) {
     const int failures =
