@@ -122,8 +122,9 @@ TEST(Suppressor, AnEarlyExitOfAFloatBlockReturnsTheHighBandOf96SamplesAgo) {
     const std::unique_ptr<Suppressor> suppressor = ReadySuppressor(32000);
     std::mt19937 random = SeededRandom();
     const Band<float> silence = {};
-    const Band<float> first = Noise(random, 1.0F);
-    const Band<float> second = Noise(random, 1.0F);
+    // Below full scale, because the package limits the band to 32767 / 32768.
+    const Band<float> first = Noise(random, 0.9F);
+    const Band<float> second = Noise(random, 0.9F);
     Band<float> low;
     Band<float> out;
     suppressor->Process(silence.data(), first.data(), low.data(), out.data());
